@@ -1,0 +1,34 @@
+# What our own targets are compiled with. Flags are set on targets, never
+# globally, so that a project which adds this one as a subdirectory keeps its own.
+
+# zel_instrument(<target>): sanitizers and coverage, as the cache says.
+function(zel_instrument target)
+  if(ZEL_SANITIZE)
+    target_compile_options(${target} PRIVATE -fsanitize=${ZEL_SANITIZE}
+      -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    target_link_options(${target} PRIVATE -fsanitize=${ZEL_SANITIZE})
+  endif()
+  if(ZEL_COVERAGE)
+    target_compile_options(${target} PRIVATE --coverage -fprofile-update=atomic)
+    target_link_options(${target} PRIVATE --coverage)
+  endif()
+endfunction()
+
+# zel_target_defaults(<target>): language, visibility, arithmetic, warnings.
+function(zel_target_defaults target)
+  target_compile_features(${target} PRIVATE cxx_std_20)
+  set_target_properties(${target} PROPERTIES
+    CXX_EXTENSIONS OFF
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON)
+  target_compile_options(${target} PRIVATE
+    # Verdicts depend on single roundings: a*b+c stays two operations, also in
+    # kernels that are compiled for a processor with fused multiply-add.
+    -ffp-contract=off
+    -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow
+    -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wundef
+    $<$<BOOL:${ZEL_WERROR}>:-Werror>
+    # GCC 12 sees overlapping copies in std::string = "literal" (GCC bug 105651).
+    $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>)
+  zel_instrument(${target})
+endfunction()

@@ -1,0 +1,67 @@
+#ifndef ZEL_ALGO_ALGO_TYPES_H_
+#define ZEL_ALGO_ALGO_TYPES_H_
+
+#include <cstdint>
+
+namespace ZELAlgo {
+
+/// What the detectors look for and how strict they are. Flags, ratios and parameters are taken when a facade
+/// sees its first video frame, the period when it sees its first audio frame, the audio thresholds at the end
+/// of every period.
+struct ZELAlgoConfig {
+    bool enable_black_screen = true;
+    bool enable_block = true;
+    bool enable_exposure = true;
+    bool enable_green_screen = true;
+    bool enable_staticframe = true;
+    float black_screen_ratio = 0.95F;   ///< share of dark samples that makes a black screen
+    float green_screen_ratio = 0.95F;   ///< share of zero samples that makes a green screen
+    float block_param = 20.0F;          ///< corner pairs that make a blocky picture; truncated
+    float staticframe_param = 10.0F;    ///< like pictures in a row that make a frozen one; truncated
+    float mute_level = 2.0F;            ///< mean absolute sample value up to which a period is mute
+    float low_voice_level = 500.0F;     ///< voiced level up to which a period is too quiet
+    float high_voice_level = 20000.0F;  ///< voiced level from which a period is too loud
+    float novoice_scale = 0.01F;        ///< share of voiced chunks up to which a period has no voice
+    double longtime_period_s = 10.0;    ///< length of an audio period, seconds
+};
+
+/// One I420 picture: width x height luma bytes without gaps, then the two chroma planes. `data` is borrowed
+/// for the call.
+struct ZELVideoFrame {
+    uint32_t width;
+    uint32_t height;
+    uint32_t reserved;
+    const uint8_t* data;
+};
+
+struct ZELVideoResult {
+    uint32_t status;         ///< not written
+    uint32_t screen_type;    ///< 0 normal, 1 black, 2 green
+    uint32_t exposure_type;  ///< 0 normal, 1 under-exposed, 2 over-exposed; 0 for a black or green screen
+    bool is_block;
+    bool is_staticframe;
+};
+
+/// One block of one-channel signed 16-bit samples. `data` is borrowed for the call.
+struct ZELAudioFrame {
+    uint32_t sample_rate;  ///< Hz
+    uint32_t samples;
+    uint32_t channels;  ///< not read: `data` is one channel
+    const int16_t* data;
+};
+
+/// Complete, and written, only when `status` is 2.
+struct ZELAudioResult {
+    uint32_t status;                ///< 0 no result, 1 the period is still filling, 2 complete
+    float voice_scale_longtime;     ///< share of voiced chunks, 0 to 1
+    uint32_t voice_level_longtime;  ///< mean absolute sample value of the voiced chunks
+    uint32_t audio_level;           ///< mean absolute sample value of all chunks
+    uint32_t is_mute;               ///< 1 or 0, like the rest
+    uint32_t is_low_voicelevel;
+    uint32_t is_high_voicelevel;
+    uint32_t is_novoice_longtime;
+};
+
+}  // namespace ZELAlgo
+
+#endif  // ZEL_ALGO_ALGO_TYPES_H_
