@@ -21,6 +21,9 @@ class ZEL_THREAD_ATTRIBUTE(capability("mutex")) Mutex {
     void lock() ZEL_THREAD_ATTRIBUTE(acquire_capability()) { mutex_.lock(); }
     void unlock() ZEL_THREAD_ATTRIBUTE(release_capability()) { mutex_.unlock(); }
 
+    /// Tells the analysis, and the reader, that the caller's caller holds the lock. Checks nothing.
+    void assertHeld() const ZEL_THREAD_ATTRIBUTE(assert_capability(this)) {}
+
   private:
     std::mutex mutex_;
 };

@@ -1,0 +1,177 @@
+#include <zel/message/message_center.h>
+
+#include <algorithm>
+#include <atomic>
+#include <condition_variable>
+#include <future>
+#include <list>
+#include <map>
+#include <system_error>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "base/log_format.h"
+#include "base/mutex.h"
+#include "base/thread_name.h"
+
+namespace ZEL {
+namespace {
+
+struct Listener {
+    std::shared_ptr<CObject> owner;
+    MessageCenter::Callback callback;
+};
+
+bool isNamed(const std::shared_ptr<Message>& message) {
+    return message != nullptr && !message->name().empty();
+}
+
+}  // namespace
+
+/// Lock order: queue, then listeners. The delivery thread holds both while a callback runs.
+struct MessageCenter::State {
+    Mutex listeners_mutex;
+    std::map<std::string, std::vector<Listener>> listeners ZEL_GUARDED_BY(listeners_mutex);
+    Mutex queue_mutex;
+    std::list<std::shared_ptr<Message>> queue ZEL_GUARDED_BY(queue_mutex);
+    std::condition_variable_any queue_changed;
+    std::atomic<bool> stopped = false;
+    Mutex join_mutex;
+    std::thread worker;
+    std::thread::id worker_id;
+
+    bool add(const std::string& name, Listener listener);
+    void run();
+    void deliver(Message& message);
+};
+
+bool MessageCenter::State::add(const std::string& name, Listener listener) {
+    if (name.empty() || listener.owner == nullptr || listener.callback == nullptr) {
+        return false;
+    }
+    const MutexLock lock(listeners_mutex);
+    std::vector<Listener>& entries = listeners[name];
+    // Intended: a stopped centre is noticed only where there is a list to search.
+    if (std::any_of(entries.begin(), entries.end(),
+                    [&](const Listener& entry) { return stopped || entry.owner == listener.owner; })) {
+        return false;
+    }
+    entries.push_back(std::move(listener));
+    return true;
+}
+
+void MessageCenter::State::run() {
+    while (!stopped) {
+        const MutexLock lock(queue_mutex);
+        while (queue.empty() && !stopped) {
+            queue_changed.wait(queue_mutex);
+        }
+        for (const std::shared_ptr<Message>& message : queue) {  // grows while callbacks call receiveNoLock
+            if (stopped) {
+                return;
+            }
+            deliver(*message);
+        }
+        queue.clear();
+    }
+}
+
+void MessageCenter::State::deliver(Message& message) {
+    const MutexLock lock(listeners_mutex);
+    const auto found = listeners.find(message.name());
+    if (found == listeners.end()) {
+        return;
+    }
+    for (const Listener& listener : found->second) {
+        // Intended: the payload is moved, so the first listener alone receives it. The callback runs as a
+        // copy, so that each delivery starts from what was registered.
+        Callback(listener.callback)(
+            std::make_shared<Message>(message.name(), std::exchange(message.payload_, {}), listener.owner));
+    }
+}
+
+MessageCenter::MessageCenter() : state_(std::make_unique<State>()) {
+    std::promise<void> named;
+    const std::future<void> running = named.get_future();
+    state_->worker = std::thread([state = state_.get(), named = std::move(named)]() mutable {
+        setThreadName("MPMessageCenter");
+        named.set_value();
+        state->run();
+    });
+    state_->worker_id = state_->worker.get_id();
+    running.wait();
+}
+
+MessageCenter::~MessageCenter() = default;
+
+void MessageCenter::registerListener(const std::string& name, std::shared_ptr<CObject> owner,
+                                     Callback callback) {
+    state_->add(name, {std::move(owner), std::move(callback)});
+}
+
+void MessageCenter::registerListenerLogged(const std::string& name, std::shared_ptr<CObject> owner,
+                                           Callback callback) {
+    if (state_->add(name, {std::move(owner), std::move(callback)})) {
+        zel_log("registerListener %s", name.c_str());
+    }
+}
+
+int32_t MessageCenter::unregisterListener(const std::string& name, const std::shared_ptr<CObject>& owner) {
+    const MutexLock lock(state_->listeners_mutex);
+    const auto found = state_->listeners.find(name);
+    if (found != state_->listeners.end()) {
+        std::erase_if(found->second, [&](const Listener& entry) { return entry.owner == owner; });
+        if (found->second.empty()) {
+            state_->listeners.erase(found);
+        }
+    }
+    return -1;  // intended, also when something was removed
+}
+
+void MessageCenter::publish(std::shared_ptr<Message> message) {
+    if (state_->stopped || !isNamed(message)) {
+        return;
+    }
+    {
+        const MutexLock lock(state_->queue_mutex);
+        state_->queue.push_back(std::move(message));
+    }
+    state_->queue_changed.notify_one();
+}
+
+void MessageCenter::receiveNoLock(std::shared_ptr<Message> message) {
+    zel_log("[MessageCenter] receiveNoLock: %s", message != nullptr ? message->name().c_str() : "");
+    if (state_->stopped || !isNamed(message)) {
+        return;
+    }
+    state_->queue_mutex.assertHeld();  // by the delivery that called the callback that called us
+    state_->queue.push_back(std::move(message));
+    state_->queue_changed.notify_one();
+}
+
+void MessageCenter::stop() {
+    state_->stopped = true;
+    if (std::this_thread::get_id() == state_->worker_id) {
+        throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
+    }
+    { const MutexLock lock(state_->queue_mutex); }  // the worker sees the flag before it waits, or is waiting
+    state_->queue_changed.notify_one();
+    {
+        const MutexLock lock(state_->join_mutex);
+        if (state_->worker.joinable()) {
+            state_->worker.join();
+        }
+    }
+    // Let go of outside the locks: an owner's destructor may call the centre.
+    std::map<std::string, std::vector<Listener>> listeners;
+    std::list<std::shared_ptr<Message>> queue;
+    {
+        const MutexLock queue_lock(state_->queue_mutex);
+        const MutexLock listeners_lock(state_->listeners_mutex);
+        listeners.swap(state_->listeners);
+        queue.swap(state_->queue);
+    }
+}
+
+}  // namespace ZEL
