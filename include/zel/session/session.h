@@ -1,0 +1,94 @@
+#ifndef ZEL_SESSION_SESSION_H_
+#define ZEL_SESSION_SESSION_H_
+
+#include <zel/algo/algo_types.h>
+#include <zel/base/c_object.h>
+#include <zel/collector/info_collector.h>
+#include <zel/message/message_center.h>
+#include <zel/session/frames.h>
+#include <zel/zel.h>
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace ZEL {
+
+/// Hears that a session has a new frame result. Called on the message centre's thread.
+class IZELSessionListener {
+  public:
+    virtual ~IZELSessionListener() = default;
+    virtual void onSessionEvent(uint32_t code, uint64_t a, uint64_t b, std::string text) = 0;
+};
+
+/// Monitors one stream: queues what it is fed, runs the detectors on a worker thread of its own, counts what
+/// they find and reports it. Held by a shared_ptr. Any thread may call any operation.
+class ZELSession : public CObject {
+  public:
+    /// `center` takes the frame results if they are published; the session does not keep it alive.
+    explicit ZELSession(std::shared_ptr<MessageCenter> center);
+    /// Ends the worker if it still runs.
+    ~ZELSession() override;
+
+    /// Starts the worker; always true. After a stop this is a fresh run: detectors and named collectors are
+    /// made anew and frames that were still queued are dropped, while counters and totals run on. Throws
+    /// std::system_error if no thread is to be had.
+    bool start();
+
+    /// Waits for the frame in work, ends the worker, drops the detectors and all collectors and releases the
+    /// listener. Frames that are still queued are not examined.
+    void stop();
+
+    /// Subscribes the session to its frame results, which its listener then hears about. The centre keeps the
+    /// session alive until it is unsubscribed. Throws std::bad_weak_ptr if no shared_ptr holds the session.
+    void registerMessageListeners();
+    void unregisterMessageListeners();
+
+    /// Queue a frame and return; the oldest queued one is dropped beyond 10 pictures or 50 blocks of sound.
+    /// `index` is not used. True, or false for a null frame.
+    bool feedVideoFrame(std::shared_ptr<VideoFrame> frame, int64_t index);
+    bool feedAudioFrame(std::shared_ptr<AudioFrame> frame, int64_t index);
+
+    /// The session's address: unique among living sessions, reported as "zel_token".
+    int64_t getSessionId() const;
+
+    /// The detectors' configuration from the next start on.
+    void setAlgoConfig(const ZELAlgo::ZELAlgoConfig& config);
+    /// Keeps the named collectors out of the heartbeat report.
+    void setCollectorsDisabled(bool disabled);
+    /// Publishes every frame's verdicts as "ZELMsgVideoFrameResult" and "ZELMsgAudioFrameResult". Before
+    /// start.
+    void setPublishFrameResults(bool publish);
+    /// Gives sound a queue of its own (the default) or lets it share the pictures' queue. Before start.
+    void setSeparateAudioQueue(bool separate);
+    /// Replaces the listener; null for none.
+    void setListener(std::shared_ptr<IZELSessionListener> listener);
+
+    /// Hand data to the named collector: "ZELAccumulativeInfoCollector" or
+    /// "ZELSerialStatisticsInfoCollector". False for any other name, for null values and after a stop.
+    bool collectAccumulativeData(const std::string& name, const std::map<std::string, int64_t>* values);
+    bool collectSerialData(const std::string& name, const std::string& key,
+                           const std::vector<float>& samples);
+
+    /// Adds a collector of the named kind whose data every heartbeat carries. Null for an unknown name.
+    std::shared_ptr<ZELInfoCollector> addCollector(const std::string& name);
+
+    /// Adds the report of the period since the last call to `report` and begins the next period.
+    void getHeartbeatInfo(ReportMap& report);
+
+    /// The report over the session's whole life. Changes nothing.
+    ReportMap getAccumulativeInfo();
+
+  private:
+    struct Parts;
+
+    void onFrameResult(const Message& message);
+
+    const std::unique_ptr<Parts> parts_;
+};
+
+}  // namespace ZEL
+
+#endif  // ZEL_SESSION_SESSION_H_

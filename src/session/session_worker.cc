@@ -1,0 +1,84 @@
+#include "session/session_worker.h"
+
+#include <zel/algo/algo_facade.h>
+
+#include <optional>
+
+#include "base/clock.h"
+#include "base/thread_name.h"
+#include "session/mix_down.h"
+#include "session/result_accounting.h"
+#include "session/task_queue.h"
+
+namespace ZEL {
+namespace {
+
+/// Runs `detect` and tells how it went.
+template <typename Detect>
+DetectorCall timed(Detect detect) {
+    const double begin = now();
+    const bool status = detect();
+    return {status, now() - begin};
+}
+
+}  // namespace
+
+SessionWorker::SessionWorker(TaskQueue& queue, ResultAccounting& accounting)
+    : queue_(queue), accounting_(accounting) {}
+
+SessionWorker::~SessionWorker() {
+    stop();
+}
+
+void SessionWorker::start(const std::string& thread_name, const ZELAlgo::ZELAlgoConfig& config) {
+    queue_.open();
+    thread_ = std::thread([this, thread_name, config] {
+        setThreadName(thread_name);
+        ZELAlgo::AlgoFacade algo(config);
+        run(algo);
+    });
+}
+
+void SessionWorker::stop() {
+    if (running()) {
+        queue_.close();
+        thread_.join();
+    }
+}
+
+bool SessionWorker::running() const {
+    return thread_.joinable();
+}
+
+void SessionWorker::run(ZELAlgo::AlgoFacade& algo) {
+    while (const std::optional<TaskQueue::Round> round = queue_.waitForRound()) {
+        if (round->shared) {
+            process(algo, *round->shared);
+        }
+        if (round->audio_waits) {
+            process(algo, queue_.takeAudio());
+        }
+    }
+}
+
+void SessionWorker::process(ZELAlgo::AlgoFacade& algo, const ZELTask& task) {
+    std::visit([this, &algo](const auto& frame) { examine(algo, *frame); }, task);
+}
+
+void SessionWorker::examine(ZELAlgo::AlgoFacade& algo, const VideoFrame& frame) {
+    const ZELAlgo::ZELVideoFrame picture{static_cast<uint32_t>(frame.width),
+                                         static_cast<uint32_t>(frame.height), 0, frame.data.get()};
+    ZELAlgo::ZELVideoResult result{};
+    const DetectorCall call = timed([&] { return algo.detectVideo(picture, result); });
+    accounting_.account(call, result);
+}
+
+void SessionWorker::examine(ZELAlgo::AlgoFacade& algo, const AudioFrame& frame) {
+    const ZELAlgo::ZELAudioFrame sound{static_cast<uint32_t>(frame.sample_rate), frame.samples,
+                                       static_cast<uint32_t>(frame.channels), mixedDown(frame, mono_)};
+    ZELAlgo::ZELAudioResult result{};
+    const DetectorCall call = timed([&] { return algo.detectAudio(sound, result); });
+    accounting_.account(call, result);
+}
+
+}  // namespace ZEL

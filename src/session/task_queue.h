@@ -1,0 +1,64 @@
+#ifndef ZEL_SRC_SESSION_TASK_QUEUE_H_
+#define ZEL_SRC_SESSION_TASK_QUEUE_H_
+
+#include <condition_variable>
+#include <cstddef>
+#include <deque>
+#include <optional>
+
+#include "base/mutex.h"
+#include "session/task.h"
+
+namespace ZEL {
+
+/// The two bounded lists between the feeding threads and the worker: one for pictures, one for sound (or a
+/// single shared list). Whoever feeds never waits: the oldest task makes room. Any thread, but one consumer.
+class TaskQueue {
+  public:
+    static constexpr size_t kSharedBound = 10;
+    static constexpr size_t kAudioBound = 50;
+
+    /// Where sound goes: a list of its own (the default) or the shared one. Before the first push.
+    void setSeparateAudio(bool separate);
+
+    /// True if the oldest task of the list was dropped to keep its bound.
+    bool pushDropOldest(ZELTask task);
+
+    /// What one round of the worker has to do: the head of the shared list if there is one, then the head of
+    /// the sound list if there is one, so that neither starves the other.
+    struct Round {
+        std::optional<ZELTask> shared;
+        bool audio_waits;
+    };
+
+    /// Waits until a task is there; nothing once closed.
+    std::optional<Round> waitForRound();
+
+    /// The second half of a round whose `audio_waits` is true.
+    ZELTask takeAudio();
+
+    /// A closed queue still takes tasks but gives none out. It is closed at first.
+    void open();
+    void close();
+
+    void clear();
+
+    struct Sizes {
+        size_t shared;
+        size_t audio;
+    };
+    Sizes sizes() const;
+
+  private:
+    mutable Mutex mutex_;
+    std::condition_variable_any ready_;
+    std::deque<ZELTask> shared_ ZEL_GUARDED_BY(mutex_);
+    std::deque<ZELTask> audio_ ZEL_GUARDED_BY(mutex_);
+    bool separate_audio_ ZEL_GUARDED_BY(mutex_) = true;
+    bool closed_ ZEL_GUARDED_BY(mutex_) = true;
+    bool consumer_waits_ ZEL_GUARDED_BY(mutex_) = false;
+};
+
+}  // namespace ZEL
+
+#endif  // ZEL_SRC_SESSION_TASK_QUEUE_H_
