@@ -1,0 +1,40 @@
+#ifndef ZEL_SRC_ALGO_VIDEO_BLOCK_FRAME_H_
+#define ZEL_SRC_ALGO_VIDEO_BLOCK_FRAME_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+
+#include "algo/video/block_corners.h"
+#include "algo/video/edge_kernels.h"
+
+namespace ZELAlgo {
+
+/// Mosaic artefacts in the middle of a picture: smoothing, edges, corners, and pairs of corners that close
+/// small rectangles.
+struct BlockFrame_t {
+    size_t w;  ///< half the frame's width: the examined middle of the picture
+    size_t h;
+    GaussianKernel kernel;
+    std::unique_ptr<uint8_t[]> edges;         ///< smoothed picture, w * h
+    std::unique_ptr<uint8_t[]> work;          ///< gradient magnitude, w * h
+    std::unique_ptr<Direction[]> directions;  ///< gradient direction, w * h
+    std::unique_ptr<uint64_t[]> edge_map;     ///< a bit per pixel
+    Corners corners;
+    uint32_t threshold;
+};
+
+/// Null, with a log line, if there is no memory for the record. Without memory for its buffers there is a log
+/// line too, and every frame asks for them again.
+BlockFrame_t* BlockCreate(uint32_t width, uint32_t height, uint32_t threshold);
+
+/// Sets `is_block` to 1 for a blocky I420 picture, else to 0. Returns 0, or 1 for null input or if there is
+/// no memory for the buffers.
+int32_t BlockExecute(BlockFrame_t* state, const uint8_t* data, uint32_t width, uint32_t height,
+                     uint32_t& is_block);
+
+void BlockDestroy(BlockFrame_t* state);
+
+}  // namespace ZELAlgo
+
+#endif  // ZEL_SRC_ALGO_VIDEO_BLOCK_FRAME_H_

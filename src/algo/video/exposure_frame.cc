@@ -1,0 +1,61 @@
+#include "algo/video/exposure_frame.h"
+
+#include <new>
+
+#include "algo/video/exposure_model.h"
+#include "algo/video/luma_kernels.h"
+#include "algo/video/screen_type.h"
+#include "base/log_format.h"
+
+namespace ZELAlgo {
+
+ExposureFrame_t* ExposureCreate(const ExposureSettings& settings) {
+    auto* const state = new (std::nothrow) ExposureFrame_t{settings};
+    if (state == nullptr) {
+        ZEL::zel_log("ExposureFrame_t create fail ! \n");
+    }
+    return state;
+}
+
+int32_t ExposureExecute(ExposureFrame_t* state, const uint8_t* data, uint32_t width, uint32_t height,
+                        uint32_t& screen_type, uint32_t& exposure_type) {
+    if (state == nullptr || data == nullptr) {
+        ZEL::zel_log("ExposureExecute input is Null \n");
+        return 1;
+    }
+    const ExposureSettings& settings = state->settings;
+
+    // Every second byte of the first half of the luma plane: the lower half of the picture is never looked
+    // at, which is intended.
+    const size_t samples = static_cast<size_t>(width / 2) * (height / 2);
+    const Histogram histogram = histogramOfEvenBytesScalar(data, samples);
+    const auto count = static_cast<uint32_t>(samples);
+
+    if (settings.green_on && isLumaZero(histogram, count, settings.green_ratio)) {
+        // Every fourth byte from the end of the luma plane on, half of them from each chroma plane.
+        const uint32_t zeros = zerosOfEveryFourthByteScalar(data + 4 * samples, samples / 2);
+        if (isChromaZero(zeros, count, settings.green_ratio)) {
+            screen_type = kGreenScreen;
+            exposure_type = kNormalExposure;
+            return 0;
+        }
+    }
+    if (settings.black_on) {
+        if (isBlack(histogram, count, settings.black_ratio)) {
+            screen_type = kBlackScreen;
+            exposure_type = kNormalExposure;
+            return 0;
+        }
+        screen_type = kNormalScreen;
+    }
+    if (settings.exposure_on && samples > 0) {
+        exposure_type = classifyExposure(exposureFeatures(histogram, count));
+    }
+    return 0;
+}
+
+void ExposureDestroy(ExposureFrame_t* state) {
+    delete state;
+}
+
+}  // namespace ZELAlgo

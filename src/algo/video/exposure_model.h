@@ -1,0 +1,29 @@
+#ifndef ZEL_SRC_ALGO_VIDEO_EXPOSURE_MODEL_H_
+#define ZEL_SRC_ALGO_VIDEO_EXPOSURE_MODEL_H_
+
+#include <cstdint>
+
+#include "algo/video/luma_kernels.h"
+
+namespace ZELAlgo {
+
+/// The values of ZELVideoResult::exposure_type.
+enum ExposureType : uint32_t { kNormalExposure = 0, kUnderExposed = 1, kOverExposed = 2 };
+
+/// What the exposure models look at.
+struct ExposureFeatures {
+    float bright;      ///< share of samples from 200 up
+    float dark;        ///< share of samples up to 60
+    int32_t mean;      ///< mean sample, truncated
+    int32_t skewness;  ///< third central moment, truncated after every level
+};
+
+/// Features of a histogram of `samples` > 0 samples.
+ExposureFeatures exposureFeatures(const Histogram& histogram, uint32_t samples);
+
+/// Three fixed logistic models over the features.
+ExposureType classifyExposure(const ExposureFeatures& features);
+
+}  // namespace ZELAlgo
+
+#endif  // ZEL_SRC_ALGO_VIDEO_EXPOSURE_MODEL_H_

@@ -1,0 +1,32 @@
+#include "algo/video/screen_type.h"
+
+namespace ZELAlgo {
+namespace {
+
+constexpr size_t kDarkLevels = 30;  // luma 0 to 29; video black is 16
+
+// Not a number for an empty picture, so that every comparison with it fails.
+float share(uint32_t count, uint32_t samples) {
+    return static_cast<float>(count) / static_cast<float>(samples);
+}
+
+}  // namespace
+
+bool isLumaZero(const Histogram& histogram, uint32_t samples, float ratio) {
+    return share(histogram[0], samples) >= ratio;
+}
+
+bool isChromaZero(uint32_t zeros, uint32_t samples, float ratio) {
+    return share(2 * zeros, samples) >= ratio;
+}
+
+bool isBlack(const Histogram& histogram, uint32_t samples, float ratio) {
+    // Every bin is divided on its own: the verdict beside the ratio depends on these roundings.
+    float dark = 0.0F;
+    for (size_t level = 0; level < kDarkLevels; ++level) {
+        dark += share(histogram[level], samples);
+    }
+    return dark >= ratio;
+}
+
+}  // namespace ZELAlgo
