@@ -1,0 +1,195 @@
+#include "media_source.h"
+
+#include <atomic>
+#include <map>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/clip.h"
+
+extern "C" {
+#include <libavutil/log.h>
+}
+
+namespace {
+
+using support::ffmpeg;
+using support::ScratchDir;
+using testing::HasSubstr;
+using zel_monitor::MediaError;
+using zel_monitor::MediaOptions;
+using zel_monitor::MediaSource;
+using zel_monitor::Picture;
+using zel_monitor::Sound;
+using zel_monitor::timeOf;
+
+[[maybe_unused]] const bool kDecodersAreQuiet = (av_log_set_level(AV_LOG_QUIET), true);
+
+const std::string kSmallVideo = "-f lavfi -i testsrc2=s=160x90:r=25:d=2 ";
+const std::string kTone = "-f lavfi -i sine=440:r=44100:d=2 ";
+
+struct Collected {
+    std::vector<double> picture_times;
+    std::map<std::pair<int, int>, int> sizes;
+    double sound_seconds = 0;
+    double latest = -1;
+    double worst_step_back = 0;
+};
+
+Collected collect(MediaSource& source) {
+    Collected all;
+    while (const auto item = source.next()) {
+        all.worst_step_back = std::max(all.worst_step_back, all.latest - timeOf(*item));
+        all.latest = std::max(all.latest, timeOf(*item));
+        if (const auto* const picture = std::get_if<Picture>(&*item)) {
+            all.picture_times.push_back(picture->time);
+            ++all.sizes[{picture->width, picture->height}];
+        } else {
+            const auto& sound = std::get<Sound>(*item);
+            all.sound_seconds += static_cast<double>(sound.samples) / sound.sample_rate;
+        }
+    }
+    return all;
+}
+
+std::string failureOf(const std::string& input) {
+    try {
+        MediaSource source(input);
+        collect(source);
+    } catch (const MediaError& error) {
+        return error.what();
+    }
+    return "no failure";
+}
+
+TEST(MediaSource, DecodesEveryPictureAndAllSoundInOrderOfTime) {
+    const ScratchDir scratch;
+    const std::string clip = scratch.file("clip.mp4");
+    ffmpeg(kSmallVideo + kTone + "-c:v libx264 -bf 2 -c:a aac", clip);
+    MediaSource source(clip);
+    EXPECT_EQ("h264", source.facts().video->codec);
+    EXPECT_EQ(160, source.facts().video->width);
+    EXPECT_DOUBLE_EQ(25.0, source.facts().video->frame_rate);
+    EXPECT_EQ("aac", source.facts().audio->codec);
+    EXPECT_EQ(44100, source.facts().audio->sample_rate);
+    EXPECT_EQ(1, source.facts().audio->channels);
+    EXPECT_NEAR(2.0, source.facts().duration.value(), 0.05);
+
+    const Collected all = collect(source);
+    ASSERT_EQ(50U, all.picture_times.size());
+    for (size_t i = 0; i < 50; ++i) {
+        EXPECT_NEAR(static_cast<double>(i) / 25, all.picture_times[i], 1e-3);
+    }
+    EXPECT_NEAR(2.0, all.sound_seconds, 0.05);
+    EXPECT_EQ(0.0, all.worst_step_back);
+    EXPECT_EQ(50U, source.counts().pictures);
+    EXPECT_EQ(0U, source.counts().damaged);
+    EXPECT_GT(source.counts().bytes_read, 1000U);
+    EXPECT_FALSE(source.next().has_value());
+}
+
+TEST(MediaSource, PlacesFramesWithoutTimestampsByTheFrameRate) {
+    const ScratchDir scratch;
+    const std::string clip = scratch.file("bare.h264");
+    ffmpeg(kSmallVideo + "-c:v libx264 -bf 0", clip);
+    MediaSource source(clip);
+    const Collected all = collect(source);
+    ASSERT_EQ(50U, all.picture_times.size());
+    EXPECT_NEAR(0.0, all.picture_times.front(), 0.05);
+    EXPECT_NEAR(49.0 / 25, all.picture_times.back(), 0.05);
+}
+
+TEST(MediaSource, FollowsAChangeOfResolution) {
+    const ScratchDir scratch;
+    ffmpeg(kSmallVideo + "-c:v libx264", scratch.file("a.ts"));
+    ffmpeg("-f lavfi -i testsrc2=s=97x55:r=25:d=1 -c:v libx264 -pix_fmt yuv444p -output_ts_offset 2",
+           scratch.file("b.ts"));
+    auto bytes = support::readFile(scratch.file("a.ts"));
+    const auto more = support::readFile(scratch.file("b.ts"));
+    bytes.insert(bytes.end(), more.begin(), more.end());
+    support::writeFile(scratch.file("both.ts"), bytes);
+    MediaSource source(scratch.file("both.ts"));
+    Collected all = collect(source);
+    EXPECT_EQ(50, (all.sizes[{160, 90}]));
+    EXPECT_EQ(25, (all.sizes[{96, 54}]));
+    EXPECT_NEAR(2.96, all.latest, 0.1);
+}
+
+TEST(MediaSource, SkipsAndCountsWhatIsDamaged) {
+    const ScratchDir scratch;
+    ffmpeg(kSmallVideo + "-c:v mpeg2video -g 5 -b:v 1M", scratch.file("whole.ts"));
+    auto bytes = support::readFile(scratch.file("whole.ts"));
+    for (size_t i = bytes.size() / 3; i < bytes.size() / 2; i += 7) {
+        bytes[i] = static_cast<char>(~bytes[i]);
+    }
+    support::writeFile(scratch.file("hurt.ts"), bytes);
+    MediaSource source(scratch.file("hurt.ts"));
+    const Collected all = collect(source);
+    EXPECT_GT(all.picture_times.size(), 25U);
+    EXPECT_GT(source.counts().damaged, 0U);
+}
+
+TEST(MediaSource, SaysWhyAnInputCannotBeDecoded) {
+    const ScratchDir scratch;
+    EXPECT_THAT(failureOf(scratch.file("absent.mp4")),
+                testing::AllOf(HasSubstr("absent.mp4: "), HasSubstr("No such file")));
+    support::writeFile(scratch.file("empty.mp4"), {});
+    EXPECT_THAT(failureOf(scratch.file("empty.mp4")), HasSubstr("empty.mp4: "));
+    support::writeFile(scratch.file("zeros.mp4"), std::vector<char>(100'000));
+    EXPECT_THAT(failureOf(scratch.file("zeros.mp4")), HasSubstr("zeros.mp4: "));
+}
+
+TEST(MediaSource, DeliversWhatATruncatedFileStillHolds) {
+    const ScratchDir scratch;
+    ffmpeg(kSmallVideo + "-c:v libx264 -movflags +faststart", scratch.file("whole.mp4"));
+    auto bytes = support::readFile(scratch.file("whole.mp4"));
+    bytes.resize(bytes.size() / 2);
+    support::writeFile(scratch.file("cut.mp4"), bytes);
+    MediaSource source(scratch.file("cut.mp4"));
+    const Collected all = collect(source);
+    EXPECT_GT(all.picture_times.size(), 5U);
+    EXPECT_LT(all.latest, source.facts().duration.value() - 0.5);
+    EXPECT_GT(source.counts().damaged, 0U);
+}
+
+TEST(MediaSource, TakesACoverPictureForNoVideo) {
+    const ScratchDir scratch;
+    ffmpeg("-f lavfi -i color=red:s=64x64 -frames:v 1", scratch.file("cover.png"));
+    ffmpeg(kTone + "-i '" + scratch.file("cover.png") +
+               "' -map 0:a -map 1:v -c:a libmp3lame -c:v copy -disposition:v attached_pic",
+           scratch.file("song.mp3"));
+    MediaSource source(scratch.file("song.mp3"));
+    EXPECT_FALSE(source.facts().video.has_value());
+    EXPECT_NEAR(2.0, collect(source).sound_seconds, 0.1);
+
+    MediaSource picture(scratch.file("cover.png"));
+    EXPECT_EQ(1U, collect(picture).picture_times.size());
+}
+
+TEST(MediaSource, EndsWhenInterrupted) {
+    const ScratchDir scratch;
+    const std::string clip = scratch.file("clip.ts");
+    ffmpeg(kSmallVideo + kTone + "-c:v mpeg2video", clip);
+    std::atomic<bool> interrupted = false;
+    const MediaOptions options{.format = "mpegts", .label = "live", .interrupted = &interrupted};
+    MediaSource source(clip, options);
+    EXPECT_EQ("live", source.facts().input);
+    for (int i = 0; i < 20; ++i) {
+        ASSERT_TRUE(source.next().has_value());
+    }
+    interrupted = true;
+    EXPECT_FALSE(source.next().has_value());
+    EXPECT_THROW(MediaSource(clip, options), MediaError);
+}
+
+TEST(MediaSource, DecodesAFilterGraph) {
+    MediaSource source("testsrc2=s=64x64:d=1[out0];sine=d=1[out1]", {.format = "lavfi", .label = "graph"});
+    const Collected all = collect(source);
+    EXPECT_EQ(25U, all.picture_times.size());
+    EXPECT_NEAR(1.0, all.sound_seconds, 0.01);
+}
+
+}  // namespace

@@ -1,0 +1,337 @@
+#include "media_source.h"
+
+#include <algorithm>
+#include <deque>
+#include <utility>
+
+#include "ffmpeg_handles.h"
+#include "frame_packer.h"
+
+extern "C" {
+#include <libavdevice/avdevice.h>
+#include <libavutil/pixdesc.h>
+}
+
+namespace zel_monitor {
+namespace {
+
+constexpr double kFallbackPictureSeconds = 1.0 / 25;
+constexpr size_t kMostPicturesAhead = 4;  ///< decoded pictures that wait for sound, and the reverse
+constexpr size_t kMostSoundsAhead = 200;
+
+int isInterrupted(void* flag) {
+    return static_cast<const std::atomic<bool>*>(flag)->load() ? 1 : 0;
+}
+
+double secondsOf(AVRational value) {
+    return value.num > 0 && value.den > 0 ? av_q2d(value) : 0.0;
+}
+
+/// One chosen stream: its decoder, and what it gave that nobody has taken yet.
+struct Track {
+    const AVStream* stream = nullptr;
+    CodecHandle codec;
+    std::deque<MediaItem> ready;
+    size_t most_ahead = 0;
+    double next_time = 0;  ///< where a frame without a timestamp is placed: the end of the one before it
+
+    explicit operator bool() const { return stream != nullptr; }
+};
+
+std::optional<Track> openTrack(AVFormatContext& format, AVMediaType type, size_t most_ahead) {
+    const AVCodec* decoder = nullptr;
+    const int index = av_find_best_stream(&format, type, -1, -1, &decoder, 0);
+    if (index == AVERROR_DECODER_NOT_FOUND) {
+        throw std::runtime_error(type == AVMEDIA_TYPE_VIDEO ? "no decoder for the video stream"
+                                                            : "no decoder for the audio stream");
+    }
+    if (index < 0) {
+        return std::nullopt;
+    }
+    AVStream* const stream = format.streams[index];
+    if ((stream->disposition & AV_DISPOSITION_ATTACHED_PIC) != 0) {  // the cover of a sound file
+        return std::nullopt;
+    }
+    Track track;
+    track.stream = stream;
+    track.most_ahead = most_ahead;
+    track.codec.reset(orOutOfMemory(avcodec_alloc_context3(decoder)));
+    track.codec->pkt_timebase = stream->time_base;
+    track.codec->thread_count = 0;  // as many as there are processors
+    int result = avcodec_parameters_to_context(track.codec.get(), stream->codecpar);
+    if (result >= 0) {
+        result = avcodec_open2(track.codec.get(), decoder, nullptr);
+    }
+    if (result < 0) {
+        throw std::runtime_error(reasonOf(result));
+    }
+    stream->discard = AVDISCARD_DEFAULT;
+    return track;
+}
+
+}  // namespace
+
+class MediaSource::Reader {
+  public:
+    Reader(const std::string& input, const MediaOptions& options) : interrupted_(options.interrupted) {
+        facts_.input = options.label.empty() ? input : options.label;
+        try {
+            openFormat(input, options);
+            openTracks(options);
+        } catch (const std::runtime_error& error) {
+            throw MediaError(facts_.input + ": " + error.what());
+        }
+        gatherFacts();
+    }
+
+    const MediaFacts& facts() const { return facts_; }
+
+    MediaCounts counts() const {
+        MediaCounts counts = counts_;
+        if (format_->pb != nullptr) {
+            counts.bytes_read = static_cast<uint64_t>(std::max<int64_t>(format_->pb->bytes_read, 0));
+        }
+        return counts;
+    }
+
+    std::optional<MediaItem> next() {
+        for (;;) {
+            if (interrupted()) {
+                return std::nullopt;
+            }
+            if (Track* const track = earliest()) {
+                MediaItem item = std::move(track->ready.front());
+                track->ready.pop_front();
+                ++(std::holds_alternative<Picture>(item) ? counts_.pictures : counts_.sounds);
+                return item;
+            }
+            if (ended_) {
+                reportFailure();
+                return std::nullopt;
+            }
+            readPacket();
+        }
+    }
+
+  private:
+    bool interrupted() const { return interrupted_ != nullptr && interrupted_->load(); }
+
+    void openFormat(const std::string& input, const MediaOptions& options) {
+        const AVInputFormat* forced = nullptr;
+        if (!options.format.empty()) {
+            avdevice_register_all();
+            forced = av_find_input_format(options.format.c_str());
+            if (forced == nullptr) {
+                throw std::runtime_error("unknown input format " + options.format);
+            }
+        }
+        AVFormatContext* format = orOutOfMemory(avformat_alloc_context());
+        if (interrupted_ != nullptr) {
+            format->interrupt_callback = {.callback = &isInterrupted,
+                                          .opaque = const_cast<std::atomic<bool>*>(interrupted_)};
+        }
+        const std::string url = input == "-" ? "pipe:0" : input;
+        // On failure the context is freed and the pointer cleared.
+        int result = avformat_open_input(&format, url.c_str(), forced, nullptr);
+        format_.reset(format);
+        if (result >= 0) {
+            result = avformat_find_stream_info(format_.get(), nullptr);
+        }
+        if (result < 0) {
+            throw std::runtime_error(reasonOf(result));
+        }
+    }
+
+    void openTracks(const MediaOptions& options) {
+        for (unsigned i = 0; i < format_->nb_streams; ++i) {
+            format_->streams[i]->discard = AVDISCARD_ALL;
+        }
+        if (options.video) {
+            if (auto track = openTrack(*format_, AVMEDIA_TYPE_VIDEO, kMostPicturesAhead)) {
+                video_ = std::move(*track);
+            }
+        }
+        if (options.audio) {
+            if (auto track = openTrack(*format_, AVMEDIA_TYPE_AUDIO, kMostSoundsAhead)) {
+                audio_ = std::move(*track);
+            }
+        }
+        if (!video_ && !audio_) {
+            throw std::runtime_error("no video or audio stream to decode");
+        }
+    }
+
+    void gatherFacts() {
+        facts_.container = format_->iformat->name;
+        if (format_->duration != AV_NOPTS_VALUE && format_->duration > 0) {
+            facts_.duration = static_cast<double>(format_->duration) / AV_TIME_BASE;
+            facts_.duration_estimated = format_->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE;
+        }
+        if (format_->start_time != AV_NOPTS_VALUE) {
+            origin_ = static_cast<double>(format_->start_time) / AV_TIME_BASE;
+        }
+        if (video_) {
+            const char* const pixels = av_get_pix_fmt_name(video_.codec->pix_fmt);
+            facts_.video = {.codec = avcodec_get_name(video_.codec->codec_id),
+                            .pixel_format = pixels != nullptr ? pixels : "unknown",
+                            .width = video_.codec->width,
+                            .height = video_.codec->height,
+                            .frame_rate = secondsOf(video_.stream->avg_frame_rate)};
+        }
+        if (audio_) {
+            facts_.audio = {.codec = avcodec_get_name(audio_.codec->codec_id),
+                            .sample_rate = audio_.codec->sample_rate,
+                            .channels = audio_.codec->ch_layout.nb_channels};
+        }
+    }
+
+    /// The track whose first item is due next; null if more must be read to know.
+    Track* earliest() {
+        const auto waits = [this](const Track& track, const Track& other) {
+            return !ended_ && other && other.ready.empty() && track.ready.size() <= track.most_ahead;
+        };
+        if (video_.ready.empty() || audio_.ready.empty()) {
+            Track& filled = video_.ready.empty() ? audio_ : video_;
+            const Track& other = video_.ready.empty() ? video_ : audio_;
+            return filled.ready.empty() || waits(filled, other) ? nullptr : &filled;
+        }
+        return timeOf(audio_.ready.front()) < timeOf(video_.ready.front()) ? &audio_ : &video_;
+    }
+
+    /// Reads one packet and decodes it; at the end of the input empties the decoders.
+    void readPacket() {
+        int result = av_read_frame(format_.get(), packet_.get());
+        if (result < 0) {
+            if (result == AVERROR_EOF && format_->pb != nullptr && format_->pb->error < 0) {
+                result = format_->pb->error;  // demuxers take a read that failed for the end
+            }
+            if (result != AVERROR_EOF) {
+                failure_ = reasonOf(result);
+            }
+            for (Track* const track : {&video_, &audio_}) {
+                if (*track) {
+                    decode(*track, nullptr);
+                }
+            }
+            ended_ = true;
+            return;
+        }
+        for (Track* const track : {&video_, &audio_}) {
+            if (*track && track->stream->index == packet_->stream_index) {
+                decode(*track, packet_.get());
+            }
+        }
+        av_packet_unref(packet_.get());
+    }
+
+    /// A null packet empties the decoder.
+    void decode(Track& track, const AVPacket* packet) {
+        int result = avcodec_send_packet(track.codec.get(), packet);
+        if (result < 0) {
+            noteDamage(reasonOf(result));
+        }
+        while ((result = avcodec_receive_frame(track.codec.get(), frame_.get())) != AVERROR(EAGAIN) &&
+               result != AVERROR_EOF) {
+            if (result >= 0) {
+                take(track);
+            } else {
+                noteDamage(reasonOf(result));
+            }
+        }
+    }
+
+    void take(Track& track) {
+        try {
+            if (frame_->decode_error_flags != 0 || (frame_->flags & AV_FRAME_FLAG_CORRUPT) != 0) {
+                noteDamage("damaged");
+            }
+            if (&track == &video_) {
+                Picture picture = pictures_.pack(*frame_);
+                picture.duration = pictureDuration();
+                picture.time =
+                    place(track, picture.duration > 0 ? picture.duration : kFallbackPictureSeconds);
+                track.ready.emplace_back(std::move(picture));
+            } else if (frame_->nb_samples > 0 && frame_->sample_rate > 0) {
+                Sound sound = sounds_.pack(*frame_);
+                sound.time = place(track, static_cast<double>(sound.samples) / sound.sample_rate);
+                track.ready.emplace_back(std::move(sound));
+            }
+        } catch (const std::runtime_error& error) {
+            noteDamage(error.what());
+        }
+    }
+
+    double pictureDuration() const {
+        if (frame_->pkt_duration > 0) {
+            return static_cast<double>(frame_->pkt_duration) * av_q2d(video_.stream->time_base);
+        }
+        const double rate = secondsOf(video_.stream->avg_frame_rate);
+        return rate > 0 ? 1 / rate : 0.0;
+    }
+
+    /// Stream time of the frame at hand, which lasts `duration` seconds.
+    double place(Track& track, double duration) {
+        double time = track.next_time;
+        if (frame_->best_effort_timestamp != AV_NOPTS_VALUE) {
+            const double stored =
+                static_cast<double>(frame_->best_effort_timestamp) * av_q2d(track.stream->time_base);
+            time = stored - (origin_ ? *origin_ : origin_.emplace(stored));
+        }
+        track.next_time = time + duration;
+        return time;
+    }
+
+    void noteDamage(std::string reason) {
+        ++counts_.damaged;
+        last_damage_ = std::move(reason);
+    }
+
+    /// Throws once if the input broke off or gave nothing.
+    void reportFailure() {
+        if (std::exchange(failure_reported_, true)) {
+            return;
+        }
+        if (failure_.empty() && counts_.pictures + counts_.sounds == 0) {
+            failure_ = last_damage_.empty() ? "nothing in it could be decoded" : last_damage_;
+        }
+        if (!failure_.empty()) {
+            throw MediaError(facts_.input + ": " + failure_);
+        }
+    }
+
+    const std::atomic<bool>* interrupted_;
+    FormatHandle format_;
+    Track video_;
+    Track audio_;
+    PacketHandle packet_{orOutOfMemory(av_packet_alloc())};
+    FrameHandle frame_{orOutOfMemory(av_frame_alloc())};
+    PicturePacker pictures_;
+    SoundPacker sounds_;
+    MediaFacts facts_;
+    MediaCounts counts_;
+    std::optional<double> origin_;  ///< timestamp, in seconds, that counts as the start of the stream
+    bool ended_ = false;
+    std::string failure_;      ///< why reading broke off
+    std::string last_damage_;  ///< why the last skipped packet or frame was skipped
+    bool failure_reported_ = false;
+};
+
+MediaSource::MediaSource(const std::string& input, const MediaOptions& options)
+    : reader_(std::make_unique<Reader>(input, options)) {}
+MediaSource::MediaSource(MediaSource&&) noexcept = default;
+MediaSource& MediaSource::operator=(MediaSource&&) noexcept = default;
+MediaSource::~MediaSource() = default;
+
+const MediaFacts& MediaSource::facts() const {
+    return reader_->facts();
+}
+
+MediaCounts MediaSource::counts() const {
+    return reader_->counts();
+}
+
+std::optional<MediaItem> MediaSource::next() {
+    return reader_->next();
+}
+
+}  // namespace zel_monitor
