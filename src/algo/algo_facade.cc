@@ -1,5 +1,9 @@
 #include <zel/algo/algo_facade.h>
 
+#include <algorithm>
+#include <limits>
+
+#include "algo/audio/audio_handle.h"
 #include "algo/video/video_handle.h"
 #include "base/truncate.h"
 
@@ -16,6 +20,18 @@ VideoSettings videoSettings(const ZELAlgoConfig& config) {
             .green_screen_ratio = config.green_screen_ratio,
             .block_param = static_cast<uint32_t>(ZEL::truncateToInt32(config.block_param)),
             .staticframe_param = static_cast<uint32_t>(ZEL::truncateToInt32(config.staticframe_param))};
+}
+
+/// The integer part, within what a count can hold.
+uint32_t periodChunks(const ZELAlgoConfig& config) {
+    const double chunks = config.longtime_period_s * 100.0;
+    constexpr double kMost = std::numeric_limits<uint32_t>::max();
+    return chunks > 0.0 ? static_cast<uint32_t>(std::min(chunks, kMost)) : 0;
+}
+
+/// A level as the thresholds see it.
+float asSigned(uint32_t level) {
+    return static_cast<float>(static_cast<int32_t>(level));
 }
 
 }  // namespace
@@ -51,6 +67,40 @@ bool AlgoFacade::detectVideo(const ZELVideoFrame& frame, ZELVideoResult& result)
     result.exposure_type = verdicts.exposure_type;
     result.is_block = verdicts.is_block != 0;
     result.is_staticframe = verdicts.is_static != 0;
+    return true;
+}
+
+void AlgoFacade::AudioDestroyer::operator()(AudioAlgoHandle_t* handle) const {
+    AudioAlgoDestroy(handle);
+}
+
+bool AlgoFacade::detectAudio(const ZELAudioFrame& frame, ZELAudioResult& result) {
+    if (!audio_) {
+        audio_.reset(AudioAlgoCreate(frame.sample_rate));
+        if (!audio_) {
+            return false;
+        }
+        audio_->period_chunks = periodChunks(config_);
+    }
+    AudioOutcome outcome;
+    switch (AudioAlgoExecute(audio_.get(), frame.data, frame.samples, outcome)) {
+        case 0:
+            result.voice_level_longtime = outcome.voice_level;
+            result.voice_scale_longtime = outcome.voice_scale;
+            result.audio_level = outcome.audio_level;
+            result.is_mute = config_.mute_level >= asSigned(outcome.audio_level) ? 1 : 0;
+            result.is_low_voicelevel = config_.low_voice_level >= asSigned(outcome.voice_level) ? 1 : 0;
+            result.is_high_voicelevel = asSigned(outcome.voice_level) >= config_.high_voice_level ? 1 : 0;
+            result.is_novoice_longtime = config_.novoice_scale >= outcome.voice_scale ? 1 : 0;
+            result.status = 2;
+            break;
+        case 1:
+            result.status = 1;
+            break;
+        default:
+            result.status = 0;
+            break;
+    }
     return true;
 }
 

@@ -7,6 +7,7 @@
 
 namespace ZELAlgo {
 
+struct AudioAlgoHandle_t;
 struct VideoAlgoHandle_t;
 
 /// All detectors of one stream. Not thread-safe: one thread at a time.
@@ -26,13 +27,23 @@ class AlgoFacade {
     /// for null data or if the detectors cannot be created (the next frame tries again).
     bool detectVideo(const ZELVideoFrame& frame, ZELVideoResult& result);
 
+    /// Takes in one block of sound and writes the status of the running period to `result`; what the period
+    /// gave is written with the block that completes it. The first block's sample rate holds for all. False,
+    /// with `result` untouched, if the detector cannot be created (the next block tries again).
+    bool detectAudio(const ZELAudioFrame& frame, ZELAudioResult& result);
+
   private:
     struct VideoDestroyer {
         void operator()(VideoAlgoHandle_t* handle) const;
     };
 
+    struct AudioDestroyer {
+        void operator()(AudioAlgoHandle_t* handle) const;
+    };
+
     ZELAlgoConfig config_;
     std::unique_ptr<VideoAlgoHandle_t, VideoDestroyer> video_;
+    std::unique_ptr<AudioAlgoHandle_t, AudioDestroyer> audio_;
 };
 
 }  // namespace ZELAlgo
