@@ -1,26 +1,11 @@
 #include "algo/video/block_frame.h"
 
-#include <cmath>
 #include <new>
 
 #include "base/log_format.h"
 
 namespace ZELAlgo {
 namespace {
-
-GaussianKernel gaussianKernel() {
-    GaussianKernel kernel;
-    double sum = 0.0;
-    for (size_t i = 0; i < kernel.size(); ++i) {
-        const double distance = static_cast<double>(i) - 2.0;
-        kernel[i] = std::exp(-(distance * distance) / (2.0 * 1.0 * 1.0));
-        sum += kernel[i];
-    }
-    for (double& weight : kernel) {
-        weight /= sum;
-    }
-    return kernel;
-}
 
 bool hasBuffers(const BlockFrame_t& state) {
     return state.edges && state.work && state.directions && state.edge_map;

@@ -7,7 +7,11 @@
 
 namespace ZELAlgo {
 
+/// Weights of a pixel and its two neighbours on either side.
 using GaussianKernel = std::array<double, 5>;
+
+/// A bell of one pixel's deviation, its weights adding up to one.
+GaussianKernel gaussianKernel();
 
 /// Where a gradient points, as the thinning of edges tells apart.
 enum class Direction : uint8_t { kNone, kHorizontal, kVertical, kDiagonal };

@@ -43,6 +43,20 @@ Direction directionOf(int32_t gx, int32_t gy) {
 
 }  // namespace
 
+GaussianKernel gaussianKernel() {
+    GaussianKernel kernel;
+    double sum = 0.0;
+    for (size_t i = 0; i < kernel.size(); ++i) {
+        const double distance = static_cast<double>(i) - 2.0;
+        kernel[i] = std::exp(-(distance * distance) / (2.0 * 1.0 * 1.0));
+        sum += kernel[i];
+    }
+    for (double& weight : kernel) {
+        weight /= sum;
+    }
+    return kernel;
+}
+
 void smoothScalar(const GaussianKernel& kernel, const uint8_t* source, size_t stride, size_t width,
                   size_t height, uint8_t* smooth) {
     for (size_t y = 0; y < height; ++y) {

@@ -1,0 +1,70 @@
+#include "support/allocations.h"
+
+#include <cstdlib>
+#include <limits>
+#include <new>
+
+namespace {
+
+constexpr size_t kNever = std::numeric_limits<size_t>::max();
+
+thread_local size_t requests = 0;
+thread_local size_t failing_request = kNever;
+
+void* request(size_t size) noexcept {
+    const size_t number = requests++;
+    return number == failing_request ? nullptr : std::malloc(size == 0 ? 1 : size);
+}
+
+void* requestOrThrow(size_t size) {
+    void* const memory = request(size);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return memory;
+}
+
+}  // namespace
+
+void* operator new(size_t size) {
+    return requestOrThrow(size);
+}
+void* operator new[](size_t size) {
+    return requestOrThrow(size);
+}
+void* operator new(size_t size, const std::nothrow_t&) noexcept {
+    return request(size);
+}
+void* operator new[](size_t size, const std::nothrow_t&) noexcept {
+    return request(size);
+}
+void operator delete(void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, size_t) noexcept {
+    std::free(memory);
+}
+void operator delete[](void* memory, size_t) noexcept {
+    std::free(memory);
+}
+
+namespace support {
+
+size_t allocationCount() {
+    return requests;
+}
+
+FailingNew::FailingNew(size_t nth) {
+    failing_request = requests + nth;
+}
+FailingNew::~FailingNew() {
+    failing_request = kNever;
+}
+bool FailingNew::happened() const {
+    return requests > failing_request;
+}
+
+}  // namespace support

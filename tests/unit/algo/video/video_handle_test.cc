@@ -1,0 +1,138 @@
+#include "algo/video/video_handle.h"
+
+#include <zel/algo/algo_facade.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "support/allocations.h"
+#include "support/log_capture.h"
+#include "support/random.h"
+
+namespace {
+
+using support::FailingNew;
+using support::LogCapture;
+using Bytes = std::vector<uint8_t>;
+
+Bytes noise(uint32_t width, uint32_t height) {
+    support::Random random(width * 1000 + height);
+    Bytes picture(size_t{width} * height * 3 / 2);
+    for (uint8_t& byte : picture) {
+        byte = random.byte();
+    }
+    return picture;
+}
+
+TEST(VideoDetectors, RefuseNullWithALogLine) {
+    const LogCapture log;
+    const Bytes picture = noise(16, 16);
+    uint32_t first = 0;
+    uint32_t second = 0;
+    ZELAlgo::ExposureFrame_t exposure{};
+    EXPECT_EQ(ZELAlgo::ExposureExecute(nullptr, picture.data(), 16, 16, first, second), 1);
+    EXPECT_EQ(ZELAlgo::ExposureExecute(&exposure, nullptr, 16, 16, first, second), 1);
+    EXPECT_EQ(log.count("ExposureExecute input is Null \n"), 2U);
+    EXPECT_EQ(ZELAlgo::BlockExecute(nullptr, picture.data(), 16, 16, first), 1);
+    EXPECT_EQ(log.count("BlockExecute input is Null \n"), 1U);
+    EXPECT_EQ(ZELAlgo::StaticFrameExecute(nullptr, picture.data(), 16, 16, first), 1);
+    EXPECT_EQ(log.count("StaticFrameExecute input is Null \n"), 1U);
+    ZELAlgo::ExposureDestroy(nullptr);
+    ZELAlgo::BlockDestroy(nullptr);
+    ZELAlgo::StaticFrameDestroy(nullptr);
+    EXPECT_EQ(ZELAlgo::VideoAlgoDestroy(nullptr), 0);
+}
+
+TEST(VideoDetectors, StopAtTheFirstFailureAndKeepWhatWasFoundBefore) {
+    ZELAlgo::VideoAlgoHandle_t* const handle = ZELAlgo::VideoAlgoCreate({.enable_black_screen = true,
+                                                                         .enable_block = false,
+                                                                         .enable_exposure = false,
+                                                                         .enable_green_screen = false,
+                                                                         .enable_staticframe = true,
+                                                                         .black_screen_ratio = 0.95F,
+                                                                         .green_screen_ratio = 0.95F,
+                                                                         .block_param = 20,
+                                                                         .staticframe_param = 0},
+                                                                        16, 16);
+    const LogCapture log;
+    ZELAlgo::VideoVerdicts verdicts;
+    const Bytes black(16 * 16 * 3 / 2, 0);
+    EXPECT_EQ(ZELAlgo::VideoAlgoExecute(handle, black.data(), 16, 16, verdicts), -1);
+    EXPECT_EQ(verdicts.screen_type, 1U);
+    EXPECT_EQ(verdicts.is_static, 1U);
+    EXPECT_EQ(log.messages(), std::vector<std::string>{"Staticframe dete process fail ! \n"});
+    ZELAlgo::VideoAlgoDestroy(handle);
+}
+
+/// The log of a facade's first frame when its nth request for memory fails, and what the frame after it says.
+struct Failure {
+    bool happened;
+    bool first;
+    bool second;
+    std::string log;
+};
+
+Failure failFirstFrame(size_t nth) {
+    const Bytes picture = noise(64, 48);
+    const LogCapture log;
+    ZELAlgo::AlgoFacade facade;
+    ZELAlgo::ZELVideoResult result{};
+    Failure failure{};
+    {
+        const FailingNew fail(nth);
+        failure.first = facade.detectVideo({64, 48, 0, picture.data()}, result);
+        failure.happened = fail.happened();
+    }
+    for (const std::string& message : log.messages()) {
+        failure.log += message;
+    }
+    failure.second = facade.detectVideo({64, 48, 0, picture.data()}, result);
+    return failure;
+}
+
+TEST(VideoDetectors, SurviveEveryFailedAllocationAndTryAgainWithTheNextFrame) {
+    std::vector<std::string> logs;
+    for (size_t nth = 0;; ++nth) {
+        const Failure failure = failFirstFrame(nth);
+        if (!failure.happened) {
+            EXPECT_TRUE(failure.first);
+            break;
+        }
+        const bool record_failed = nth == 0 || failure.log.ends_with("_handle create failed\n");
+        EXPECT_EQ(failure.first, !record_failed) << failure.log;
+        EXPECT_TRUE(failure.second);
+        logs.push_back(failure.log);
+    }
+    const auto count = [&logs](const std::string& text) {
+        return std::count(logs.begin(), logs.end(), text);
+    };
+    EXPECT_EQ(count(""), 2)
+        << "the handle itself; the plane of the previous picture, which the frame asks for again";
+    EXPECT_EQ(count("ExposureFrame_t create fail ! \nexposure_handle create failed\n"), 1);
+    EXPECT_EQ(count("BlockFrame_t create fail ! \nblock_handle create failed\n"), 1);
+    EXPECT_EQ(count("BlockFrame_t create space fail !"), 4);
+    EXPECT_EQ(count("StaticFrame_t create fail ! \nstaticframe_handle create failed\n"), 1);
+}
+
+TEST(VideoDetectors, AllocateNothingPerFrame) {
+    const Bytes large = noise(320, 180);
+    const Bytes small = noise(99, 51);
+    ZELAlgo::AlgoFacade facade;
+    ZELAlgo::ZELVideoResult result{};
+    const auto allocations = [&](const Bytes& picture, uint32_t width, uint32_t height) {
+        const size_t before = support::allocationCount();
+        EXPECT_TRUE(facade.detectVideo({width, height, 0, picture.data()}, result));
+        return support::allocationCount() - before;
+    };
+    EXPECT_GT(allocations(large, 320, 180), 0U);
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(allocations(large, 320, 180), 0U);
+    }
+    EXPECT_GT(allocations(small, 99, 51), 0U);
+    EXPECT_EQ(allocations(small, 99, 51), 0U);
+}
+
+}  // namespace
