@@ -1,0 +1,173 @@
+#include <zel/session/session.h>
+
+#include <atomic>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/frames.h"
+#include "support/wait.h"
+
+namespace {
+
+using support::flatVideoFrame;
+using support::kMidGrey;
+using support::kVideoBlack;
+using support::silentAudioFrame;
+
+/// A session that publishes its results, and a count of the pictures that its worker has done.
+class Session : public testing::Test {
+  protected:
+    Session() {
+        center_->registerListener("ZELMsgVideoFrameResult", owner_, [this](const auto&) { examined_.add(); });
+        session_->setPublishFrameResults(true);
+    }
+    ~Session() override {
+        session_->stop();
+        center_->stop();
+    }
+
+    void feed(int count, uint8_t luma) {
+        for (int i = 0; i < count; ++i) {
+            EXPECT_TRUE(session_->feedVideoFrame(flatVideoFrame(64, 48, luma), i));
+        }
+    }
+
+    /// Feeds one at a time, so that none is dropped.
+    void feedAndWait(int count, uint8_t luma) {
+        for (int i = 0; i < count; ++i) {
+            const int before = examined_.value();
+            feed(1, luma);
+            ASSERT_TRUE(examined_.waitFor(before + 1));
+        }
+    }
+
+    ReportMap heartbeat() {
+        ReportMap report;
+        session_->getHeartbeatInfo(report);
+        return report;
+    }
+
+    class Owner : public ZEL::CObject {};
+    const std::shared_ptr<Owner> owner_ = std::make_shared<Owner>();
+    support::Count examined_;
+    const std::shared_ptr<ZEL::MessageCenter> center_ = std::make_shared<ZEL::MessageCenter>();
+    std::shared_ptr<ZEL::ZELSession> session_ = std::make_shared<ZEL::ZELSession>(center_);
+};
+
+TEST_F(Session, PicturesFedBeforeTheStartAreAllCountedAndTheTenNewestExamined) {
+    feed(2, kMidGrey);  // dropped
+    feed(10, kVideoBlack);
+    session_->start();
+    ASSERT_TRUE(examined_.waitFor(10));
+    const ReportMap report = heartbeat();
+    EXPECT_EQ(report.at("zel_vframes"), "12");
+    EXPECT_EQ(report.at("zel_black_cnt"), "9");
+}
+
+TEST_F(Session, ReportsEachPeriodOnItsOwnAndTheWholeLifeAtAnyTime) {
+    EXPECT_TRUE(session_->start());
+    EXPECT_TRUE(session_->start());  // already running
+    feedAndWait(4, kVideoBlack);
+    EXPECT_TRUE(session_->feedAudioFrame(silentAudioFrame(480), 0));
+    const ReportMap first = heartbeat();
+    EXPECT_EQ(first.at("zel_heartbeat_seq"), "0");
+    EXPECT_EQ(first.at("zel_token"), std::to_string(session_->getSessionId()));
+    EXPECT_EQ(first.at("zel_vframes"), "4");
+    EXPECT_EQ(first.at("zel_aframes"), "1");
+    EXPECT_EQ(first.at("zel_black_cnt"), "3");
+    feedAndWait(2, kVideoBlack);
+    EXPECT_EQ(session_->getAccumulativeInfo(), session_->getAccumulativeInfo());
+    const ReportMap second = heartbeat();
+    EXPECT_EQ(second.at("zel_heartbeat_seq"), "1");
+    EXPECT_EQ(second.at("zel_vframes"), "2");
+    EXPECT_EQ(second.at("zel_black_cnt"), "2");
+    const ReportMap life = session_->getAccumulativeInfo();
+    EXPECT_EQ(life.at("zel_vframes"), "6");
+    EXPECT_EQ(life.at("zel_black_cnt"), "5");
+    EXPECT_EQ(life.count("zel_token") + life.count("zel_heartbeat_seq"), 0U);
+}
+
+TEST_F(Session, RunsAfreshAfterAStopWhileCountersGoOn) {
+    session_->start();
+    feedAndWait(2, kVideoBlack);
+    session_->stop();
+    EXPECT_FALSE(session_->collectAccumulativeData("ZELAccumulativeInfoCollector", nullptr));
+    feed(3, kVideoBlack);  // taken in, never examined
+    session_->start();
+    feedAndWait(1, kVideoBlack);
+    EXPECT_EQ(examined_.value(), 3);
+    const ReportMap report = heartbeat();
+    EXPECT_EQ(report.at("zel_vframes"), "6");
+    EXPECT_EQ(report.at("zel_black_cnt"), "2");
+    const std::map<std::string, int64_t> values{{"host", 5}};
+    EXPECT_TRUE(session_->collectAccumulativeData("ZELAccumulativeInfoCollector", &values));
+    EXPECT_EQ(heartbeat().at("host"), "5");
+}
+
+TEST_F(Session, AppliesTheConfigurationItWasGiven) {
+    ZELAlgo::ZELAlgoConfig config;
+    config.enable_black_screen = false;
+    session_->setAlgoConfig(config);
+    session_->start();
+    feedAndWait(3, kVideoBlack);
+    EXPECT_EQ(heartbeat().count("zel_black_cnt"), 0U);
+}
+
+TEST_F(Session, NamedCollectorsReportUnlessDisabledAddedOnesAlways) {
+    const std::map<std::string, int64_t> values{{"host", 5}};
+    session_->setCollectorsDisabled(true);
+    EXPECT_TRUE(session_->collectAccumulativeData("ZELAccumulativeInfoCollector", &values));
+    EXPECT_FALSE(session_->collectAccumulativeData("ZELAccumulativeInfoCollector ", &values));
+    EXPECT_FALSE(session_->collectAccumulativeData("ZELAccumulativeInfoCollector", nullptr));
+    EXPECT_EQ(heartbeat().count("host"), 0U);
+    session_->addCollector("ZELAccumulativeInfoCollector")
+        ->addAccumulativeData({{"zel_token", 1}, {"added", 2}});
+    EXPECT_EQ(session_->addCollector("another"), nullptr);
+    const ReportMap report = heartbeat();
+    EXPECT_EQ(report.at("added"), "2");
+    EXPECT_EQ(report.at("zel_token"), std::to_string(session_->getSessionId()));
+    session_->setCollectorsDisabled(false);
+    EXPECT_EQ(heartbeat().at("host"), "5");
+    session_->stop();  // never started
+    EXPECT_FALSE(session_->collectSerialData("ZELSerialStatisticsInfoCollector", "k", {1.0F}));
+}
+
+TEST_F(Session, TellsItsListenerOfResultsWhileSubscribed) {
+    struct Listener : ZEL::IZELSessionListener {
+        void onSessionEvent(uint32_t code, uint64_t a, uint64_t b, std::string text) override {
+            EXPECT_TRUE(code == 0 && a == 0 && b == 0 && text.empty());
+            events.add();
+        }
+        support::Count events;
+    };
+    const auto listener = std::make_shared<Listener>();
+    session_->setListener(listener);
+    session_->registerMessageListeners();
+    session_->registerMessageListeners();  // one subscription all the same
+    session_->start();
+    feedAndWait(1, kMidGrey);
+    ASSERT_TRUE(listener->events.waitFor(1));
+    session_->unregisterMessageListeners();
+    feedAndWait(1, kMidGrey);
+    EXPECT_EQ(listener->events.value(), 1);
+    session_->stop();
+    EXPECT_EQ(listener.use_count(), 1);
+}
+
+TEST_F(Session, RefusesNoFrameAndOutlivesItsCentre) {
+    EXPECT_FALSE(session_->feedVideoFrame(nullptr, 0));
+    EXPECT_FALSE(session_->feedAudioFrame(nullptr, 0));
+    EXPECT_EQ(heartbeat().at("zel_vframes"), "0");
+
+    auto center = std::make_shared<ZEL::MessageCenter>();
+    const auto session = std::make_shared<ZEL::ZELSession>(center);
+    session->setPublishFrameResults(true);
+    center->stop();
+    center.reset();
+    session->registerMessageListeners();
+    session->start();
+    session->feedVideoFrame(flatVideoFrame(64, 48, kMidGrey), 0);
+}  // and dies running
+
+}  // namespace
