@@ -1,0 +1,40 @@
+#ifndef ZEL_TOOLS_SCAN_AUDIO_PERIODS_H_
+#define ZEL_TOOLS_SCAN_AUDIO_PERIODS_H_
+
+#include <zel/algo/algo_facade.h>
+
+#include <cstdint>
+#include <functional>
+#include <vector>
+
+#include "media_item.h"
+#include "scan/event.h"
+
+namespace zel_monitor::scan {
+
+/// Feeds sound of one sample rate to the audio detector and gives the verdict of every period.
+///
+/// The detector is fed its own 10 ms chunks one at a time: it leaves a chunk of zeros at once, whatever else
+/// it was given, so that longer blocks of digital silence would fall behind the stream.
+class AudioPeriods {
+  public:
+    using Sink = std::function<void(Span period, const ZELAlgo::ZELAudioResult& result)>;
+
+    AudioPeriods(const ZELAlgo::ZELAlgoConfig& config, int sample_rate);
+
+    /// Takes in a block that starts at `time_s` of the stream; of several channels their mean is heard.
+    void feed(const Sound& sound, double time_s, const Sink& sink);
+
+    int sampleRate() const { return sample_rate_; }
+
+  private:
+    ZELAlgo::AlgoFacade facade_;
+    int sample_rate_;
+    size_t chunk_;  // samples in 10 ms
+    double period_s_;
+    std::vector<int16_t> pending_;  // less than a chunk, then up to one
+};
+
+}  // namespace zel_monitor::scan
+
+#endif  // ZEL_TOOLS_SCAN_AUDIO_PERIODS_H_

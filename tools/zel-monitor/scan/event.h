@@ -1,0 +1,26 @@
+#ifndef ZEL_TOOLS_SCAN_EVENT_H_
+#define ZEL_TOOLS_SCAN_EVENT_H_
+
+#include "scan/kinds.h"
+
+namespace zel_monitor::scan {
+
+/// A stretch of stream time, in seconds from the stream's first timestamp.
+struct Span {
+    double start_s = 0.0;
+    double end_s = 0.0;
+
+    double length() const { return end_s - start_s; }
+};
+
+/// One stretch of a stream in which something was wrong.
+struct Event {
+    Kind kind = Kind::kBlack;
+    Span span;
+    double share = 1.0;        ///< share of the stretch in which the fault was measured, 0 to 1
+    bool open_at_end = false;  ///< the fault was still there when the stream ended
+};
+
+}  // namespace zel_monitor::scan
+
+#endif  // ZEL_TOOLS_SCAN_EVENT_H_

@@ -1,0 +1,61 @@
+#ifndef ZEL_TOOLS_SCAN_EVENT_MAKER_H_
+#define ZEL_TOOLS_SCAN_EVENT_MAKER_H_
+
+#include <zel/algo/algo_types.h>
+
+#include <optional>
+#include <vector>
+
+#include "scan/event.h"
+#include "scan/event_tracker.h"
+#include "scan/kinds.h"
+
+namespace zel_monitor::scan {
+
+/// Hears of events while a stream is analysed.
+class EventListener {
+  public:
+    EventListener() = default;
+    EventListener(const EventListener&) = delete;
+    EventListener& operator=(const EventListener&) = delete;
+    virtual ~EventListener() = default;
+
+    /// A run of verdicts has begun that may or may not become an event.
+    virtual void onRunBegan(Kind kind) = 0;
+    virtual void onEvent(const Event& event) = 0;
+};
+
+/// Where the parts of a stream ended, in stream time.
+struct StreamEnd {
+    double video_s = 0.0;
+    double audio_s = 0.0;
+    std::optional<double> declared_s;
+    bool still_picture = false;  ///< one picture is all there was
+};
+
+/// Turns the verdicts on one stream, in its order, into events.
+class EventMaker {
+  public:
+    EventMaker(const EventRules& rules, EventListener& listener);
+
+    /// A picture and how long it was shown.
+    void picture(Span shown, const ZELAlgo::ZELVideoResult& result);
+    void audioPeriod(Span period, const ZELAlgo::ZELAudioResult& result);
+    /// Nothing has a timestamp here. Tell this before what follows the gap.
+    void gap(Span span);
+    /// A single picture has no length, so no minimum is asked of it.
+    void finish(const StreamEnd& end);
+
+  private:
+    void see(Kind kind, Span span, Sight sight);
+    void report(const std::optional<Event>& event);
+
+    EventListener& listener_;
+    std::vector<EventTracker> trackers_;  // one per kind
+    std::optional<double> like_start_;    // start of the last picture, if a freeze may have begun with it
+    bool any_picture_ = false;
+};
+
+}  // namespace zel_monitor::scan
+
+#endif  // ZEL_TOOLS_SCAN_EVENT_MAKER_H_

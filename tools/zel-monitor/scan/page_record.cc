@@ -1,0 +1,78 @@
+#include "scan/page_record.h"
+
+#include <algorithm>
+
+namespace zel_monitor::scan {
+namespace {
+
+constexpr double kCurveStepS = 0.1;
+constexpr size_t kMostThumbnails = 300;
+constexpr int kLumaGrid = 8;  // every so many rows and columns are enough for a mean
+
+double meanLuma(const Picture& picture) {
+    uint64_t sum = 0;
+    uint64_t count = 0;
+    for (int y = 0; y < picture.height; y += kLumaGrid) {
+        const uint8_t* const row = picture.data + static_cast<ptrdiff_t>(y) * picture.width;
+        for (int x = 0; x < picture.width; x += kLumaGrid) {
+            sum += row[x];
+            ++count;
+        }
+    }
+    return static_cast<double>(sum) / static_cast<double>(count);
+}
+
+nlohmann::ordered_json curveJson(const Series& series, double scale) {
+    nlohmann::ordered_json values = nlohmann::ordered_json::array();
+    for (size_t i = 0; i < series.size(); ++i) {
+        const auto value = series.at(i);
+        values.push_back(value ? nlohmann::ordered_json(std::round(*value * scale) / scale) : nullptr);
+    }
+    return {{"step_s", series.step()}, {"values", std::move(values)}};
+}
+
+}  // namespace
+
+PageRecord::PageRecord(double frame_rate)
+    : luma_(frame_rate > 0.0 ? std::max(kCurveStepS, 2.0 / frame_rate) : kCurveStepS),
+      level_(kCurveStepS),
+      voice_(kCurveStepS) {}
+
+void PageRecord::onPicture(const Picture& picture, double time_s) {
+    current_ = &picture;
+    luma_.add(time_s, meanLuma(picture));
+}
+
+void PageRecord::onAudioPeriod(Span period, const ZELAlgo::ZELAudioResult& result) {
+    const double middle_s = (period.start_s + period.end_s) / 2.0;
+    level_.add(middle_s, result.audio_level);
+    voice_.add(middle_s, result.voice_scale_longtime);
+}
+
+void PageRecord::onRunBegan(Kind kind) {
+    if (current_ != nullptr && thumbnails_.size() < kMostThumbnails) {
+        first_pictures_[indexOf(kind)] = thumbnailer_.shrink(*current_);
+    }
+}
+
+void PageRecord::onEvent(const Event& event) {
+    const FrameHandle first = std::move(first_pictures_[indexOf(event.kind)]);
+    if (first != nullptr && thumbnails_.size() < kMostThumbnails) {
+        thumbnails_.push_back({event.kind, event.span.start_s, jpegAddress(*first)});
+    }
+}
+
+nlohmann::ordered_json PageRecord::json() const {
+    nlohmann::ordered_json thumbnails = nlohmann::ordered_json::array();
+    for (const Thumbnail& thumbnail : thumbnails_) {
+        thumbnails.push_back({{"kind", infoOf(thumbnail.kind).name},
+                              {"start_s", std::round(thumbnail.start_s * 1e6) / 1e6},
+                              {"image", thumbnail.address}});
+    }
+    return {{"luma", curveJson(luma_, 10.0)},
+            {"audio_level", curveJson(level_, 1.0)},
+            {"voice_share", curveJson(voice_, 1000.0)},
+            {"thumbnails", std::move(thumbnails)}};
+}
+
+}  // namespace zel_monitor::scan

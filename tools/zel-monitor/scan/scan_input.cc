@@ -1,0 +1,117 @@
+#include "scan/scan_input.h"
+
+#include <algorithm>
+#include <exception>
+#include <fmt/format.h>
+
+#include "media_source.h"
+#include "scan/analyser.h"
+#include "scan/decode_ahead.h"
+
+namespace zel_monitor::scan {
+namespace {
+
+/// Collects what an analysis finds.
+class Findings : public AnalysisListener {
+  public:
+    Findings(InputScan& scan, Progress::Slot& progress, const std::function<void(const Event&)>& on_event)
+        : scan_(scan), progress_(progress), on_event_(on_event) {}
+
+    void onRunBegan(Kind kind) override {
+        if (scan_.record) {
+            scan_.record->onRunBegan(kind);
+        }
+    }
+    void onEvent(const Event& event) override {
+        scan_.report.events.push_back(event);
+        ++progress_.events;
+        if (scan_.record) {
+            scan_.record->onEvent(event);
+        }
+        on_event_(event);
+    }
+    void onPicture(const Picture& picture, double time_s) override {
+        if (scan_.record) {
+            scan_.record->onPicture(picture, time_s);
+        }
+    }
+    void onAudioPeriod(Span period, const ZELAlgo::ZELAudioResult& result) override {
+        if (scan_.record) {
+            scan_.record->onAudioPeriod(period, result);
+        }
+    }
+
+  private:
+    InputScan& scan_;
+    Progress::Slot& progress_;
+    const std::function<void(const Event&)>& on_event_;
+};
+
+/// A message of the source without the input's name, which the report has already.
+std::string reasonFrom(const std::string& message, const std::string& input) {
+    const std::string prefix = input + ": ";
+    return message.starts_with(prefix) ? message.substr(prefix.size()) : message;
+}
+
+/// An end before the declared one: whatever was there is gone, so the stream has not been seen to its end.
+std::optional<std::string> missingEnd(const InputReport& report) {
+    const auto missing = std::find_if(report.events.begin(), report.events.end(),
+                                      [](const Event& event) { return event.kind == Kind::kShort; });
+    if (missing == report.events.end()) {
+        return std::nullopt;
+    }
+    return fmt::format("it ends {:.3f} s before its declared end", missing->span.length());
+}
+
+void analyse(MediaSource& source, const EventRules& rules, InputScan& scan, Progress::Slot& progress,
+             Findings& findings) {
+    InputReport& report = scan.report;
+    Analyser analyser(rules, report.facts.video ? report.facts.video->frame_rate : 0.0, findings);
+    {
+        DecodeAhead ahead(source);
+        try {
+            while (std::optional<MediaItem> item = ahead.next()) {
+                std::visit([&](auto& content) { analyser.take(std::move(content)); }, *item);
+                progress.position_s = analyser.reached();
+            }
+        } catch (const MediaError& error) {
+            report.problem = reasonFrom(error.what(), report.facts.input);
+        }
+    }
+    report.counts = source.counts();
+    const bool declared = report.facts.duration && !report.facts.duration_estimated;
+    const bool anything = report.counts.pictures + report.counts.sounds > 0;
+    analyser.finish(declared && anything ? report.facts.duration : std::nullopt);
+    report.length_s = analyser.reached();
+    if (!report.problem) {
+        report.problem = missingEnd(report);
+    }
+}
+
+}  // namespace
+
+InputScan scanInput(const std::string& input, const EventRules& rules, bool with_record,
+                    Progress::Slot& progress, const std::function<void(const Event&)>& on_event) {
+    InputScan scan;
+    InputReport& report = scan.report;
+    report.facts.input = input;
+    try {
+        MediaSource source(input);
+        report.facts = source.facts();
+        progress.length_s = report.facts.duration.value_or(0.0);
+        if (with_record) {
+            scan.record.emplace(report.facts.video ? report.facts.video->frame_rate : 0.0);
+        }
+        Findings findings(scan, progress, on_event);
+        analyse(source, rules, scan, progress, findings);
+    } catch (const std::exception& error) {
+        report.problem = reasonFrom(error.what(), input);
+    }
+    std::stable_sort(report.events.begin(), report.events.end(),
+                     [](const Event& a, const Event& b) { return a.span.start_s < b.span.start_s; });
+    progress.position_s = report.length_s;
+    progress.done = true;
+    return scan;
+}
+
+}  // namespace zel_monitor::scan

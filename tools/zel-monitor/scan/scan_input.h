@@ -1,0 +1,27 @@
+#ifndef ZEL_TOOLS_SCAN_SCAN_INPUT_H_
+#define ZEL_TOOLS_SCAN_SCAN_INPUT_H_
+
+#include <functional>
+#include <string>
+
+#include "scan/kinds.h"
+#include "scan/page_record.h"
+#include "scan/progress.h"
+#include "scan/report.h"
+
+namespace zel_monitor::scan {
+
+/// What came of one input.
+struct InputScan {
+    InputReport report;
+    std::optional<PageRecord> record;  ///< if it was asked for
+};
+
+/// Decodes `input` on one thread and analyses it on the calling one, as fast as both can. Whatever goes wrong
+/// with the input stands in the report. `on_event` hears of each event as it ends.
+InputScan scanInput(const std::string& input, const EventRules& rules, bool with_record,
+                    Progress::Slot& progress, const std::function<void(const Event&)>& on_event);
+
+}  // namespace zel_monitor::scan
+
+#endif  // ZEL_TOOLS_SCAN_SCAN_INPUT_H_

@@ -1,0 +1,32 @@
+#include <fmt/format.h>
+
+#include "scan/writers.h"
+
+namespace zel_monitor::scan {
+namespace {
+
+/// Quotes what a comma, a quote or a line end would tear apart.
+std::string field(const std::string& text) {
+    if (text.find_first_of(",\"\r\n") == std::string::npos) {
+        return text;
+    }
+    std::string quoted = "\"";
+    for (const char c : text) {
+        quoted += c == '"' ? "\"\"" : std::string(1, c);
+    }
+    return quoted + '"';
+}
+
+}  // namespace
+
+std::string csvHeader() {
+    return "input,kind,start_s,end_s,duration_s,share,open_at_end\n";
+}
+
+std::string csvLine(const std::string& input, const Event& event) {
+    return fmt::format("{},{},{:.6f},{:.6f},{:.6f},{:.6f},{}\n", field(input), infoOf(event.kind).name,
+                       event.span.start_s, event.span.end_s, event.span.length(), event.share,
+                       event.open_at_end);
+}
+
+}  // namespace zel_monitor::scan
