@@ -2,15 +2,24 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <new>
 
-#include "algo/audio/audio_kernels.h"
 #include "base/log_format.h"
 
 namespace ZELAlgo {
 namespace {
 
 constexpr uint32_t kChunksPerSecond = 100;
+
+/// Zero if and only if the chunk is silent. Cannot overflow: the ring holds less than 2^16 samples.
+uint32_t magnitudeSum(const AudioAlgoHandle_t& handle) {
+    uint32_t sum = 0;
+    for (uint32_t i = 0; i < handle.chunk; ++i) {
+        sum += static_cast<uint32_t>(std::abs(int{handle.chunk_buf[i]}));
+    }
+    return sum;
+}
 
 /// Moves the chunk in at the end. Of one longer than the history (above 96 kHz) the newest samples stay.
 void remember(AudioAlgoHandle_t& handle) {
@@ -99,7 +108,7 @@ int32_t AudioAlgoExecute(AudioAlgoHandle_t* handle, const int16_t* samples, uint
     while (handle->ring.available() >= handle->chunk) {
         handle->ring.read(handle->chunk_buf.data(), handle->chunk);
         ++handle->chunk_count;
-        const uint32_t magnitude_sum = magnitudeSum(handle->chunk_buf.data(), handle->chunk);
+        const uint32_t magnitude_sum = magnitudeSum(*handle);
         if (magnitude_sum == 0) {
             break;  // intended: one silent chunk per frame, the rest of the ring waits for the next
         }

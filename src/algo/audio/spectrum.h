@@ -12,7 +12,7 @@ struct kiss_fftr_state;
 
 namespace ZELAlgo {
 
-/// Windowed real transform of the sample history. Works in its own buffers.
+/// Windowed real transform of the sample history. Works in fixed buffers.
 class Spectrum {
   public:
     Spectrum();
@@ -30,7 +30,6 @@ class Spectrum {
 
     std::unique_ptr<kiss_fftr_state, FftDestroyer> fft_;
     std::array<float, kFftSize> weighted_{};
-    std::array<float, 2 * kPowerBins> transformed_{};  // re, im, re, im, ...
 };
 
 }  // namespace ZELAlgo

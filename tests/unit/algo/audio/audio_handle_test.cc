@@ -211,11 +211,12 @@ TEST_F(AudioHandle, ListensToTheOldestThirdOfItsHistory) {
 TEST_F(AudioHandle, SurvivesEverySampleRateAndFrameLength) {
     for (const size_t frame : {1U, 441U, 960U, 23'999U, 24'000U, 65'536U}) {
         const Samples samples = support::hiss(random_, INT16_MAX, frame);
+        const size_t frames = std::clamp<size_t>(50'000 / frame, 2, 60);
         for (const uint32_t sample_rate :
              {1U, 99U, 100U, 399U, 400U, 3999U, 7999U, 8000U, 11'025U, 95'999U, 96'001U, 192'000U, 2'399'999U,
               2'400'000U, 3'848'001U, 4'294'967'295U}) {
             create(sample_rate, 50);
-            for (int i = 0; i < 60; ++i) {
+            for (size_t i = 0; i < frames; ++i) {
                 const int32_t code = feed(samples);
                 ASSERT_TRUE(code == 0 || code == 1) << sample_rate << ' ' << frame;
                 ASSERT_LE(outcome_.audio_level, 32'768U) << sample_rate << ' ' << frame;
