@@ -23,7 +23,7 @@ inline std::vector<int16_t> hiss(Random& random, int16_t level, size_t count) {
 inline double rootMeanSquare(const std::vector<int16_t>& samples) {
     double sum = 0.0;
     for (const int16_t sample : samples) {
-        sum += double{sample} * sample;
+        sum += static_cast<double>(sample * sample);
     }
     return std::sqrt(sum / static_cast<double>(samples.size()));
 }

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/allocations.h"
 #include "support/log_capture.h"
 #include "support/random.h"
 #include "support/sound.h"
@@ -222,6 +223,24 @@ TEST_F(AudioHandle, SurvivesEverySampleRateAndFrameLength) {
                 ASSERT_LE(outcome_.audio_level, 32'768U) << sample_rate << ' ' << frame;
             }
         }
+    }
+}
+
+TEST_F(AudioHandle, AsksForNoMemoryWhileItRuns) {
+    create(48'000, 10);
+    const Samples samples = support::hiss(random_, 1000, 1024);
+    const size_t before = support::allocationCount();
+    for (int i = 0; i < 100; ++i) {
+        feed(samples);
+    }
+    EXPECT_EQ(support::allocationCount(), before);
+}
+
+TEST_F(AudioHandle, IsNotCreatedWithoutMemory) {
+    for (const size_t nth : {0U, 1U}) {  // the handle itself, its voice detector
+        const support::FailingNew fail(nth);
+        EXPECT_EQ(AudioAlgoCreate(48'000), nullptr) << nth;
+        EXPECT_TRUE(fail.happened());
     }
 }
 
