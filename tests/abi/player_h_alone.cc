@@ -1,0 +1,105 @@
+// The in-process interface as a player meets it: one header, every name in it, nothing from inside the tree.
+#include <zel/player.h>
+
+#include <cstdio>
+#include <type_traits>
+
+namespace {
+
+template <typename Base, typename Class>
+constexpr bool kIsA = std::is_convertible_v<Class*, Base*>;
+
+static_assert(kIsA<ZEL::CObject, ZEL::Message> && kIsA<ZEL::CObject, ZEL::ZELSession>);
+static_assert(kIsA<ZEL::CObject, ZEL::ZELManager> && kIsA<ZEL::ZELDataMonitor, ZEL::ZELManager>);
+static_assert(kIsA<ZEL::CObject, ZEL::ZELHA> && kIsA<ZEL::ZELDataMonitor, ZEL::ZELPlayerDataMonitor>);
+static_assert(kIsA<ZEL::ZELInfoCollector, ZEL::ZELAccumulativeInfoCollector>);
+static_assert(kIsA<ZEL::ZELInfoCollector, ZEL::ZELSerialStatisticsInfoCollector>);
+static_assert(std::has_virtual_destructor_v<ZEL::CObject> &&
+              !std::has_virtual_destructor_v<ZEL::ZELDataMonitor>);
+
+/// An adapter overrides these two and no more.
+struct Switches : ZEL::ConfigAdapter {
+    bool getBool(const std::string& /*key*/, bool default_value) override { return default_value; }
+    int32_t getInt(const std::string& /*key*/, int32_t default_value) override { return default_value; }
+};
+
+struct Listener : ZEL::IZELSessionListener {
+    void onSessionEvent(uint32_t /*code*/, uint64_t /*a*/, uint64_t /*b*/, std::string /*text*/) override {}
+};
+
+int failures = 0;
+
+void expect(bool holds, const char* what) {
+    if (!holds) {
+        std::fprintf(stderr, "does not hold: %s\n", what);
+        ++failures;
+    }
+}
+#define EXPECT(condition) expect(condition, #condition)
+
+void useDetectors() {
+    ZELAlgo::ZELAlgoConfig config;
+    config.enable_block = false;
+    ZELAlgo::AlgoFacade facade(config);
+    facade.setConfig(config);
+    const std::vector<uint8_t> black(16 * 16 * 3 / 2, 16);
+    const std::vector<int16_t> silence(480);
+    ZELAlgo::ZELVideoResult picture{};
+    ZELAlgo::ZELAudioResult sound{};
+    EXPECT(facade.detectVideo({16, 16, 0, black.data()}, picture));
+    EXPECT(picture.screen_type == 1);
+    EXPECT(facade.detectAudio({48000, 480, 1, silence.data()}, sound));
+}
+
+void useSession(ZEL::ZELManager& manager) {
+    const auto session = std::make_shared<ZEL::ZELSession>(manager.getMessageCenter());
+    session->setAlgoConfig(ZELAlgo::ZELAlgoConfig{});
+    session->setPublishFrameResults(true);
+    session->setSeparateAudioQueue(true);
+    session->setCollectorsDisabled(false);
+    session->setListener(std::make_shared<Listener>());
+    session->registerMessageListeners();
+    EXPECT(session->start());
+    EXPECT(session->feedVideoFrame(
+        std::make_shared<ZEL::VideoFrame>(2, std::make_unique<uint8_t[]>(384), 16, 16), 0));
+    EXPECT(session->feedAudioFrame(
+        std::make_shared<ZEL::AudioFrame>(0, std::make_unique<int16_t[]>(480), 480, 48000, 1), 0));
+
+    const std::map<std::string, int64_t> values = {{"a", 1}};
+    manager.registerSession(session);
+    EXPECT(zel_collect_accumulative_data_for_session_v2(static_cast<uint64_t>(session->getSessionId()),
+                                                        &values));
+    EXPECT(session->collectSerialData("ZELSerialStatisticsInfoCollector", "s", {1.0F}));
+    EXPECT(manager.registerCollector(1, session->addCollector("ZELAccumulativeInfoCollector")));
+    EXPECT(manager.aliasCollector(2, 1));
+    EXPECT(!manager.collectAccumulativeDataByKey(2, &values));
+    EXPECT(!manager.collectSerialDataByKey(2, "s", {1.0F}));
+    ReportMap report;
+    session->getHeartbeatInfo(report);
+    EXPECT(ZEL::getInt(report, "a", 0) == 1);
+    EXPECT(ZEL::getDouble(report, "s_mean", 0.0) == 1.0);
+
+    session->unregisterMessageListeners();
+    session->stop();
+    manager.purgeCollectors();
+    manager.unregisterSession(session->getSessionId());
+    EXPECT(session->getAccumulativeInfo().at("zel_vframes") == "1");
+}
+
+}  // namespace
+
+int main() {
+    ZEL::setLogSink([](const char* /*text*/, size_t /*length*/, void* /*context*/) {}, nullptr);
+    ZEL::ZELManager& manager = ZEL::ZELManager::getInstance();
+    manager.setConfigAdapter(std::make_shared<Switches>());
+    manager.initDataMonitors();
+    EXPECT(manager.start());
+    manager.reportPlaybackEnd(1, {{"error_code", "-110"}});
+    EXPECT(ZEL::ZELHA::getInstance().evaluate("PlayerErrorRate").at("count") == "2");
+    ZEL::MetricRecorder recorder(900);
+    recorder.record(1.5);
+    EXPECT(recorder.truncatingAverage() == 1.0);
+    useDetectors();
+    useSession(manager);
+    return failures;
+}
