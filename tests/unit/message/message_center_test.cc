@@ -31,7 +31,7 @@ class MessageCenterTest : public testing::Test {
   protected:
     ~MessageCenterTest() override { center.stop(); }
 
-    /// Waits until everything published so far is delivered.
+    /// Waits until everything published so far, and what its callbacks sent on, is delivered.
     void drain() {
         std::promise<void> reached;
         const auto marker = std::make_shared<Owner>();
@@ -39,6 +39,7 @@ class MessageCenterTest : public testing::Test {
         center.publish(message("marker"));
         reached.get_future().wait();
         center.unregisterListener("marker", marker);
+        center.publish(message("nobody listens"));  // waits for the rest of the marker's walk
     }
 
     MessageCenter::Callback note(const std::string& text) {
