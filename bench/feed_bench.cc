@@ -158,7 +158,7 @@ void wakeUp(benchmark::State& state) {
 
 BENCHMARK(bareCopy)->Arg(720)->Arg(1080)->Arg(2160);
 BENCHMARK(feedCall)->Arg(720)->Arg(1080)->Arg(2160);
-BENCHMARK(feedPacket)->UseManualTime();
+BENCHMARK(feedPacket)->UseManualTime()->Iterations(2000);
 BENCHMARK(startAndStop);
 BENCHMARK(heartbeatAssembly);
 BENCHMARK(wakeUp)->UseRealTime();
