@@ -11,6 +11,10 @@
 #include <thread>
 #include <vector>
 
+extern "C" {
+#include <libavutil/log.h>
+}
+
 #include "scan/output_file.h"
 #include "scan/page.h"
 #include "scan/progress.h"
@@ -174,6 +178,7 @@ int runScan(const ScanOptions& options) {
         return kUsage;
     }
     ZEL::setLogSink(&discardLog, nullptr);  // the detectors log every picture like its predecessor
+    av_log_set_level(AV_LOG_QUIET);         // what is wrong with an input stands in its report
     try {
         return Scan(options, *outputs).run();
     } catch (const std::exception& error) {

@@ -1,0 +1,187 @@
+#!/usr/bin/python3
+"""Walks `zel-monitor scan` through inputs of every sort, its outputs and its exit statuses."""
+import csv
+import io
+import json
+import subprocess
+import time
+import unittest
+
+from zel_monitor_scan_support import BLACK, MOVING, PROGRAM, ScanTest, run, validate
+
+# 2 s of moving pictures, 2 s of black, 2 s moving again.
+FAULTY = "testsrc=s=320x240:r=25:d=6,hue=h=360*t,drawbox=t=fill:c=black:enable='between(t,2,3.99)'"
+BLACK_EVENT = ("black", 2.0, 4.0)
+
+
+class Inputs(ScanTest):
+    """Every sort of input ends with a right answer or a clear error."""
+
+    def assert_refused(self, path, *words):
+        """The input cannot be analysed: status 3, with a reason, and never a pass."""
+        report = self.scan_one(path, "--fail-on", "black", status=3)
+        self.assertFalse(report["complete"])
+        self.assertEqual(report["verdict"], "incomplete")
+        for word in words:
+            self.assertIn(word, report["problem"])
+        return report
+
+    def test_pixel_formats_sizes_and_scans(self):
+        for name, arguments in {
+            "plain.mkv": "-c:v mpeg4",
+            "ten_bit.mkv": "-pix_fmt yuv420p10le -c:v ffv1",
+            "nv12.nut": "-pix_fmt nv12 -c:v rawvideo",
+            "interlaced.mpg": "-c:v mpeg2video -flags +ilme+ildct -top 1",
+            "odd.mkv": "-vf scale=321:241 -c:v ffv1",
+            "tiny.mkv": "-vf scale=18:16 -c:v ffv1",
+            "full_range.mkv": "-pix_fmt yuvj420p -c:v ffv1",
+            "video_only.ts": "-c:v mpeg2video -muxdelay 0 -muxpreload 0",
+        }.items():
+            with self.subTest(name):
+                report = self.scan_one(self.clip_of(name, FAULTY, arguments))
+                self.assert_events(report, BLACK_EVENT)
+                self.assertIsNone(report["stream"]["audio"])
+                self.assertEqual(report["stream"]["damaged"], 0)
+
+    def test_display_rotation_changes_nothing(self):
+        plain = self.clip_of("plain.mp4", FAULTY, "-c:v mpeg4")
+        turned = self.clip("turned.mp4", "-i", str(plain), "-c copy -metadata:s:v:0 rotate=90")
+        self.assertEqual(self.scan_one(turned)["events"], self.scan_one(plain)["events"])
+
+    def test_changing_resolution(self):
+        small = self.clip_of("small.ts", "testsrc=s=160x120:r=25:d=2,hue=h=360*t", "-c:v mpeg2video")
+        black = self.clip_of("black.ts", f"{BLACK}:d=2", "-c:v mpeg2video")
+        both = self.folder / "both.ts"
+        both.write_bytes(small.read_bytes() + black.read_bytes())
+        report = self.scan_one(both)
+        self.assert_events(report, ("black", 2.0, 4.0), within=0.2)
+        self.assertGreaterEqual(report["stream"]["video"]["pictures"], 99)  # FFmpeg may lose one at the seam
+
+    def test_audio_only(self):
+        sound = self.clip("sound.wav", "-f lavfi -i", "aevalsrc=sin(2800*t)*(lt(t\\,2)+gte(t\\,4)):s=44100:d=6")
+        report = self.scan_one(sound)
+        self.assert_events(report, ("mute", 2.0, 4.0), within=0.11)
+        self.assertIsNone(report["stream"]["video"])
+
+    def test_picture(self):
+        self.assert_events(self.scan_one(self.clip_of("black.png", BLACK, "-frames:v 1")), ("black", 0.0, 0.04))
+        self.assertEqual(self.scan_one(self.clip_of("good.png", MOVING, "-frames:v 1"))["events"], [])
+
+    def test_missing_timestamps(self):
+        raw = self.clip_of("raw.h264", FAULTY, "-c:v libx264 -preset ultrafast -bf 0")
+        self.assert_events(self.scan_one(raw), BLACK_EVENT)
+
+    def test_gap_in_the_timestamps(self):
+        gap = self.clip_of("gap.mkv", f"{MOVING},trim=duration=4,setpts=PTS+gte(T\\,2)*3/TB", "-fps_mode passthrough -c:v mpeg4")
+        self.assert_events(self.scan_one(gap), ("stall", 2.0, 5.0))
+        self.assertEqual(self.scan_one(gap, "--stall", "4s")["totals"]["stall"]["events"], 0)
+
+    def test_pipe(self):
+        clip = self.clip_of("clip.ts", FAULTY, "-c:v mpeg2video")
+        with clip.open("rb") as stream:
+            self.assert_events(self.scan_one("-", stdin=stream), BLACK_EVENT)
+
+    def test_truncated_file(self):
+        whole = self.clip_of("whole.mp4", FAULTY, "-c:v mpeg4 -movflags +faststart")
+        cut = self.folder / "cut.mp4"
+        cut.write_bytes(whole.read_bytes()[: whole.stat().st_size * 3 // 4])
+        report = self.assert_refused(cut, "before its declared end")
+        self.assertEqual(report["events"][-1]["kind"], "short")
+        self.assertAlmostEqual(report["events"][-1]["end_s"], 6.0, delta=0.05)
+        no_index = self.folder / "no_index.mp4"
+        no_index.write_bytes(self.clip_of("late.mp4", FAULTY, "-c:v mpeg4").read_bytes()[:20000])
+        self.assert_refused(no_index, "Invalid data")
+
+    def test_no_media_at_all(self):
+        zeros = self.folder / "zeros.mp4"
+        zeros.write_bytes(bytes(200_000))
+        self.assert_refused(zeros)
+        empty = self.folder / "empty.ts"
+        empty.touch()
+        self.assert_refused(empty)
+        text = self.folder / "notes.txt"
+        text.write_text("no film\n")
+        self.assert_refused(text)
+        self.assert_refused(self.folder / "missing.mp4", "No such file")
+
+
+class Outputs(ScanTest):
+    """Formats, files, policy, progress and exit statuses."""
+
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.faulty = cls.clip_of("faulty.mkv", FAULTY, "-c:v mpeg4")
+
+    def test_table_names_the_event(self):
+        done = run("scan", "-q", self.faulty)
+        self.assertEqual(done.returncode, 0)
+        self.assertEqual(done.stderr, b"")
+        self.assertIn("black              1       2.000   33.3%       2.000  0:00:02.000", done.stdout.decode())
+
+    def test_json_lines_and_csv_hold_the_same_events(self):
+        events = self.scan_one(self.faulty)["events"]
+        lines = [json.loads(line) for line in run("scan", "-q", "--jsonl", self.faulty).stdout.splitlines()]
+        for line in lines:
+            validate(line, "event_line")
+            self.assertEqual(line.pop("input"), str(self.faulty))
+        rows = list(csv.DictReader(io.StringIO(run("scan", "-q", "--csv", self.faulty).stdout.decode())))
+        self.assertTrue(events)
+        self.assertCountEqual(lines, events)
+        self.assertEqual([(r["kind"], float(r["start_s"])) for r in rows], [(e["kind"], e["start_s"]) for e in lines])
+
+    def test_policy_decides_pass_and_fail(self):
+        good = self.clip_of("good.mkv", f"{MOVING},trim=duration=2", "-c:v mpeg4")
+        failed = run("scan", "-q", good, self.faulty, "--fail-on", "black=2s,freeze=1h")
+        self.assertEqual(failed.returncode, 1)
+        self.assertIn("PASS", failed.stdout.decode())
+        self.assertIn("FAIL: black for 2.000 s at 0:00:02.000 (limit 2 s)", failed.stdout.decode())
+        report = self.scan(good, self.faulty, "-j", "2", "--fail-on", "black=2100ms")
+        self.assertEqual([part["verdict"] for part in report["inputs"]], ["pass", "pass"])
+        report = self.scan(self.faulty, self.folder / "missing", "--fail-on", "black", status=3)
+        self.assertEqual([part["verdict"] for part in report["inputs"]], ["fail", "incomplete"])
+
+    def test_rules_can_be_set(self):
+        self.assertEqual(self.scan_one(self.faulty, "--min", "black=3s")["totals"]["black"]["events"], 0)
+        settings = self.scan(self.faulty, "--min", "black=3s,mute=9", "--gap", "freeze=2s")["settings"]["rules"]
+        self.assertEqual((settings["black"]["min_s"], settings["mute"]["min_s"]), (3.0, 9.0))
+        self.assertEqual(settings["freeze"]["gap_s"], 2.0)
+
+    def test_files_are_not_overwritten_unasked(self):
+        target = self.folder / "report.json"
+        command = ("scan", "-q", "--json", "-o", target, self.faulty)
+        first = run(*command)
+        self.assertEqual(first.returncode, 0)
+        self.assertIn("black", first.stdout.decode())  # people still get their table
+        validate(json.loads(target.read_text()))
+        second = run(*command)
+        self.assertEqual(second.returncode, 2)
+        self.assertIn("-y", second.stderr.decode())
+        self.assertEqual(run(*command, "-y").returncode, 0)
+
+    def test_wrong_usage(self):
+        for wrong in (
+            [],
+            ["--min", "purple=1s", self.faulty],
+            ["--min", "black", self.faulty],
+            ["--fail-on", "black=soon", self.faulty],
+            ["--json", "--csv", self.faulty],
+            ["-j", "0", self.faulty],
+        ):
+            with self.subTest(wrong):
+                done = run("scan", *wrong)
+                self.assertEqual(done.returncode, 2, done.stdout)
+                self.assertTrue(done.stderr)
+
+    def test_first_progress_line_comes_within_a_second_of_an_input_that_says_nothing(self):
+        start = time.monotonic()
+        with subprocess.Popen([PROGRAM, "scan", "-"], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, stderr=subprocess.PIPE) as process:
+            line = process.stderr.readline()
+            self.assertLess(time.monotonic() - start, 1.0)
+            self.assertIn(b"0:00:00", line)
+            process.stdin.close()
+        self.assertEqual(process.returncode, 3)
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,19 @@
+/// Stream time as h:mm:ss.mmm.
+export function clock(seconds) {
+  const ms = Math.round(seconds * 1000);
+  const pad = (value, width) => String(value).padStart(width, "0");
+  const whole = Math.floor(ms / 1000);
+  return `${Math.floor(whole / 3600)}:${pad(Math.floor(whole / 60) % 60, 2)}:${pad(whole % 60, 2)}.${pad(ms % 1000, 3)}`;
+}
+
+/// The same for an axis: no more digits than the ticks need.
+export function tick(seconds) {
+  const text = clock(seconds).replace(/\.?0+$/, (zeros) => (zeros.startsWith(".") ? "" : zeros));
+  return text.startsWith("0:") ? text.slice(2) : text;
+}
+
+export const seconds = (value) => `${value.toFixed(3)} s`;
+export const percent = (share) => `${(share * 100).toFixed(1)}%`;
+
+const entities = { "&": "&amp;", "<": "&lt;", ">": "&gt;", '"': "&quot;", "'": "&#39;" };
+export const escape = (text) => String(text).replace(/[&<>"']/g, (c) => entities[c]);
