@@ -36,6 +36,9 @@ class Page(ScanTest):
         self.browser.get(self.page.as_uri())
         self.find("#timeline svg path")
 
+    def tearDown(self):
+        self.assertEqual(self.browser.get_log("browser"), [])
+
     def find(self, selector):
         return WebDriverWait(self.browser, 10).until(lambda b: b.find_element(By.CSS_SELECTOR, selector))
 
@@ -58,8 +61,7 @@ class Page(ScanTest):
     def width(self, element):
         return self.browser.execute_script("return arguments[0].getBoundingClientRect().width", element)
 
-    def test_opens_alone_and_without_errors(self):
-        self.assertEqual(self.browser.get_log("browser"), [])
+    def test_opens_alone(self):
         self.assertEqual(self.browser.execute_script("return performance.getEntriesByType('resource').length"), 0)
         self.assertIsNone(re.search(r"""(?:src|href)=["']?https?:""", self.page.read_text()))
         self.assertTrue(self.find("#title").text.endswith("clip <b>&.mkv"))
@@ -79,6 +81,11 @@ class Page(ScanTest):
             WebDriverWait(self.browser, 10).until(
                 lambda b: any(start in tip and end in tip and kind in tip for tip in self.texts(".tip")), kind
             )
+
+    def test_hovering_over_a_curve_shows_its_value(self):
+        label = self.browser.find_element(By.XPATH, "//*[name()='text'][.='mean luma']")
+        ActionChains(self.browser).move_to_element_with_offset(label, 300, 0).perform()
+        WebDriverWait(self.browser, 10).until(lambda _: any("mean luma" in tip for tip in self.texts(".tip")))
 
     def test_shows_the_first_picture_of_each_event(self):
         loaded = self.browser.execute_script(

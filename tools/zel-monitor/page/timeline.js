@@ -37,7 +37,7 @@ function curvesOf(record) {
   ].filter(({ data }) => data.length > 0);
 }
 
-export function eventTip(event, image) {
+function eventTip(event, image) {
   const name = `<span class="mark" style="background:${colourOf(event.kind)}"></span><b>${escape(event.kind)}</b>`;
   const end = event.open_at_end ? `${clock(event.end_s)}, open at the end` : clock(event.end_s);
   const picture = image ? `<img src="${image}" alt="first picture">` : "";
@@ -45,6 +45,19 @@ export function eventTip(event, image) {
     `<div class="tip">${name}<br>${clock(event.start_s)} to ${end}` +
     `<br>${seconds(event.duration_s)}, measured in ${percent(event.share)}${picture}</div>`
   );
+}
+
+/// What the curves say at one time; the linked axes bring in the lanes too, which have nothing to add.
+function curveTip(hovered, curves) {
+  const points = hovered.filter(({ seriesIndex }) => seriesIndex > 0);
+  if (points.length === 0) {
+    return "";
+  }
+  const lines = points.map(({ seriesIndex, seriesName, value }) => {
+    const { digits, unit } = curves[seriesIndex - 1];
+    return `<br>${seriesName} <b>${value[1] === null ? "none" : value[1].toFixed(digits) + unit}</b>`;
+  });
+  return `<div class="tip">${clock(points[0].value[0])}${lines.join("")}</div>`;
 }
 
 /// Draws the events as bars in one lane per kind.
@@ -166,13 +179,10 @@ export function drawTimeline(element, { kinds, input, record, images, onEvent })
       backgroundColor: css("--card"),
       borderColor: css("--line"),
       textStyle: { color: css("--text") },
-      formatter: ({ seriesIndex, dataIndex, seriesName, value }) => {
-        if (seriesIndex === 0) {
-          return eventTip(input.events[dataIndex], images[dataIndex]);
-        }
-        const { digits, unit } = curves[seriesIndex - 1];
-        return `<div class="tip">${clock(value[0])}<br>${seriesName} <b>${value[1].toFixed(digits)}${unit}</b></div>`;
-      },
+      formatter: (hovered) =>
+        Array.isArray(hovered)
+          ? curveTip(hovered, curves)
+          : eventTip(input.events[hovered.dataIndex], images[hovered.dataIndex]),
     },
     series: [
       laneSeries(kinds, input.events),
