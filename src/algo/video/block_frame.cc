@@ -1,23 +1,31 @@
 #include "algo/video/block_frame.h"
 
+#include <algorithm>
 #include <new>
 
+#include "algo/video/edge_kernels.h"
 #include "base/log_format.h"
 
 namespace ZELAlgo {
 namespace {
 
 bool hasBuffers(const BlockFrame_t& state) {
-    return state.edges && state.work && state.directions && state.edge_map;
+    return state.edges && state.work && state.scratch && state.edge_map;
+}
+
+template <typename Item>
+void allocate(std::unique_ptr<Item[]>& buffer, size_t count) {
+    buffer.reset();  // first, so that old and new are never held at once
+    buffer.reset(new (std::nothrow) Item[count]());
 }
 
 void resize(BlockFrame_t& state, size_t w, size_t h) {
     state.w = w;
     state.h = h;
-    state.edges.reset(new (std::nothrow) uint8_t[w * h]);
-    state.work.reset(new (std::nothrow) uint8_t[w * h]);
-    state.directions.reset(new (std::nothrow) Direction[w * h]);
-    state.edge_map.reset(new (std::nothrow) uint64_t[edgeMapWords(w) * h]);
+    allocate(state.edges, w * h + kSpareBytes);
+    allocate(state.work, magnitudeStride(w) * h + 2 * kSpareBytes);
+    allocate(state.scratch, std::max(smoothingScratch(w, h), edgeScratch(w, h)));
+    allocate(state.edge_map, edgeMapWords(w) * h);
     if (!hasBuffers(state)) {
         ZEL::zel_log("BlockFrame_t create space fail !");
     }
@@ -52,14 +60,14 @@ int32_t BlockExecute(BlockFrame_t* state, const uint8_t* data, uint32_t width, u
     }
     const size_t w = state->w;
     const size_t h = state->h;
-    uint8_t* const smooth = state->edges.get();
-    uint8_t* const magnitude = state->work.get();
+    uint8_t* const scratch = state->scratch.get();
+    uint8_t* const smoothed = state->edges.get();
+    uint8_t* const magnitude = state->work.get() + kSpareBytes;
 
     const size_t stride = 2 * w;
-    smoothScalar(state->kernel, data + h / 2 * stride + w / 2, stride, w, h, smooth);
-    gradientScalar(smooth, w, h, state->directions.get(), magnitude);
-    thinScalar(state->directions.get(), w, h, magnitude);
-    thresholdScalar(magnitude, smooth, w, h, maximumScalar(magnitude, w * h), state->edge_map.get());
+    smooth(state->kernel, data + h / 2 * stride + w / 2, stride, w, h, scratch, smoothed);
+    const uint8_t maximum = thinnedMagnitude(smoothed, w, h, scratch, magnitude);
+    threshold(magnitude, smoothed, w, h, edgeLevels(maximum), scratch, state->edge_map.get());
     findCorners(state->edge_map.get(), w, h, state->corners);
     is_block = closesEnoughBlocks(state->corners, state->threshold) ? 1 : 0;
     return 0;

@@ -6,7 +6,7 @@
 #include <memory>
 
 #include "algo/video/block_corners.h"
-#include "algo/video/edge_kernels.h"
+#include "algo/video/smoothing_kernels.h"
 
 namespace ZELAlgo {
 
@@ -16,10 +16,10 @@ struct BlockFrame_t {
     size_t w;  ///< half the frame's width: the examined middle of the picture
     size_t h;
     GaussianKernel kernel;
-    std::unique_ptr<uint8_t[]> edges;         ///< smoothed picture, w * h
-    std::unique_ptr<uint8_t[]> work;          ///< gradient magnitude, w * h
-    std::unique_ptr<Direction[]> directions;  ///< gradient direction, w * h
-    std::unique_ptr<uint64_t[]> edge_map;     ///< a bit per pixel
+    std::unique_ptr<uint8_t[]> edges;      ///< smoothed picture
+    std::unique_ptr<uint8_t[]> work;       ///< gradient magnitude, kSpareBytes into the buffer
+    std::unique_ptr<uint8_t[]> scratch;    ///< of the kernels
+    std::unique_ptr<uint64_t[]> edge_map;  ///< a bit per pixel
     Corners corners;
     uint32_t threshold;
 };

@@ -28,12 +28,12 @@ int32_t ExposureExecute(ExposureFrame_t* state, const uint8_t* data, uint32_t wi
     // Every second byte of the first half of the luma plane: the lower half of the picture is never looked
     // at, which is intended.
     const size_t samples = static_cast<size_t>(width / 2) * (height / 2);
-    const Histogram histogram = histogramOfEvenBytesScalar(data, samples);
+    const Histogram histogram = histogramOfEvenBytes(data, samples);
     const auto count = static_cast<uint32_t>(samples);
 
     if (settings.green_on && isLumaZero(histogram, count, settings.green_ratio)) {
         // Every fourth byte from the end of the luma plane on, half of them from each chroma plane.
-        const uint32_t zeros = zerosOfEveryFourthByteScalar(data + 4 * samples, samples / 2);
+        const uint32_t zeros = zerosOfEveryFourthByte(data + 4 * samples, samples / 2);
         if (isChromaZero(zeros, count, settings.green_ratio)) {
             screen_type = kGreenScreen;
             exposure_type = kNormalExposure;

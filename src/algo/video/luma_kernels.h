@@ -4,19 +4,33 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace ZELAlgo {
 
+// The loops of the video road, each twice: the plain one, ending in Scalar, says what is computed; the other
+// gives the same bits with the widest instructions of the processor, or is the plain one if those are
+// switched off. The same holds for smoothing_kernels.h and edge_kernels.h.
+
 using Histogram = std::array<uint32_t, 256>;
 
-/// Counts the values of the `count` bytes at even positions: data[0], data[2], ...
+/// Counts the values of the `count` bytes at even positions: data[0], data[2], ... The bytes in between, and
+/// the one after the last, may be read.
+Histogram histogramOfEvenBytes(const uint8_t* data, size_t count);
 Histogram histogramOfEvenBytesScalar(const uint8_t* data, size_t count);
 
-/// How many of the `count` bytes data[0], data[4], data[8], ... are zero.
+/// How many of the `count` bytes data[0], data[4], data[8], ... are zero. The bytes in between, and three
+/// after the last, may be read.
+uint32_t zerosOfEveryFourthByte(const uint8_t* data, size_t count);
 uint32_t zerosOfEveryFourthByteScalar(const uint8_t* data, size_t count);
 
-/// Sum of |a[i] - b[i]|, modulo 2^32.
-uint32_t sumAbsDiffScalar(const uint8_t* a, const uint8_t* b, size_t count);
+/// Copies `rows` rows of `stride` bytes from `current` to `previous` and adds what has changed: with columns
+/// cut at cuts[0] = 0, cuts[1], ..., cuts[n] = stride, sums[i] grows by |current - previous| of all bytes
+/// between cuts[i] and cuts[i + 1], modulo 2^32. Cuts do not descend.
+void replaceAndCompare(const uint8_t* current, size_t stride, size_t rows, std::span<const size_t> cuts,
+                       uint8_t* previous, uint32_t* sums);
+void replaceAndCompareScalar(const uint8_t* current, size_t stride, size_t rows, std::span<const size_t> cuts,
+                             uint8_t* previous, uint32_t* sums);
 
 }  // namespace ZELAlgo
 

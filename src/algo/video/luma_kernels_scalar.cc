@@ -20,12 +20,16 @@ uint32_t zerosOfEveryFourthByteScalar(const uint8_t* data, size_t count) {
     return zeros;
 }
 
-uint32_t sumAbsDiffScalar(const uint8_t* a, const uint8_t* b, size_t count) {
-    uint32_t sum = 0;
-    for (size_t i = 0; i < count; ++i) {
-        sum += static_cast<uint32_t>(std::abs(a[i] - b[i]));
+void replaceAndCompareScalar(const uint8_t* current, size_t stride, size_t rows, std::span<const size_t> cuts,
+                             uint8_t* previous, uint32_t* sums) {
+    for (size_t y = 0; y < rows; ++y) {
+        for (size_t i = 0; i + 1 < cuts.size(); ++i) {
+            for (size_t at = y * stride + cuts[i]; at < y * stride + cuts[i + 1]; ++at) {
+                sums[i] += static_cast<uint32_t>(std::abs(current[at] - previous[at]));
+                previous[at] = current[at];
+            }
+        }
     }
-    return sum;
 }
 
 }  // namespace ZELAlgo

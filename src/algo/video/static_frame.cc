@@ -1,6 +1,7 @@
 #include "algo/video/static_frame.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <new>
 
@@ -11,7 +12,7 @@ namespace ZELAlgo {
 namespace {
 
 constexpr float kStillBelow = 3.0F;
-constexpr int kRounds = 3;
+constexpr size_t kRounds = 3;
 
 size_t planeSize(uint32_t width, uint32_t height) {
     return static_cast<size_t>(width) * height;
@@ -30,15 +31,45 @@ void resize(StaticFrame_t& state, uint32_t width, uint32_t height) {
     state.height = height;
 }
 
-float difference(StaticFrame_t& state, const uint8_t* data) {
-    int32_t sum = 0;
-    for (int round = 0; round < kRounds; ++round) {
-        const Region region = comparedRegion(state.width, state.height, state.offsets.next());
-        uint32_t distance = 0;
-        for (size_t y = region.top; y < region.bottom; ++y) {
-            const size_t first = y * state.width + region.left;
-            distance += sumAbsDiffScalar(data + first, state.prev.get() + first, region.right - region.left);
+// The regions overlap. Their edges cut the plane into a grid of which every field lies wholly inside or
+// outside each of them, so that all are compared, and the plane copied, in one walk over it.
+float replaceAndScore(StaticFrame_t& state, const uint8_t* data) {
+    std::array<Region, kRounds> regions;
+    std::array<size_t, 2 * kRounds + 2> rows{0, state.height};
+    std::array<size_t, 2 * kRounds + 2> columns{0, state.width};
+    for (size_t i = 0; i < kRounds; ++i) {
+        regions[i] = comparedRegion(state.width, state.height, state.offsets.next());
+        rows[2 * i + 2] = regions[i].top;
+        rows[2 * i + 3] = regions[i].bottom;
+        columns[2 * i + 2] = regions[i].left;
+        columns[2 * i + 3] = regions[i].right;
+    }
+    std::sort(rows.begin(), rows.end());
+    std::sort(columns.begin(), columns.end());
+
+    std::array<uint32_t, kRounds> distances{};
+    for (size_t i = 0; i + 1 < rows.size(); ++i) {
+        const size_t first = rows[i] * state.width;
+        const size_t count = rows[i + 1] - rows[i];
+        const auto crosses = [&](const Region& region) {
+            return region.top <= rows[i] && rows[i] < region.bottom;
+        };
+        if (std::none_of(regions.begin(), regions.end(), crosses)) {
+            std::memcpy(state.prev.get() + first, data + first, count * state.width);
+            continue;
         }
+        std::array<uint32_t, 2 * kRounds + 1> sums{};
+        replaceAndCompare(data + first, state.width, count, columns, state.prev.get() + first, sums.data());
+        for (size_t k = 0; k < sums.size(); ++k) {
+            for (size_t r = 0; r < kRounds; ++r) {
+                if (crosses(regions[r]) && regions[r].left <= columns[k] && columns[k] < regions[r].right) {
+                    distances[r] += sums[k];
+                }
+            }
+        }
+    }
+    int32_t sum = 0;
+    for (const uint32_t distance : distances) {
         sum += meanDifference(distance, state.width, state.height);
     }
     return static_cast<float>(static_cast<float>(sum) / 3.0);
@@ -96,9 +127,8 @@ int32_t StaticFrameExecute(StaticFrame_t* state, const uint8_t* data, uint32_t w
         resize(*state, width, height);
     }
     if (state->prev) {
-        state->score = difference(*state, data);
+        state->score = replaceAndScore(*state, data);
         state->still_count = state->score < kStillBelow ? state->still_count + 1 : 0;
-        std::memcpy(state->prev.get(), data, planeSize(width, height));
     }
     if (state->still_count < state->limit) {
         is_static = 0;

@@ -7,128 +7,86 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "algo/video/block_frame.h"
-
 namespace {
 
 using testing::ElementsAre;
-using testing::ElementsAreArray;
-using ZELAlgo::Direction;
 using Bytes = std::vector<uint8_t>;
 
-const ZELAlgo::GaussianKernel kKernel = ZELAlgo::gaussianKernel();
-
-Bytes smoothed(const Bytes& source, size_t width) {
-    Bytes smooth(source.size());
-    ZELAlgo::smoothScalar(kKernel, source.data(), width, width, source.size() / width, smooth.data());
-    return smooth;
-}
-
-Bytes row(const Bytes& picture, size_t width, size_t y) {
-    const auto first = picture.begin() + static_cast<ptrdiff_t>(y * width);
-    return {first, first + static_cast<ptrdiff_t>(width)};
-}
-
-TEST(Smoothing, KernelIsAGaussianOfOneStep) {
-    EXPECT_NEAR(kKernel[0], 0.054489, 5e-7);
-    EXPECT_NEAR(kKernel[1], 0.244201, 5e-7);
-    EXPECT_NEAR(kKernel[2], 0.402620, 5e-7);
-    EXPECT_EQ(kKernel[3], kKernel[1]);
-    EXPECT_EQ(kKernel[4], kKernel[0]);
-}
-
-TEST(Smoothing, SpreadsAPixelOverItsRowAndReflectsTheEnds) {
-    EXPECT_THAT(smoothed({0, 0, 0, 0, 200, 0, 0, 0, 0}, 9), ElementsAre(0, 0, 10, 48, 80, 48, 10, 0, 0));
-    EXPECT_THAT(smoothed({0, 200, 0, 0, 0, 0}, 6), ElementsAre(97, 91, 48, 10, 0, 0));
-    EXPECT_THAT(smoothed({0, 0, 0, 200, 0, 0}, 6), ElementsAre(0, 10, 48, 80, 48, 21));
-}
-
-TEST(Smoothing, RoundingTurns118FlatLevelsIntoTheLevelBelow) {
-    int lower = 0;
-    for (int level = 0; level < 256; ++level) {
-        const Bytes smooth = smoothed(Bytes(8, static_cast<uint8_t>(level)), 8);
-        EXPECT_THAT(smooth, testing::Each(testing::AnyOf(level, level - 1)));
-        lower += smooth[3] < level ? 1 : 0;
+/// A plane of magnitudes with the spare bytes that its kernels ask for.
+class Magnitudes {
+  public:
+    explicit Magnitudes(const Bytes& pixels, size_t width)
+        : width_(width),
+          stride_(ZELAlgo::magnitudeStride(width)),
+          height_(pixels.size() / width),
+          bytes_(stride_ * height_ + 2 * ZELAlgo::kSpareBytes) {
+        for (size_t y = 0; y < height_; ++y) {
+            std::copy_n(pixels.begin() + static_cast<ptrdiff_t>(y * width), width, data() + y * stride_);
+        }
     }
-    EXPECT_EQ(lower, 118);
-}
+    uint8_t* data() { return bytes_.data() + ZELAlgo::kSpareBytes; }
+    size_t height() const { return height_; }
+    Bytes row(size_t y) { return {data() + y * stride_, data() + y * stride_ + width_}; }
 
-TEST(Smoothing, SecondPassRunsAlongTheRowsInPlace) {
-    constexpr size_t kWidth = 9;
-    Bytes source(5 * kWidth, 0);
-    source[2 * kWidth + 4] = 200;
-    const Bytes smooth = smoothed(source, kWidth);
-    // Each pixel sees what the two before it have become.
-    EXPECT_THAT(row(smooth, kWidth, 2), ElementsAre(0, 5, 21, 46, 56, 37, 16, 5, 2));
-    EXPECT_THAT(row(smooth, kWidth, 1), testing::Each(0));
-}
-
-TEST(Smoothing, SecondPassTakesTheNeighbouringRowsForTheEndsOfARow) {
-    constexpr size_t kWidth = 8;
-    constexpr size_t kHeight = 7;
-    Bytes source(kWidth * kHeight, 0);
-    std::fill_n(source.begin() + 3 * kWidth, kWidth, uint8_t{200});
-    const Bytes smooth = smoothed(source, kWidth);
-    // 200 x (0.0545 + 0.2442) flow over from row 3 into the start of row 4; the end of row 2 sees the two
-    // first pixels of row 3 after they have changed.
-    EXPECT_EQ(row(smooth, kWidth, 4)[0], 59);
-    EXPECT_EQ(row(smooth, kWidth, 2)[7], 45);
-    // The two rows at either end have one pass only.
-    EXPECT_THAT(row(smooth, kWidth, 1), testing::Each(0));
-    EXPECT_THAT(row(smooth, kWidth, 5), testing::Each(0));
-}
+  private:
+    size_t width_;
+    size_t stride_;
+    size_t height_;
+    Bytes bytes_;
+};
 
 struct Gradient {
-    std::vector<Direction> direction;
-    Bytes magnitude;
+    Bytes direction;
+    Magnitudes magnitude;
 };
 
 Gradient gradient(const Bytes& smooth, size_t width) {
-    Gradient result{std::vector<Direction>(smooth.size()), Bytes(smooth.size())};
+    Gradient result{Bytes(smooth.size()), Magnitudes(smooth, width)};
     ZELAlgo::gradientScalar(smooth.data(), width, smooth.size() / width, result.direction.data(),
                             result.magnitude.data());
     return result;
 }
 
 TEST(Gradient, HasALengthAndADirection) {
-    const Gradient steps = gradient({0, 0, 10, 10,  //
-                                     0, 0, 10, 10,  //
-                                     0, 0, 10, 10},
-                                    4);
-    EXPECT_THAT(row(steps.magnitude, 4, 1), ElementsAre(0, 40, 40, 0));
-    EXPECT_EQ(steps.direction[5], Direction::kHorizontal);
-    EXPECT_EQ(steps.direction[4], Direction::kNone);
+    Gradient steps = gradient({0, 0, 10, 10,  //
+                               0, 0, 10, 10,  //
+                               0, 0, 10, 10},
+                              4);
+    EXPECT_THAT(steps.magnitude.row(1), ElementsAre(0, 40, 40, 0));
+    EXPECT_EQ(steps.direction[5], ZELAlgo::kHorizontal);
+    EXPECT_EQ(steps.direction[4], ZELAlgo::kNowhere);
 
-    const Gradient corner = gradient({0, 0, 0,  //
-                                      0, 0, 0,  //
-                                      0, 0, 9},
-                                     3);
-    EXPECT_EQ(corner.direction[4], Direction::kDiagonal);
-    EXPECT_EQ(corner.magnitude[4], 13) << "9 x sqrt(2) = 12.73";
-    EXPECT_EQ(corner.magnitude[8], 38) << "27 x sqrt(2) = 38.18, with the border repeated";
+    Gradient corner = gradient({0, 0, 0,  //
+                                0, 0, 0,  //
+                                0, 0, 9},
+                               3);
+    EXPECT_EQ(corner.direction[4], ZELAlgo::kDiagonal);
+    EXPECT_EQ(corner.magnitude.row(1)[1], 13) << "9 x sqrt(2) = 12.73";
+    EXPECT_EQ(corner.magnitude.row(2)[2], 38) << "27 x sqrt(2) = 38.18, with the border repeated";
 }
 
 TEST(Gradient, IsCutAt255) {
-    EXPECT_THAT(gradient(Bytes{0, 255, 255}, 3).magnitude, ElementsAre(255, 255, 0));
-    EXPECT_THAT(gradient(Bytes{0, 0, 63, 63}, 4).magnitude, ElementsAre(0, 252, 252, 0));
+    EXPECT_THAT(gradient({0, 255, 255}, 3).magnitude.row(0), ElementsAre(255, 255, 0));
+    EXPECT_THAT(gradient({0, 0, 63, 63}, 4).magnitude.row(0), ElementsAre(0, 252, 252, 0));
 }
 
 /// Thins one inner row. `directions`: '|' vertical, '-' horizontal, '/' diagonal, '.' none.
 Bytes thinnedRow(const Bytes& above, const Bytes& middle, const Bytes& below, const std::string& directions) {
     const size_t width = middle.size();
-    Bytes magnitude = above;
-    magnitude.insert(magnitude.end(), middle.begin(), middle.end());
-    magnitude.insert(magnitude.end(), below.begin(), below.end());
-    std::vector<Direction> direction(magnitude.size(), Direction::kNone);
+    Bytes all = above;
+    all.insert(all.end(), middle.begin(), middle.end());
+    all.insert(all.end(), below.begin(), below.end());
+    Magnitudes magnitude(all, width);
+    Bytes direction(all.size(), ZELAlgo::kNowhere);
     std::transform(directions.begin(), directions.end(), direction.begin() + static_cast<ptrdiff_t>(width),
                    [](char c) {
-                       return c == '|'   ? Direction::kVertical
-                              : c == '-' ? Direction::kHorizontal
-                              : c == '/' ? Direction::kDiagonal
-                                         : Direction::kNone;
+                       return c == '|'   ? ZELAlgo::kVertical
+                              : c == '-' ? ZELAlgo::kHorizontal
+                              : c == '/' ? ZELAlgo::kDiagonal
+                                         : ZELAlgo::kNowhere;
                    });
     ZELAlgo::thinScalar(direction.data(), width, 3, magnitude.data());
-    return row(magnitude, width, 1);
+    return magnitude.row(1);
 }
 
 TEST(Thinning, KeepsWhatIsNotSmallerThanItsNeighboursAlongTheGradient) {
@@ -156,23 +114,26 @@ TEST(Thinning, ComparesDiagonalsWithTheNeighboursLeftOver) {
 }
 
 TEST(Thinning, CarriesTheNeighboursLeftOverIntoTheNextRow) {
-    Bytes magnitude{0, 0, 8, 0,  //
-                    0, 1, 8, 0,  //
-                    0, 7, 0, 0,  //
-                    0, 0, 0, 0};
-    std::vector<Direction> direction(magnitude.size(), Direction::kNone);
-    direction[6] = Direction::kVertical;
-    direction[9] = Direction::kDiagonal;
+    Magnitudes magnitude({0, 0, 8, 0,  //
+                          0, 1, 8, 0,  //
+                          0, 7, 0, 0,  //
+                          0, 0, 0, 0},
+                         4);
+    Bytes direction(16, ZELAlgo::kNowhere);
+    direction[6] = ZELAlgo::kVertical;
+    direction[9] = ZELAlgo::kDiagonal;
     ZELAlgo::thinScalar(direction.data(), 4, 4, magnitude.data());
-    EXPECT_EQ(magnitude[9], 0) << "7 is less than the 8 above the last pixel of the row before";
+    EXPECT_EQ(magnitude.row(2)[1], 0) << "7 is less than the 8 above the last pixel of the row before";
 }
 
 /// The edge map as rows of '#' and '.'.
-std::vector<std::string> edges(const Bytes& magnitude, const Bytes& smooth, size_t width, uint8_t maximum) {
-    const size_t height = magnitude.size() / width;
+std::vector<std::string> edges(const Bytes& pixels, const Bytes& smooth, size_t width, uint8_t maximum) {
+    Magnitudes magnitude(pixels, width);
+    const size_t height = magnitude.height();
     const size_t words = ZELAlgo::edgeMapWords(width);
     std::vector<uint64_t> map(words * height, ~uint64_t{0});
-    ZELAlgo::thresholdScalar(magnitude.data(), smooth.data(), width, height, maximum, map.data());
+    ZELAlgo::thresholdScalar(magnitude.data(), smooth.data(), width, height, ZELAlgo::edgeLevels(maximum),
+                             map.data());
     std::vector<std::string> rows(height);
     for (size_t y = 0; y < height; ++y) {
         for (size_t x = 0; x < 64 * words; ++x) {
@@ -202,15 +163,27 @@ TEST(Threshold, DropsWeakPixelsAndThoseAmongStrongOnes) {
                                                                     "......."));
 }
 
-TEST(Threshold, KeepsTheSmoothedPictureOnTheBorder) {
-    Bytes smooth(5 * 4, 0);
-    smooth[2] = 1;
-    smooth[5] = 200;
-    smooth[19] = 7;
-    EXPECT_THAT(edges(Bytes(20, 0), smooth, 5, 0), ElementsAre("..#..",  //
-                                                               "#....",  //
+TEST(Threshold, KeepsTheSmoothedPictureInTheFirstRow) {
+    Bytes smooth(5 * 4, 7);
+    smooth[2] = 0;
+    EXPECT_THAT(edges(Bytes(20, 0), smooth, 5, 0), ElementsAre("##.##",  //
                                                                ".....",  //
-                                                               "....#"));
+                                                               ".....",  //
+                                                               "....."));
+}
+
+TEST(Threshold, HasLevelsInSinglePrecision) {
+    for (int maximum = 0; maximum < 256; ++maximum) {
+        const ZELAlgo::EdgeLevels levels = ZELAlgo::edgeLevels(static_cast<uint8_t>(maximum));
+        const float low = static_cast<float>(maximum) * 0.2F;
+        const float high = static_cast<float>(maximum) * 0.3F;
+        for (int v = 0; v < 256; ++v) {
+            const auto magnitude = static_cast<float>(v);
+            ASSERT_EQ(v >= levels.weak, !(magnitude < low)) << v << " of " << maximum;
+            ASSERT_EQ(v >= levels.strong, magnitude >= high) << v << " of " << maximum;
+            ASSERT_EQ(v >= levels.overwhelming, magnitude > high) << v << " of " << maximum;
+        }
+    }
 }
 
 TEST(Threshold, FindsNoEdgeInAFlatPicture) {
