@@ -11,7 +11,7 @@ struct HostServices {
     RemoteSwitches switches;
     TlmAdapterPc upload;
     /// Fields that every final report carries beside its own; nothing fills them yet.
-    const ReportMap common_fields;
+    const ReportMap common_fields{};
 };
 
 #endif  // ZEL_SRC_PC_HOST_SERVICES_H_
