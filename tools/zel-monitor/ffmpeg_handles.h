@@ -4,6 +4,7 @@
 #include <array>
 #include <memory>
 #include <new>
+#include <stdexcept>
 #include <string>
 
 extern "C" {
@@ -47,11 +48,30 @@ T* orOutOfMemory(T* object) {
     return object;
 }
 
-/// FFmpeg's own words for one of its error codes.
-inline std::string reasonOf(int error) {
-    std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
-    av_strerror(error, text.data(), text.size());
-    return text.data();
+/// What FFmpeg answered, with its own words for the code or with ours.
+class FfmpegError : public std::runtime_error {
+  public:
+    explicit FfmpegError(int code) : FfmpegError(code, wordsFor(code)) {}
+    FfmpegError(int code, const std::string& reason) : std::runtime_error(reason), code_(code) {}
+
+    int code() const { return code_; }
+
+  private:
+    static std::string wordsFor(int code) {
+        std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
+        av_strerror(code, text.data(), text.size());
+        return text.data();
+    }
+
+    int code_;
+};
+
+/// Hands on `result`, or throws if it is an error code.
+inline int checked(int result) {
+    if (result < 0) {
+        throw FfmpegError(result);
+    }
+    return result;
 }
 
 }  // namespace zel_monitor

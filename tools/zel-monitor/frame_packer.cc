@@ -1,6 +1,5 @@
 #include "frame_packer.h"
 
-#include <stdexcept>
 #include <string_view>
 
 extern "C" {
@@ -12,14 +11,6 @@ namespace zel_monitor {
 namespace {
 
 constexpr int kPlanes = 3;
-
-/// Throws with FFmpeg's reason if `result` is an error.
-int check(int result) {
-    if (result < 0) {
-        throw std::runtime_error(reasonOf(result));
-    }
-    return result;
-}
 
 bool isPlanar420(int format) {
     return format == AV_PIX_FMT_YUV420P || format == AV_PIX_FMT_YUVJ420P || format == AV_PIX_FMT_YUVA420P;
@@ -54,7 +45,7 @@ Picture PicturePacker::pack(const AVFrame& frame) {
     const int width = frame.width & ~1;
     const int height = frame.height & ~1;
     if (width == 0 || height == 0) {
-        throw std::runtime_error("picture is smaller than 2x2");
+        throw FfmpegError(AVERROR_PATCHWELCOME, "picture is smaller than 2x2");
     }
     const AVFrame& source = planar(frame);
     if (isPacked(source, width, height)) {
@@ -94,15 +85,15 @@ const AVFrame& PicturePacker::planar(const AVFrame& frame) {
                                        frame.height, target, SWS_BILINEAR | SWS_ACCURATE_RND, nullptr,
                                        nullptr, nullptr));
     if (!scaler_) {
-        throw std::runtime_error("pixel format cannot be converted");
+        throw FfmpegError(AVERROR_PATCHWELCOME, "pixel format cannot be converted");
     }
     scaled_.reset(orOutOfMemory(av_frame_alloc()));
     scaled_->format = target;
     scaled_->width = frame.width;
     scaled_->height = frame.height;
-    check(av_frame_get_buffer(scaled_.get(), 0));
-    check(sws_scale(scaler_.get(), frame.data, frame.linesize, 0, frame.height, scaled_->data,
-                    scaled_->linesize));
+    checked(av_frame_get_buffer(scaled_.get(), 0));
+    checked(sws_scale(scaler_.get(), frame.data, frame.linesize, 0, frame.height, scaled_->data,
+                      scaled_->linesize));
     return *scaled_;
 }
 
@@ -131,8 +122,8 @@ Sound SoundPacker::pack(const AVFrame& frame) {
         static_cast<size_t>(sound.samples) * static_cast<size_t>(sound.channels) * sizeof(int16_t);
     sound.buffer.reset(orOutOfMemory(av_buffer_alloc(size)));
     uint8_t* target = sound.buffer->data;
-    sound.samples = check(swr_convert(resampler_.get(), &target, sound.samples,
-                                      const_cast<const uint8_t**>(frame.extended_data), frame.nb_samples));
+    sound.samples = checked(swr_convert(resampler_.get(), &target, sound.samples,
+                                        const_cast<const uint8_t**>(frame.extended_data), frame.nb_samples));
     sound.data = reinterpret_cast<const int16_t*>(sound.buffer->data);
     return sound;
 }
@@ -148,8 +139,8 @@ void SoundPacker::configureFor(const AVFrame& frame) {
         swr_alloc_set_opts2(&resampler, &layout, AV_SAMPLE_FMT_S16, frame.sample_rate, &layout,
                             static_cast<AVSampleFormat>(frame.format), frame.sample_rate, 0, nullptr);
     resampler_.reset(resampler);
-    check(result);
-    check(swr_init(resampler_.get()));
+    checked(result);
+    checked(swr_init(resampler_.get()));
     format_ = frame.format;
     sample_rate_ = frame.sample_rate;
     channels_ = frame.ch_layout.nb_channels;

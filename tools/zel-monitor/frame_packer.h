@@ -15,7 +15,7 @@ namespace zel_monitor {
 class PicturePacker {
   public:
     /// A picture without its times. A frame that already is what is wanted is shared, not copied. Throws
-    /// std::runtime_error with FFmpeg's reason for a frame that cannot be converted.
+    /// FfmpegError for a frame that cannot be converted.
     Picture pack(const AVFrame& frame);
 
   private:
@@ -32,7 +32,7 @@ class PicturePacker {
 class SoundPacker {
   public:
     /// A block without its time. Frames that are 16-bit interleaved already are shared, not copied. Throws
-    /// std::runtime_error with FFmpeg's reason for a frame that cannot be converted.
+    /// FfmpegError for a frame that cannot be converted.
     Sound pack(const AVFrame& frame);
 
   private:

@@ -42,7 +42,7 @@ std::optional<Track> openTrack(AVFormatContext& format, AVMediaType type, size_t
     const AVCodec* decoder = nullptr;
     const int index = av_find_best_stream(&format, type, -1, -1, &decoder, 0);
     if (index == AVERROR_DECODER_NOT_FOUND) {
-        throw std::runtime_error(type == AVMEDIA_TYPE_VIDEO ? "no decoder for the video stream"
+        throw FfmpegError(index, type == AVMEDIA_TYPE_VIDEO ? "no decoder for the video stream"
                                                             : "no decoder for the audio stream");
     }
     if (index < 0) {
@@ -58,13 +58,8 @@ std::optional<Track> openTrack(AVFormatContext& format, AVMediaType type, size_t
     track.codec.reset(orOutOfMemory(avcodec_alloc_context3(decoder)));
     track.codec->pkt_timebase = stream->time_base;
     track.codec->thread_count = 0;  // as many as there are processors
-    int result = avcodec_parameters_to_context(track.codec.get(), stream->codecpar);
-    if (result >= 0) {
-        result = avcodec_open2(track.codec.get(), decoder, nullptr);
-    }
-    if (result < 0) {
-        throw std::runtime_error(reasonOf(result));
-    }
+    checked(avcodec_parameters_to_context(track.codec.get(), stream->codecpar));
+    checked(avcodec_open2(track.codec.get(), decoder, nullptr));
     stream->discard = AVDISCARD_DEFAULT;
     return track;
 }
@@ -78,10 +73,10 @@ class MediaSource::Reader {
         try {
             openFormat(input, options);
             openTracks(options);
-        } catch (const std::runtime_error& error) {
-            throw MediaError(facts_.input + ": " + error.what());
+        } catch (const FfmpegError& error) {
+            throw MediaError(facts_.input, error.what(), error.code());
         }
-        gatherFacts();
+        gatherFacts(options);
     }
 
     const MediaFacts& facts() const { return facts_; }
@@ -122,7 +117,7 @@ class MediaSource::Reader {
             avdevice_register_all();
             forced = av_find_input_format(options.format.c_str());
             if (forced == nullptr) {
-                throw std::runtime_error("unknown input format " + options.format);
+                throw FfmpegError(AVERROR_DEMUXER_NOT_FOUND, "unknown input format " + options.format);
             }
         }
         AVFormatContext* format = orOutOfMemory(avformat_alloc_context());
@@ -132,14 +127,10 @@ class MediaSource::Reader {
         }
         const std::string url = input == "-" ? "pipe:0" : input;
         // On failure the context is freed and the pointer cleared.
-        int result = avformat_open_input(&format, url.c_str(), forced, nullptr);
+        const int result = avformat_open_input(&format, url.c_str(), forced, nullptr);
         format_.reset(format);
-        if (result >= 0) {
-            result = avformat_find_stream_info(format_.get(), nullptr);
-        }
-        if (result < 0) {
-            throw std::runtime_error(reasonOf(result));
-        }
+        checked(result);
+        checked(avformat_find_stream_info(format_.get(), nullptr));
     }
 
     void openTracks(const MediaOptions& options) {
@@ -157,12 +148,15 @@ class MediaSource::Reader {
             }
         }
         if (!video_ && !audio_) {
-            throw std::runtime_error("no video or audio stream to decode");
+            throw FfmpegError(AVERROR_STREAM_NOT_FOUND, "no video or audio stream to decode");
         }
     }
 
-    void gatherFacts() {
+    void gatherFacts(const MediaOptions& options) {
         facts_.container = format_->iformat->name;
+        if (options.duration > 0) {
+            facts_.duration = options.duration;
+        }
         if (format_->duration != AV_NOPTS_VALUE && format_->duration > 0) {
             facts_.duration = static_cast<double>(format_->duration) / AV_TIME_BASE;
             facts_.duration_estimated = format_->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE;
@@ -206,7 +200,7 @@ class MediaSource::Reader {
                 result = format_->pb->error;  // demuxers take a read that failed for the end
             }
             if (result != AVERROR_EOF) {
-                failure_ = reasonOf(result);
+                failure_.emplace(result);
             }
             for (Track* const track : {&video_, &audio_}) {
                 if (*track) {
@@ -228,14 +222,14 @@ class MediaSource::Reader {
     void decode(Track& track, const AVPacket* packet) {
         int result = avcodec_send_packet(track.codec.get(), packet);
         if (result < 0) {
-            noteDamage(reasonOf(result));
+            noteDamage(FfmpegError(result));
         }
         while ((result = avcodec_receive_frame(track.codec.get(), frame_.get())) != AVERROR(EAGAIN) &&
                result != AVERROR_EOF) {
             if (result >= 0) {
                 take(track);
             } else {
-                noteDamage(reasonOf(result));
+                noteDamage(FfmpegError(result));
             }
         }
     }
@@ -243,7 +237,7 @@ class MediaSource::Reader {
     void take(Track& track) {
         try {
             if (frame_->decode_error_flags != 0 || (frame_->flags & AV_FRAME_FLAG_CORRUPT) != 0) {
-                noteDamage("damaged");
+                noteDamage(FfmpegError(AVERROR_INVALIDDATA));
             }
             if (&track == &video_) {
                 Picture picture = pictures_.pack(*frame_);
@@ -256,8 +250,8 @@ class MediaSource::Reader {
                 sound.time = place(track, static_cast<double>(sound.samples) / sound.sample_rate);
                 track.ready.emplace_back(std::move(sound));
             }
-        } catch (const std::runtime_error& error) {
-            noteDamage(error.what());
+        } catch (const FfmpegError& error) {
+            noteDamage(error);
         }
     }
 
@@ -281,9 +275,9 @@ class MediaSource::Reader {
         return time;
     }
 
-    void noteDamage(std::string reason) {
+    void noteDamage(const FfmpegError& damage) {
         ++counts_.damaged;
-        last_damage_ = std::move(reason);
+        last_damage_ = damage;
     }
 
     /// Throws once if the input broke off or gave nothing.
@@ -291,11 +285,12 @@ class MediaSource::Reader {
         if (std::exchange(failure_reported_, true)) {
             return;
         }
-        if (failure_.empty() && counts_.pictures + counts_.sounds == 0) {
-            failure_ = last_damage_.empty() ? "nothing in it could be decoded" : last_damage_;
+        if (!failure_ && counts_.pictures + counts_.sounds == 0) {
+            failure_ =
+                last_damage_.value_or(FfmpegError(AVERROR_INVALIDDATA, "nothing in it could be decoded"));
         }
-        if (!failure_.empty()) {
-            throw MediaError(facts_.input + ": " + failure_);
+        if (failure_) {
+            throw MediaError(facts_.input, failure_->what(), failure_->code());
         }
     }
 
@@ -311,8 +306,8 @@ class MediaSource::Reader {
     MediaCounts counts_;
     std::optional<double> origin_;  ///< timestamp, in seconds, that counts as the start of the stream
     bool ended_ = false;
-    std::string failure_;      ///< why reading broke off
-    std::string last_damage_;  ///< why the last skipped packet or frame was skipped
+    std::optional<FfmpegError> failure_;      ///< why reading broke off
+    std::optional<FfmpegError> last_damage_;  ///< why the last skipped packet or frame was skipped
     bool failure_reported_ = false;
 };
 

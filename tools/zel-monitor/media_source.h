@@ -15,7 +15,14 @@ namespace zel_monitor {
 /// An input that cannot be opened, read or decoded: "<input>: <FFmpeg's reason>".
 class MediaError : public std::runtime_error {
   public:
-    using std::runtime_error::runtime_error;
+    MediaError(const std::string& input, const std::string& reason, int code)
+        : std::runtime_error(input + ": " + reason), code_(code) {}
+
+    /// FFmpeg's error code, always negative.
+    int code() const { return code_; }
+
+  private:
+    int code_;
 };
 
 struct VideoFacts {
@@ -51,8 +58,9 @@ struct MediaCounts {
 };
 
 struct MediaOptions {
-    std::string format;  ///< forces an FFmpeg input format, such as "lavfi"; empty: found out
-    std::string label;   ///< name to show instead of the input; empty: the input itself
+    std::string format = {};  ///< forces an FFmpeg input format, such as "lavfi"; empty: found out
+    std::string label = {};   ///< name to show instead of the input; empty: the input itself
+    double duration = 0;      ///< seconds, for inputs that do not say it themselves; 0: not known either
     bool video = true;
     bool audio = true;
     /// Once it is true, blocking reads end, an opening fails and the source ends. It outlives the source.

@@ -1,0 +1,240 @@
+#include <array>
+#include <csignal>
+#include <cstdio>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "support/clip.h"
+
+namespace {
+
+using nlohmann::json;
+using support::ffmpeg;
+using support::ScratchDir;
+using testing::HasSubstr;
+using testing::Not;
+
+/// A running zel-monitor whose standard output is read line by line.
+class Monitor {
+  public:
+    explicit Monitor(const std::string& arguments) {
+        std::array<int, 2> pipe_ends{};
+        EXPECT_EQ(0, pipe(pipe_ends.data()));
+        const std::string command = "exec '" ZEL_MONITOR_PATH "' " + arguments;
+        child_ = fork();
+        if (child_ == 0) {
+            dup2(pipe_ends[1], STDOUT_FILENO);
+            close(pipe_ends[0]);
+            close(pipe_ends[1]);
+            execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+            _exit(127);
+        }
+        close(pipe_ends[1]);
+        output_ = fdopen(pipe_ends[0], "r");
+    }
+    ~Monitor() {
+        std::fclose(output_);
+        if (child_ > 0) {
+            kill(child_, SIGKILL);
+            waitpid(child_, nullptr, 0);
+        }
+    }
+    Monitor(const Monitor&) = delete;
+    Monitor& operator=(const Monitor&) = delete;
+
+    std::optional<std::string> line() {
+        std::string text;
+        int c = std::fgetc(output_);
+        if (c == EOF) {
+            return std::nullopt;
+        }
+        for (; c != EOF && c != '\n'; c = std::fgetc(output_)) {
+            text += static_cast<char>(c);
+        }
+        return text;
+    }
+
+    /// All lines that are still to come.
+    std::vector<std::string> lines() {
+        std::vector<std::string> all;
+        while (auto text = line()) {
+            all.push_back(std::move(*text));
+        }
+        return all;
+    }
+
+    void signal(int number) const { kill(child_, number); }
+
+    /// Waits for the end; the exit status, or minus the signal.
+    int status() {
+        int state = 0;
+        waitpid(child_, &state, 0);
+        child_ = -1;
+        return WIFEXITED(state) ? WEXITSTATUS(state) : -WTERMSIG(state);
+    }
+
+  private:
+    pid_t child_ = -1;
+    std::FILE* output_ = nullptr;
+};
+
+std::vector<json> parse(const std::vector<std::string>& lines) {
+    std::vector<json> objects;
+    for (const std::string& line : lines) {
+        objects.push_back(json::parse(line));
+    }
+    return objects;
+}
+
+struct Outcome {
+    int status;
+    std::vector<std::string> lines;
+};
+
+Outcome run(const std::string& arguments) {
+    Monitor monitor(arguments);
+    std::vector<std::string> lines = monitor.lines();
+    return {.status = monitor.status(), .lines = std::move(lines)};
+}
+
+std::vector<json> objectsOf(const std::string& arguments) {
+    return parse(run(arguments).lines);
+}
+
+/// Sum of `key` over the heartbeats.
+int64_t sumOf(const std::vector<json>& objects, const std::string& key) {
+    int64_t sum = 0;
+    for (const json& object : objects) {
+        if (object.at("event") == "heartbeat") {
+            sum += object.value(key, int64_t{0});
+        }
+    }
+    return sum;
+}
+
+/// Moving pictures that no detector minds.
+const std::string kGood = "testsrc2=s=320x180:r=25,scroll=h=0.02:v=0.01,trim=duration=";
+
+TEST(ZelMonitor, CountsBlackAndGreenStretchesOfARealFile) {
+    const ScratchDir scratch;
+    const std::string clip = scratch.file("faults.mp4");
+    // One black picture, so that the counter exists; then 100 in a row; and 50 green ones, of which the first
+    // is not counted.
+    ffmpeg("-filter_complex \"" + kGood + "1[a];color=black:s=320x180:r=25:d=0.04[flash];" + kGood +
+               "1[b];color=black:s=320x180:r=25:d=4[black];" + kGood +
+               "1[c];color=black:s=320x180:r=25:d=2,lutyuv=y=0:u=0:v=0[green];" + kGood +
+               "1[d];[a][flash][b][black][c][green][d]concat=n=7,format=yuv420p[v]\" "
+               "-map '[v]' -c:v libx264 -crf 12 -pix_fmt yuv420p",
+           clip);
+    const Outcome watched = run("watch '" + clip + "' --json --speed 2 --interval 1");
+    ASSERT_EQ(0, watched.status);
+    const auto objects = parse(watched.lines);
+    ASSERT_GE(objects.size(), 3U);
+    EXPECT_EQ(251, sumOf(objects, "zel_vframes"));
+    EXPECT_EQ(100, sumOf(objects, "zel_black_cnt"));
+    EXPECT_EQ(49, sumOf(objects, "zel_greenscreen_cnt"));
+
+    double latest = -1;
+    for (size_t i = 0; i + 1 < objects.size(); ++i) {
+        EXPECT_EQ("heartbeat", objects[i].at("event"));
+        EXPECT_EQ(i, objects[i].at("zel_heartbeat_seq"));
+        EXPECT_GE(objects[i].at("position"), latest);
+        latest = objects[i].at("position");
+        EXPECT_THAT(objects[i].at("time").get<std::string>(), testing::EndsWith("Z"));
+    }
+    EXPECT_NEAR(250.0 / 25, latest, 0.05);
+    EXPECT_EQ("final", objects.back().at("event"));
+    EXPECT_EQ(251, objects.back().at("zel_vframes"));
+    EXPECT_EQ(100, objects.back().at("zel_black_cnt"));
+    EXPECT_EQ(0, objects.back().at("damaged"));
+}
+
+TEST(ZelMonitor, HeedsTheSound) {
+    const ScratchDir scratch;
+    const std::string clip = scratch.file("sound.mkv");
+    ffmpeg("-f lavfi -i " + std::string("testsrc2=s=64x64:r=5:d=21 -f lavfi -i sine=d=21") +
+               " -c:v mpeg4 -c:a pcm_s16le",
+           clip);
+    const auto with = objectsOf("watch '" + clip + "' --json --speed 8 --interval 1");
+    ASSERT_FALSE(with.empty());
+    EXPECT_GT(sumOf(with, "zel_aframes"), 100);
+    const json& last_heartbeat = with.at(with.size() - 2);
+    EXPECT_GT(last_heartbeat.at("zel_audio_level"), 1000);
+    EXPECT_EQ(1, with.back().at("zel_no_voice_cnt")) << "two periods, of which the first is not counted";
+
+    const auto without = objectsOf("watch '" + clip + "' --json --speed 8 --no-audio");
+    ASSERT_FALSE(without.empty());
+    EXPECT_EQ(0, sumOf(without, "zel_aframes"));
+    EXPECT_EQ(105, sumOf(without, "zel_vframes"));
+}
+
+TEST(ZelMonitor, ReadsAPipeAndKeepsTheLogApart) {
+    const ScratchDir scratch;
+    ffmpeg("-f lavfi -i testsrc2=s=160x90:r=25:d=1 -c:v mpeg2video", scratch.file("clip.ts"));
+    const std::string log = scratch.file("zel.log");
+    const Outcome watched = run("watch - --speed 4 --log '" + log + "' < '" + scratch.file("clip.ts") + "'");
+    EXPECT_EQ(0, watched.status);
+    EXPECT_THAT(watched.lines, testing::Contains(HasSubstr("pictures")));
+    EXPECT_THAT(watched.lines, testing::Each(Not(HasSubstr("zel log"))));
+    const auto logged = support::readFile(log);
+    EXPECT_THAT(std::string(logged.begin(), logged.end()), HasSubstr("ZELSessionPc start!!!"));
+}
+
+TEST(ZelMonitor, StopsCleanlyOnASignal) {
+    for (const int number : {SIGINT, SIGTERM}) {
+        Monitor monitor("demo --json --interval 1");
+        EXPECT_EQ("heartbeat", json::parse(monitor.line().value()).at("event"));
+        monitor.signal(number);
+        const auto rest = parse(monitor.lines());
+        ASSERT_GE(rest.size(), 2U) << "an ending heartbeat and the final report";
+        EXPECT_EQ("final", rest.back().at("event"));
+        EXPECT_EQ(0, monitor.status());
+    }
+}
+
+TEST(ZelMonitor, SaysWhatIsWrongOnStandardError) {
+    const ScratchDir scratch;
+    support::writeFile(scratch.file("zeros.mp4"), std::vector<char>(50'000));
+    const std::vector<std::pair<std::string, int>> cases = {
+        {"watch '" + scratch.file("absent.mp4") + "'", 3},
+        {"watch '" + scratch.file("zeros.mp4") + "' --json", 3},
+        {"watch", 2},
+        {"frobnicate", 2},
+        {"watch x --log '" + scratch.file("no/such/folder") + "'", 2},
+    };
+    for (const auto& [arguments, status] : cases) {
+        EXPECT_EQ(status, run(arguments + " 2>/dev/null").status) << arguments;
+        EXPECT_TRUE(run(arguments + " 2>/dev/null").lines.empty()) << arguments;
+        const Outcome said = run(arguments + " 2>&1 >/dev/null");
+        ASSERT_EQ(1U, said.lines.size()) << arguments;
+        EXPECT_THAT(said.lines[0], testing::StartsWith("zel-monitor: "));
+    }
+    EXPECT_THAT(run("watch '" + scratch.file("absent.mp4") + "' 2>&1").lines[0],
+                testing::AllOf(HasSubstr("absent.mp4"), HasSubstr("No such file")));
+}
+
+TEST(ZelMonitor, DemoShowsEveryFault) {
+    const auto objects = objectsOf("demo --json --speed 4 --interval 1");
+    ASSERT_FALSE(objects.empty());
+    const json& final = objects.back();
+    EXPECT_EQ(1300, final.at("zel_vframes"));
+    for (const char* const key : {"zel_black_cnt", "zel_greenscreen_cnt", "zel_block_cnt",
+                                  "zel_underexposure_cnt", "zel_overexposure_cnt"}) {
+        EXPECT_GT(final.at(key), 80) << key;
+        EXPECT_LT(final.at(key), 130) << key;
+    }
+    EXPECT_GT(final.at("zel_staticframe_cnt"), 10);
+    for (const char* const key :
+         {"zel_mute_cnt", "zel_low_voice_cnt", "zel_high_voice_cnt", "zel_no_voice_cnt"}) {
+        EXPECT_TRUE(final.contains(key)) << key;
+    }
+}
+
+}  // namespace

@@ -1,0 +1,70 @@
+#include "options.h"
+
+#include <CLI/App.hpp>
+#include <CLI/Config.hpp>
+#include <CLI/Formatter.hpp>
+#include <algorithm>
+#include <sstream>
+
+#include "demo_source.h"
+
+namespace zel_monitor {
+namespace {
+
+void addWatchOptions(CLI::App& command, WatchOptions& options) {
+    command.add_option("--speed", options.speed, "Stream seconds per second, 0.01 to 1000")
+        ->check(CLI::Range(0.01, 1000.0).description(""))
+        ->type_name("FACTOR")
+        ->capture_default_str();
+    command.add_option("--interval", options.interval, "Seconds between heartbeats, 1 to 86400")
+        ->check(CLI::Range(1, 86400).description(""))
+        ->type_name("SECONDS")
+        ->capture_default_str();
+    command.add_flag("--json", options.json, "One JSON object per heartbeat and line instead of a table");
+    command.add_flag_callback(
+        "--no-audio", [&options] { options.audio = false; }, "Leave the sound out");
+    command.add_option("--log", options.log_file, "Keep the log lines of the library and of FFmpeg in FILE")
+        ->type_name("FILE");
+}
+
+}  // namespace
+
+std::variant<WatchOptions, EarlyExit> parseOptions(std::vector<std::string> arguments) {
+    CLI::App app("Monitors the quality of video and audio streams.", "zel-monitor");
+    app.set_version_flag("--version", "zel-monitor " ZEL_VERSION);
+    app.require_subcommand(1);
+    app.failure_message([](const CLI::App* /*app*/, const CLI::Error& error) {
+        return std::string("zel-monitor: ") + error.what() + " (--help tells more)\n";
+    });
+    app.footer(
+        "Exit status: 0 monitored to the end or stopped with Ctrl-C, 2 wrong usage,\n"
+        "3 the stream could not be opened or decoded.");
+
+    WatchOptions options;
+    CLI::App* const watch =
+        app.add_subcommand("watch", "Plays a stream at its own pace and prints heartbeats");
+    watch->add_option("INPUT", options.input, "A file, a URL, or - for standard input")
+        ->required()
+        ->type_name("");
+    addWatchOptions(*watch, options);
+    CLI::App* const demo =
+        app.add_subcommand("demo", "The same on a built-in stream that shows each fault in turn");
+    addWatchOptions(*demo, options);
+
+    try {
+        std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the back
+        app.parse(std::move(arguments));
+    } catch (const CLI::ParseError& error) {
+        std::ostringstream output;
+        std::ostringstream messages;
+        const bool asked_for = app.exit(error, output, messages) == 0;  // --help or --version
+        return EarlyExit{
+            .status = asked_for ? kExitDone : kExitUsage, .output = output.str(), .error = messages.str()};
+    }
+    if (demo->parsed()) {
+        options.input = kDemoInput;
+    }
+    return options;
+}
+
+}  // namespace zel_monitor

@@ -1,0 +1,121 @@
+#include "watch.h"
+
+#include <algorithm>
+#include <chrono>
+#include <variant>
+
+#include "demo_source.h"
+#include "host.h"
+#include "media_source.h"
+#include "pacer.h"
+#include "progress.h"
+#include "report_writer.h"
+
+namespace zel_monitor {
+namespace {
+
+using std::chrono::steady_clock;
+
+/// How long the last picture stays before the session is stopped: the library examines pictures behind the
+/// feeding thread, and a stop leaves out those that still wait.
+constexpr std::chrono::milliseconds kLastPicture{300};
+
+class Watch {
+  public:
+    Watch(const WatchOptions& options, Console& console, const std::atomic<bool>& stop)
+        : console_(console),
+          stop_(stop),
+          source_(openInput(options.input, {.audio = options.audio, .interrupted = &stop})),
+          writer_(options.json ? makeJsonWriter(console) : makeTextWriter(console)),
+          has_captions_(options.input == kDemoInput),
+          pacer_(options.speed),
+          progress_(source_.facts().duration),
+          host_({.interval = options.interval, .audio = options.audio},
+                [this](const ReportMap& report) { take(report); }) {}
+
+    int run() {
+        writer_->begin(source_.facts());
+        host_.start();
+        int status = kExitDone;
+        std::string failure;
+        try {
+            play();
+            sleepUntil(steady_clock::now() + kLastPicture, stop_);
+        } catch (const MediaError& error) {
+            failure = error.what();
+            status = kExitStream;
+        }
+        console_.status("");
+        host_.stop();
+        if (status != kExitDone) {
+            console_.error(failure);
+        }
+        return status;
+    }
+
+  private:
+    void play() {
+        while (const auto item = source_.next()) {
+            sleepUntil(pacer_.due(timeOf(*item), steady_clock::now()), stop_);
+            if (stop_.load()) {
+                return;
+            }
+            std::visit([this](const auto& content) { host_.feed(content); }, *item);
+            position_.store(std::max(position_.load(), timeOf(*item)));
+            if (has_captions_) {
+                showCaption(timeOf(*item));
+            }
+            if (console_.showsStatus()) {
+                showProgress();
+            }
+        }
+    }
+
+    void showCaption(double position) {
+        if (std::string caption = demoCaption(position); caption != caption_) {
+            caption_ = std::move(caption);
+            writer_->caption(position, caption_);
+        }
+    }
+
+    void showProgress() {
+        const MediaCounts counts = source_.counts();
+        if (auto text =
+                progress_.update(steady_clock::now(), position_.load(), counts.pictures, counts.sounds)) {
+            console_.status(std::move(*text));
+        }
+    }
+
+    /// On the heartbeat thread, and on this one at the end.
+    void take(const ReportMap& report) {
+        const double position = position_.load();
+        const ReportEvent event{.report = report,
+                                .time = std::chrono::system_clock::now(),
+                                .position = position,
+                                .caption = has_captions_ ? demoCaption(position) : std::string()};
+        if (report.contains("zel_heartbeat_seq")) {
+            writer_->heartbeat(event);
+        } else {
+            writer_->finalReport(event, source_.counts());
+        }
+    }
+
+    Console& console_;
+    const std::atomic<bool>& stop_;
+    MediaSource source_;
+    std::unique_ptr<ReportWriter> writer_;
+    bool has_captions_;
+    std::string caption_;  ///< shown last
+    Pacer pacer_;
+    Progress progress_;
+    std::atomic<double> position_{0};
+    Host host_;
+};
+
+}  // namespace
+
+int runWatch(const WatchOptions& options, Console& console, const std::atomic<bool>& stop) {
+    return Watch(options, console, stop).run();
+}
+
+}  // namespace zel_monitor
