@@ -1,3 +1,4 @@
+#include <CLI/App.hpp>
 #include <cstdio>
 #include <exception>
 #include <system_error>
@@ -5,6 +6,7 @@
 #include "console.h"
 #include "log_file.h"
 #include "options.h"
+#include "scan/scan.h"
 #include "stop_signal.h"
 #include "watch.h"
 
@@ -12,7 +14,7 @@ namespace {
 
 using namespace zel_monitor;  // NOLINT(google-build-using-namespace): the program is the namespace
 
-int run(const WatchOptions& options) {
+int watch(const WatchOptions& options) {
     Console console;
     try {
         redirectLogs(options.log_file);
@@ -28,14 +30,23 @@ int run(const WatchOptions& options) {
     }
 }
 
-int run(const EarlyExit& answer) {
-    std::fputs(answer.output.c_str(), stdout);
-    std::fputs(answer.error.c_str(), stderr);
-    return answer.status;
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
-    return std::visit([](const auto& wanted) { return run(wanted); }, parseOptions({argv + 1, argv + argc}));
+    const auto app = makeCommandLine();
+    WatchOptions watch_options;
+    WatchOptions demo_options;
+    scan::ScanOptions scan_options;
+    const CLI::App* const demo_command = addDemoCommand(*app, demo_options);
+    const CLI::App* const watch_command = addWatchCommand(*app, watch_options);
+    scan::addScanCommand(*app, scan_options);
+    if (const auto answer = parseArguments(*app, {argv + 1, argv + argc})) {
+        std::fputs(answer->output.c_str(), stdout);
+        std::fputs(answer->error.c_str(), stderr);
+        return answer->status;
+    }
+    if (demo_command->parsed()) {
+        return watch(demo_options);
+    }
+    return watch_command->parsed() ? watch(watch_options) : scan::runScan(scan_options);
 }

@@ -11,7 +11,11 @@
 namespace zel_monitor {
 namespace {
 
-void addWatchOptions(CLI::App& command, WatchOptions& options) {
+void addSharedOptions(CLI::App& command, WatchOptions& options) {
+    command.footer(
+        "Exit status: 0 monitored to the end or stopped with Ctrl-C, 2 wrong usage, 3 the stream could not "
+        "be "
+        "opened or decoded.");
     command.add_option("--speed", options.speed, "Stream seconds per second, 0.01 to 1000")
         ->check(CLI::Range(0.01, 1000.0).description(""))
         ->type_name("FACTOR")
@@ -29,31 +33,39 @@ void addWatchOptions(CLI::App& command, WatchOptions& options) {
 
 }  // namespace
 
-std::variant<WatchOptions, EarlyExit> parseOptions(std::vector<std::string> arguments) {
-    CLI::App app("Monitors the quality of video and audio streams.", "zel-monitor");
-    app.set_version_flag("--version", "zel-monitor " ZEL_VERSION);
-    app.require_subcommand(1);
-    app.failure_message([](const CLI::App* /*app*/, const CLI::Error& error) {
+std::shared_ptr<CLI::App> makeCommandLine() {
+    auto app = std::make_shared<CLI::App>("Monitors the quality of video and audio streams.", "zel-monitor");
+    app->set_version_flag("--version", "zel-monitor " ZEL_VERSION);
+    app->require_subcommand(1);
+    app->failure_message([](const CLI::App* /*app*/, const CLI::Error& error) {
         return std::string("zel-monitor: ") + error.what() + " (--help tells more)\n";
     });
-    app.footer(
-        "Exit status: 0 monitored to the end or stopped with Ctrl-C, 2 wrong usage,\n"
-        "3 the stream could not be opened or decoded.");
+    return app;
+}
 
-    WatchOptions options;
-    CLI::App* const watch =
-        app.add_subcommand("watch", "Plays a stream at its own pace and prints heartbeats");
-    watch->add_option("INPUT", options.input, "A file, a URL, or - for standard input")
+CLI::App* addWatchCommand(CLI::App& app, WatchOptions& options) {
+    CLI::App* const command =
+        app.add_subcommand("watch", "Play a stream at its own pace and print heartbeats");
+    command->add_option("INPUT", options.input, "A file, a URL, or - for standard input")
         ->required()
         ->type_name("");
-    addWatchOptions(*watch, options);
-    CLI::App* const demo =
-        app.add_subcommand("demo", "The same on a built-in stream that shows each fault in turn");
-    addWatchOptions(*demo, options);
+    addSharedOptions(*command, options);
+    return command;
+}
 
+CLI::App* addDemoCommand(CLI::App& app, WatchOptions& options) {
+    CLI::App* const command =
+        app.add_subcommand("demo", "Watch a built-in stream that shows each fault in turn");
+    addSharedOptions(*command, options);
+    options.input = kDemoInput;
+    return command;
+}
+
+std::optional<EarlyExit> parseArguments(CLI::App& app, std::vector<std::string> arguments) {
     try {
         std::reverse(arguments.begin(), arguments.end());  // the parser takes them from the back
         app.parse(std::move(arguments));
+        return std::nullopt;
     } catch (const CLI::ParseError& error) {
         std::ostringstream output;
         std::ostringstream messages;
@@ -61,10 +73,6 @@ std::variant<WatchOptions, EarlyExit> parseOptions(std::vector<std::string> argu
         return EarlyExit{
             .status = asked_for ? kExitDone : kExitUsage, .output = output.str(), .error = messages.str()};
     }
-    if (demo->parsed()) {
-        options.input = kDemoInput;
-    }
-    return options;
 }
 
 }  // namespace zel_monitor

@@ -2,13 +2,18 @@
 #define ZEL_TOOLS_OPTIONS_H_
 
 #include <cstdint>
+#include <memory>
+#include <optional>
 #include <string>
-#include <variant>
 #include <vector>
+
+namespace CLI {
+class App;
+}
 
 namespace zel_monitor {
 
-/// Exit statuses; scripts rely on them.
+/// Exit statuses; scripts rely on them. 1 is kept for a stream that violates a policy.
 inline constexpr int kExitDone = 0;    ///< monitored to the end, or stopped by the user
 inline constexpr int kExitUsage = 2;   ///< wrong usage
 inline constexpr int kExitStream = 3;  ///< the stream could not be opened or decoded
@@ -22,6 +27,13 @@ struct WatchOptions {
     std::string log_file;  ///< empty: log lines are dropped
 };
 
+/// The program without its commands.
+std::shared_ptr<CLI::App> makeCommandLine();
+
+/// Adds a command to `app`; when it was parsed, `options`, which outlives the parsing, holds what was asked.
+CLI::App* addWatchCommand(CLI::App& app, WatchOptions& options);
+CLI::App* addDemoCommand(CLI::App& app, WatchOptions& options);
+
 /// Nothing to run: what to write to standard output or standard error, and the exit status.
 struct EarlyExit {
     int status;
@@ -30,7 +42,7 @@ struct EarlyExit {
 };
 
 /// Reads the arguments after the program's name.
-std::variant<WatchOptions, EarlyExit> parseOptions(std::vector<std::string> arguments);
+std::optional<EarlyExit> parseArguments(CLI::App& app, std::vector<std::string> arguments);
 
 }  // namespace zel_monitor
 

@@ -1,5 +1,7 @@
 #include "options.h"
 
+#include <CLI/App.hpp>
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -7,15 +9,31 @@ namespace {
 
 using testing::HasSubstr;
 using zel_monitor::EarlyExit;
-using zel_monitor::parseOptions;
 using zel_monitor::WatchOptions;
 
-WatchOptions parsed(const std::vector<std::string>& arguments) {
-    return std::get<WatchOptions>(parseOptions(arguments));
+struct Parsed {
+    std::optional<EarlyExit> early;
+    WatchOptions options;
+};
+
+Parsed parse(std::vector<std::string> arguments) {
+    const auto app = zel_monitor::makeCommandLine();
+    WatchOptions watch;
+    WatchOptions demo;
+    zel_monitor::addWatchCommand(*app, watch);
+    const CLI::App* const demo_command = zel_monitor::addDemoCommand(*app, demo);
+    auto early = zel_monitor::parseArguments(*app, std::move(arguments));
+    return {.early = std::move(early), .options = demo_command->parsed() ? demo : watch};
 }
 
-EarlyExit refused(const std::vector<std::string>& arguments) {
-    return std::get<EarlyExit>(parseOptions(arguments));
+WatchOptions parsed(std::vector<std::string> arguments) {
+    const Parsed result = parse(std::move(arguments));
+    EXPECT_FALSE(result.early.has_value());
+    return result.options;
+}
+
+EarlyExit refused(std::vector<std::string> arguments) {
+    return parse(std::move(arguments)).early.value();
 }
 
 TEST(Options, WatchTakesAnInputAndHasDefaults) {
@@ -63,8 +81,9 @@ TEST(Options, WrongUsageIsRefusedWithOneLineThatNamesTheFault) {
 
 TEST(Options, HelpAndVersionGoToStandardOutput) {
     EXPECT_EQ(0, refused({"--help"}).status);
-    EXPECT_THAT(refused({"--help"}).output, testing::AllOf(HasSubstr("watch"), HasSubstr("Exit status")));
-    EXPECT_THAT(refused({"watch", "--help"}).output, HasSubstr("--interval"));
+    EXPECT_THAT(refused({"--help"}).output, testing::AllOf(HasSubstr("watch"), HasSubstr("demo")));
+    EXPECT_THAT(refused({"watch", "--help"}).output,
+                testing::AllOf(HasSubstr("--interval"), HasSubstr("Exit status")));
     EXPECT_THAT(refused({"--version"}).output, testing::MatchesRegex("zel-monitor [0-9.]+\n"));
 }
 
