@@ -82,7 +82,7 @@ void audioRoad(benchmark::State& state) {
     }
     reportRealtime(state);
 }
-BENCHMARK(audioRoad)->ArgName("channels")->Arg(1)->Arg(2)->Unit(benchmark::kMillisecond);
+BENCHMARK(audioRoad)->ArgName("channels")->Arg(1)->Arg(2)->Arg(6)->Unit(benchmark::kMillisecond);
 
 /// The transform alone, once per chunk of 10 ms: the part of the road that is not ours.
 void kissFftAlone(benchmark::State& state) {

@@ -60,8 +60,11 @@ void analyse(AudioAlgoHandle_t& handle, uint32_t magnitude_sum) {
     handle.level_sum += level;
 }
 
+uint64_t atLeastOne(uint64_t count) {
+    return std::max<uint64_t>(count, 1);
+}
+
 void closePeriod(AudioAlgoHandle_t& handle, AudioOutcome& outcome) {
-    const auto atLeastOne = [](uint64_t count) { return std::max<uint64_t>(count, 1); };
     const uint64_t voice_level = handle.voice_level_sum / atLeastOne(handle.voice_count);
     if (voice_level >= 1) {
         outcome.voice_level = static_cast<uint32_t>(voice_level);
