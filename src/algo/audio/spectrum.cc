@@ -20,8 +20,8 @@ void Spectrum::analyse(const int16_t* history, float* power) {
     std::array<kiss_fft_cpx, kPowerBins> transformed;
     kiss_fftr(fft_.get(), weighted_.data(), transformed.data());
     for (size_t k = 0; k < kPowerBins; ++k) {
-        const auto [re, im] = transformed[k];
-        power[k] = re * re + im * im;
+        const kiss_fft_cpx& bin = transformed[k];
+        power[k] = bin.r * bin.r + bin.i * bin.i;
     }
 }
 

@@ -117,6 +117,15 @@ TEST_F(AudioHandle, MeasuresShareAndLevelOfTheVoicedChunks) {
     EXPECT_EQ(outcome_.audio_level, 3000U);
 }
 
+TEST_F(AudioHandle, CountsSilentChunksForTheLevelButNotForTheShare) {
+    createSettled(10);
+    feedChunks(0, 2);
+    feedChunks(1, 4);
+    EXPECT_EQ(feedChunks(3000, 4), 0);
+    EXPECT_EQ(outcome_.voice_scale, 3.0F / 8.0F);
+    EXPECT_EQ(outcome_.audio_level, (4U * 1 + 4U * 3000) / 10);
+}
+
 TEST_F(AudioHandle, KeepsTheCallersVoiceLevelWhenNothingWasVoiced) {
     createSettled(5);
     outcome_ = {.voice_level = 77, .voice_scale = 0.5F, .audio_level = 99};
@@ -237,6 +246,7 @@ TEST_F(AudioHandle, AsksForNoMemoryWhileItRuns) {
 }
 
 TEST_F(AudioHandle, IsNotCreatedWithoutMemory) {
+    const support::LogCapture log;  // keeps the line out of the test's output
     for (const size_t nth : {0U, 1U}) {  // the handle itself, its voice detector
         const support::FailingNew fail(nth);
         EXPECT_EQ(AudioAlgoCreate(48'000), nullptr) << nth;
