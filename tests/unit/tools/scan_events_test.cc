@@ -24,9 +24,10 @@ class Stage : public EventListener {
             maker_.picture({video_s_, video_s_ + kFrame}, result);
         }
     }
-    void periods(int count, const ZELAudioResult& result) {
-        for (int i = 0; i < count; ++i, audio_s_ += 0.1) {
-            maker_.audioPeriod({audio_s_, audio_s_ + 0.1}, result);
+    void seconds(int count, const ZELAudioResult& result) {
+        for (int i = 0; i < count; ++i, audio_s_ += 1.0) {
+            maker_.silencePeriod({audio_s_, audio_s_ + 1.0}, result);
+            maker_.voicePeriod({audio_s_, audio_s_ + 1.0}, result);
         }
     }
     void videoGap(double seconds) {
@@ -88,6 +89,15 @@ TEST(ScanEvents, InterruptionUpToTheGapIsBridgedAndLowersTheShare) {
     EXPECT_NEAR(ended->share, 0.75, 1e-9);
 }
 
+TEST(ScanEvents, ScatteredSightsAreNoEvent) {
+    EventTracker tracker(Kind::kLowVoice, {1.0, 2.0});
+    for (int i = 0; i < 10; ++i) {
+        tracker.see({2.0 * i, 2.0 * i + 0.5}, Sight::kPresent);
+        tracker.see({2.0 * i + 0.5, 2.0 * i + 2.0}, Sight::kAbsent);
+    }
+    EXPECT_FALSE(tracker.finish(20.0));
+}
+
 TEST(ScanEvents, UnknownTimePassesButCountsNeitherWay) {
     EventTracker tracker(Kind::kLowVoice, {1.0, 2.0});
     tracker.see({0.0, 1.0}, Sight::kPresent);
@@ -142,8 +152,8 @@ TEST(ScanEvents, SilenceHidesTheVoiceVerdictsThatItImplies) {
     ZELAudioResult nobody{};
     nobody.is_low_voicelevel = nobody.is_novoice_longtime = 1;
     Stage stage;
-    stage.periods(100, silence);
-    stage.periods(100, nobody);
+    stage.seconds(10, silence);
+    stage.seconds(10, nobody);
     EXPECT_THAT(stage.finish(), testing::ElementsAre(isEvent(Kind::kMute, 0.0, 10.0),
                                                      isEvent(Kind::kNoVoice, 10.0, 20.0, true)));
 }

@@ -7,14 +7,13 @@ namespace zel_monitor::scan {
 namespace {
 
 constexpr double kFallbackPictureS = 1.0 / 25;
-constexpr double kAudioPeriodS = 0.1;
 
 }  // namespace
 
-ZELAlgo::ZELAlgoConfig scanConfig() {
+ZELAlgo::ZELAlgoConfig scanConfig(double audio_period_s) {
     ZELAlgo::ZELAlgoConfig config;
     config.staticframe_param = 1.0F;
-    config.longtime_period_s = kAudioPeriodS;
+    config.longtime_period_s = audio_period_s;
     return config;
 }
 
@@ -30,7 +29,7 @@ Analyser::Analyser(const EventRules& rules, double frame_rate, AnalysisListener&
     : listener_(listener),
       maker_(rules, listener),
       stall_s_(rules[indexOf(Kind::kStall)].min_s),
-      video_(scanConfig()),
+      video_(scanConfig(kSilencePeriodS)),
       usual_s_(frame_rate > 0.0 ? 1.0 / frame_rate : kFallbackPictureS) {}
 
 void Analyser::take(Picture picture) {
@@ -61,15 +60,20 @@ void Analyser::take(Picture picture) {
 void Analyser::take(const Sound& sound) {
     const double start_s = audio_clock_.place(sound.time);
     const double expected_s = audio_clock_.expected();
-    if (audio_ && start_s - expected_s >= stall_s_) {
+    if (silence_ && start_s - expected_s >= stall_s_) {
         maker_.gap({expected_s, start_s});
     }
-    if (!audio_ || audio_->sampleRate() != sound.sample_rate) {
-        audio_.emplace(scanConfig(), sound.sample_rate);
+    if (!silence_ || silence_->sampleRate() != sound.sample_rate) {
+        silence_.emplace(scanConfig(kSilencePeriodS), sound.sample_rate);
+        voice_.emplace(scanConfig(kVoicePeriodS), sound.sample_rate);
     }
-    audio_->feed(sound, start_s, [this](Span period, const ZELAlgo::ZELAudioResult& result) {
-        maker_.audioPeriod(period, result);
-        listener_.onAudioPeriod(period, result);
+    silence_->feed(sound, start_s, [this](Span period, const ZELAlgo::ZELAudioResult& result) {
+        maker_.silencePeriod(period, result);
+        listener_.onSilencePeriod(period, result);
+    });
+    voice_->feed(sound, start_s, [this](Span period, const ZELAlgo::ZELAudioResult& result) {
+        maker_.voicePeriod(period, result);
+        listener_.onVoicePeriod(period, result);
     });
     audio_clock_.expectNext(start_s + static_cast<double>(sound.samples) / sound.sample_rate);
 }
@@ -82,7 +86,7 @@ void Analyser::finish(std::optional<double> declared_s) {
     maker_.finish({.video_s = video_end_s,
                    .audio_s = audio_clock_.expected(),
                    .declared_s = declared_s,
-                   .still_picture = pictures_ == 1 && !audio_});
+                   .still_picture = pictures_ == 1 && !silence_});
 }
 
 double Analyser::reached() const {

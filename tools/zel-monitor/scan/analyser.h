@@ -12,16 +12,21 @@
 
 namespace zel_monitor::scan {
 
-/// The library's defaults but for two values that the rules for events take the place of: every picture like
-/// the one before it is told at once, and audio is judged every tenth of a second.
-ZELAlgo::ZELAlgoConfig scanConfig();
+/// Silence is found to a tenth of a second. Speech has pauses, so it is judged by the second.
+inline constexpr double kSilencePeriodS = 0.1;
+inline constexpr double kVoicePeriodS = 1.0;
+
+/// The library's defaults but for what the rules for events take the place of: every picture like the one
+/// before it is told at once, and sound is judged in periods of `audio_period_s`.
+ZELAlgo::ZELAlgoConfig scanConfig(double audio_period_s);
 
 /// Follows an analysis picture by picture.
 class AnalysisListener : public EventListener {
   public:
     /// `picture` begins to show at `time_s` and stays valid until the next one.
     virtual void onPicture(const Picture& picture, double time_s) = 0;
-    virtual void onAudioPeriod(Span period, const ZELAlgo::ZELAudioResult& result) = 0;
+    virtual void onSilencePeriod(Span period, const ZELAlgo::ZELAudioResult& result) = 0;
+    virtual void onVoicePeriod(Span period, const ZELAlgo::ZELAudioResult& result) = 0;
 };
 
 /// Makes stream time out of one track's timestamps: they never run backwards, and gaps are told.
@@ -67,7 +72,8 @@ class Analyser {
     EventMaker maker_;
     double stall_s_;
     ZELAlgo::AlgoFacade video_;
-    std::optional<AudioPeriods> audio_;
+    std::optional<AudioPeriods> silence_;
+    std::optional<AudioPeriods> voice_;
     std::optional<Shown> shown_;
     double usual_s_;  // from one picture to the next, as long as there is no gap
     TrackClock video_clock_;

@@ -11,6 +11,7 @@ struct Span {
     double end_s = 0.0;
 
     double length() const { return end_s - start_s; }
+    double middle() const { return (start_s + end_s) / 2.0; }
 };
 
 /// One stretch of a stream in which something was wrong.

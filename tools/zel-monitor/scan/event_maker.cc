@@ -33,14 +33,16 @@ void EventMaker::picture(Span shown, const ZELAlgo::ZELVideoResult& result) {
     like_start_ = freeze == Sight::kUnknown ? std::nullopt : std::optional(shown.start_s);
 }
 
-void EventMaker::audioPeriod(Span period, const ZELAlgo::ZELAudioResult& result) {
-    const PerKind<Sight> sights = sightsOf(result);
-    for (const KindInfo& info : kinds()) {
-        if (info.source == Source::kAudio) {
-            see(info.kind, period, sights[indexOf(info.kind)]);
-        }
-    }
+void EventMaker::silencePeriod(Span period, const ZELAlgo::ZELAudioResult& result) {
+    see(Kind::kMute, period, sightsOf(result)[indexOf(Kind::kMute)]);
     see(Kind::kStall, period, Sight::kAbsent);
+}
+
+void EventMaker::voicePeriod(Span period, const ZELAlgo::ZELAudioResult& result) {
+    const PerKind<Sight> sights = sightsOf(result);
+    for (const Kind kind : {Kind::kLowVoice, Kind::kHighVoice, Kind::kNoVoice}) {
+        see(kind, period, sights[indexOf(kind)]);
+    }
 }
 
 void EventMaker::gap(Span span) {

@@ -40,7 +40,9 @@ class EventMaker {
 
     /// A picture and how long it was shown.
     void picture(Span shown, const ZELAlgo::ZELVideoResult& result);
-    void audioPeriod(Span period, const ZELAlgo::ZELAudioResult& result);
+    /// A period that is judged for silence only, and one that is judged for speech only.
+    void silencePeriod(Span period, const ZELAlgo::ZELAudioResult& result);
+    void voicePeriod(Span period, const ZELAlgo::ZELAudioResult& result);
     /// Nothing has a timestamp here. Tell this before what follows the gap.
     void gap(Span span);
     /// A single picture has no length, so no minimum is asked of it.

@@ -8,6 +8,9 @@ namespace {
 // Timestamps are sums of rounded fractions; a microsecond decides nothing.
 constexpr double kSlackS = 1e-6;
 
+// A stretch in which the fault was seen less than half of the time is not one event.
+constexpr double kLeastShare = 0.5;
+
 }  // namespace
 
 EventTracker::Step EventTracker::see(Span span, Sight sight) {
@@ -58,7 +61,7 @@ std::optional<Event> EventTracker::close(bool at_end) {
     }
     const double known_s = run_.length() - unknown_s_;
     const double share = known_s > 0.0 ? std::min(present_s_ / known_s, 1.0) : 1.0;
-    return Event{kind_, run_, share, at_end};
+    return share < kLeastShare ? std::nullopt : std::optional(Event{kind_, run_, share, at_end});
 }
 
 }  // namespace zel_monitor::scan

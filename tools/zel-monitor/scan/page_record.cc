@@ -35,18 +35,20 @@ nlohmann::ordered_json curveJson(const Series& series, double scale) {
 
 PageRecord::PageRecord(double frame_rate)
     : luma_(frame_rate > 0.0 ? std::max(kCurveStepS, 2.0 / frame_rate) : kCurveStepS),
-      level_(kCurveStepS),
-      voice_(kCurveStepS) {}
+      level_(kSilencePeriodS),
+      voice_(kVoicePeriodS) {}
 
 void PageRecord::onPicture(const Picture& picture, double time_s) {
     current_ = &picture;
     luma_.add(time_s, meanLuma(picture));
 }
 
-void PageRecord::onAudioPeriod(Span period, const ZELAlgo::ZELAudioResult& result) {
-    const double middle_s = (period.start_s + period.end_s) / 2.0;
-    level_.add(middle_s, result.audio_level);
-    voice_.add(middle_s, result.voice_scale_longtime);
+void PageRecord::onSilencePeriod(Span period, const ZELAlgo::ZELAudioResult& result) {
+    level_.add(period.middle(), result.audio_level);
+}
+
+void PageRecord::onVoicePeriod(Span period, const ZELAlgo::ZELAudioResult& result) {
+    voice_.add(period.middle(), result.voice_scale_longtime);
 }
 
 void PageRecord::onRunBegan(Kind kind) {

@@ -18,7 +18,8 @@ class PageRecord {
     explicit PageRecord(double frame_rate);
 
     void onPicture(const Picture& picture, double time_s);
-    void onAudioPeriod(Span period, const ZELAlgo::ZELAudioResult& result);
+    void onSilencePeriod(Span period, const ZELAlgo::ZELAudioResult& result);
+    void onVoicePeriod(Span period, const ZELAlgo::ZELAudioResult& result);
     void onRunBegan(Kind kind);
     void onEvent(const Event& event);
 

@@ -35,9 +35,14 @@ class Findings : public AnalysisListener {
             scan_.record->onPicture(picture, time_s);
         }
     }
-    void onAudioPeriod(Span period, const ZELAlgo::ZELAudioResult& result) override {
+    void onSilencePeriod(Span period, const ZELAlgo::ZELAudioResult& result) override {
         if (scan_.record) {
-            scan_.record->onAudioPeriod(period, result);
+            scan_.record->onSilencePeriod(period, result);
+        }
+    }
+    void onVoicePeriod(Span period, const ZELAlgo::ZELAudioResult& result) override {
+        if (scan_.record) {
+            scan_.record->onVoicePeriod(period, result);
         }
     }
 

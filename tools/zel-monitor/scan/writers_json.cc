@@ -36,7 +36,7 @@ Json settingsJson(const ScanOptions& options) {
             policy[std::string(info.name)] = number(*limit);
         }
     }
-    const ZELAlgo::ZELAlgoConfig config = scanConfig();
+    const ZELAlgo::ZELAlgoConfig config = scanConfig(kSilencePeriodS);
     return {{"rules", std::move(rules)},
             {"fail_on", std::move(policy)},
             {"detectors",
@@ -48,7 +48,8 @@ Json settingsJson(const ScanOptions& options) {
               {"low_voice_level", number(config.low_voice_level)},
               {"high_voice_level", number(config.high_voice_level)},
               {"novoice_scale", number(config.novoice_scale)},
-              {"longtime_period_s", number(config.longtime_period_s)}}}};
+              {"silence_period_s", number(kSilencePeriodS)},
+              {"voice_period_s", number(kVoicePeriodS)}}}};
 }
 
 Json streamJson(const InputReport& report) {
