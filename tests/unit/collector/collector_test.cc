@@ -12,9 +12,7 @@
 
 namespace {
 
-using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::Pair;
 using ZEL::ZELInfoCollector;
 
 using Fields = std::map<std::string, std::string>;

@@ -17,10 +17,10 @@ constexpr Operation kPeriodic = &ZEL::ZELDataMonitor::reportPeriodic;
 constexpr Operation kPlaybackEnd = &ZEL::ZELDataMonitor::reportPlaybackEnd;
 
 // Error rates beside the two codes that RecentHealth adds.
-const std::string kNoCode = "0.500000";
-const std::string kCodeZero = "0.333333";
-const std::string kCodeError = "0.666667";
-const std::string kOneOfThree = "0.333333";
+constexpr const char* kNoCode = "0.500000";
+constexpr const char* kCodeZero = "0.333333";
+constexpr const char* kCodeError = "0.666667";
+constexpr const char* kOneOfThree = "0.333333";
 
 struct Row {
     ReportMap report;
