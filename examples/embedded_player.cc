@@ -1,0 +1,364 @@
+// Plays files one after another, without showing them, and watches itself doing so:
+//
+//     embedded_player FILE...
+//
+// Each playback has a session of its own, which sees every decoded picture and block of sound. Its verdicts
+// are printed as they come, once a second its report, with the player's own numbers in it. At the end the
+// health assessments sum up what the playbacks were like. FFmpeg decodes.
+#include <zel/player.h>
+
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <functional>
+#include <stdexcept>
+#include <thread>
+#include <utility>
+
+extern "C" {
+#include <libswresample/swresample.h>
+#include <libswscale/swscale.h>
+
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+}
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Seconds = std::chrono::duration<double>;
+
+std::string inMilliseconds(Clock::duration time) {
+    return std::to_string(Seconds(time).count() * 1000.0);
+}
+
+// ---- decoding, as any player has it ----
+
+struct Free {
+    void operator()(AVFormatContext* object) const { avformat_close_input(&object); }
+    void operator()(AVCodecContext* object) const { avcodec_free_context(&object); }
+    void operator()(AVPacket* object) const { av_packet_free(&object); }
+    void operator()(AVFrame* object) const { av_frame_free(&object); }
+    void operator()(SwsContext* object) const { sws_freeContext(object); }
+    void operator()(SwrContext* object) const { swr_free(&object); }
+};
+template <typename Object>
+using Handle = std::unique_ptr<Object, Free>;
+
+class MediaError : public std::runtime_error {
+  public:
+    explicit MediaError(int error_code) : std::runtime_error(reason(error_code)), code(error_code) {}
+    const int code;  // FFmpeg's, negative
+
+  private:
+    static std::string reason(int error_code) {
+        std::array<char, AV_ERROR_MAX_STRING_SIZE> text{};
+        av_strerror(error_code, text.data(), text.size());
+        return text.data();
+    }
+};
+
+int orThrow(int result) {
+    if (result < 0) {
+        throw MediaError(result);
+    }
+    return result;
+}
+
+/// The pictures and sounds of a file, in the order in which they are stored.
+class Media {
+  public:
+    using Sink = std::function<void(AVFrame& frame, AVMediaType type, double seconds)>;
+
+    explicit Media(const std::string& path) {
+        AVFormatContext* opened = nullptr;
+        orThrow(avformat_open_input(&opened, path.c_str(), nullptr, nullptr));
+        format_.reset(opened);
+        orThrow(avformat_find_stream_info(opened, nullptr));
+        for (const AVMediaType type : {AVMEDIA_TYPE_VIDEO, AVMEDIA_TYPE_AUDIO}) {
+            const AVCodec* codec = nullptr;
+            const int stream = av_find_best_stream(opened, type, -1, -1, &codec, 0);
+            if (stream >= 0) {
+                open(stream, codec);
+            }
+        }
+        if (decoders_.empty()) {
+            throw MediaError(AVERROR_STREAM_NOT_FOUND);
+        }
+    }
+
+    void decode(const Sink& sink) {
+        const Handle<AVPacket> packet(av_packet_alloc());
+        int error = 0;
+        while ((error = av_read_frame(format_.get(), packet.get())) >= 0) {
+            const auto decoder = decoders_.find(packet->stream_index);
+            if (decoder != decoders_.end()) {
+                decode(*decoder, packet.get(), sink);
+            }
+            av_packet_unref(packet.get());
+        }
+        for (auto& decoder : decoders_) {
+            decode(decoder, nullptr, sink);  // what is still inside
+        }
+        if (error != AVERROR_EOF) {
+            throw MediaError(error);
+        }
+    }
+
+    int64_t bytesRead() const { return format_->pb != nullptr ? format_->pb->bytes_read : 0; }
+
+  private:
+    using Decoders = std::map<int, Handle<AVCodecContext>>;  // by stream
+
+    void open(int stream, const AVCodec* codec) {
+        Handle<AVCodecContext> decoder(avcodec_alloc_context3(codec));
+        orThrow(avcodec_parameters_to_context(decoder.get(), format_->streams[stream]->codecpar));
+        orThrow(avcodec_open2(decoder.get(), codec, nullptr));
+        decoders_[stream] = std::move(decoder);
+    }
+
+    void decode(Decoders::value_type& decoder, const AVPacket* packet, const Sink& sink) {
+        auto& [stream, context] = decoder;
+        if (avcodec_send_packet(context.get(), packet) < 0) {
+            return;  // damaged: goes on with the next
+        }
+        while (avcodec_receive_frame(context.get(), frame_.get()) >= 0) {
+            const double unit = av_q2d(format_->streams[stream]->time_base);
+            sink(*frame_, context->codec_type, static_cast<double>(frame_->best_effort_timestamp) * unit);
+        }
+    }
+
+    Handle<AVFormatContext> format_;
+    Decoders decoders_;
+    const Handle<AVFrame> frame_{av_frame_alloc()};
+};
+
+/// Makes the library's frames of FFmpeg's.
+class Converter {
+  public:
+    /// I420 of even width and height.
+    std::shared_ptr<ZEL::VideoFrame> picture(AVFrame& frame) {
+        constexpr uint32_t kI420 = 2;
+        const int width = frame.width & ~1;
+        const int height = frame.height & ~1;
+        scaler_.reset(sws_getCachedContext(scaler_.release(), width, height,
+                                           static_cast<AVPixelFormat>(frame.format), width, height,
+                                           AV_PIX_FMT_YUV420P, SWS_BILINEAR, nullptr, nullptr, nullptr));
+        const auto luma = static_cast<size_t>(width) * static_cast<size_t>(height);
+        auto data = std::make_unique<uint8_t[]>(luma * 3 / 2);
+        const std::array<uint8_t*, 4> planes = {data.get(), data.get() + luma, data.get() + luma * 5 / 4};
+        const std::array<int, 4> strides = {width, width / 2, width / 2};
+        orThrow(
+            sws_scale(scaler_.get(), frame.data, frame.linesize, 0, height, planes.data(), strides.data()));
+        return std::make_shared<ZEL::VideoFrame>(kI420, std::move(data), width, height);
+    }
+
+    /// Interleaved 16-bit samples.
+    std::shared_ptr<ZEL::AudioFrame> sound(AVFrame& frame) {
+        if (resampler_ == nullptr) {
+            SwrContext* made = nullptr;
+            orThrow(swr_alloc_set_opts2(&made, &frame.ch_layout, AV_SAMPLE_FMT_S16, frame.sample_rate,
+                                        &frame.ch_layout, static_cast<AVSampleFormat>(frame.format),
+                                        frame.sample_rate, 0, nullptr));
+            resampler_.reset(made);
+            orThrow(swr_init(made));
+        }
+        const int channels = frame.ch_layout.nb_channels;
+        auto data = std::make_unique<int16_t[]>(static_cast<size_t>(frame.nb_samples) *
+                                                static_cast<size_t>(channels));
+        auto* const out = reinterpret_cast<uint8_t*>(data.get());
+        const int samples =
+            orThrow(swr_convert(resampler_.get(), const_cast<uint8_t**>(&out), frame.nb_samples,
+                                const_cast<const uint8_t**>(frame.extended_data), frame.nb_samples));
+        return std::make_shared<ZEL::AudioFrame>(0, std::move(data), static_cast<uint32_t>(samples),
+                                                 frame.sample_rate, channels);
+    }
+
+  private:
+    Handle<SwsContext> scaler_;
+    Handle<SwrContext> resampler_;
+};
+
+// ---- watching ----
+
+/// One line, whole, whichever thread prints.
+void print(const std::string& what, const ReportMap& fields) {
+    std::string line = what + ":";
+    for (const auto& [key, value] : fields) {
+        line.append(" ").append(key).append("=").append(value);
+    }
+    std::puts(line.c_str());
+}
+
+/// Prints every verdict that a session publishes. Called on the message centre's thread.
+class ResultPrinter : public ZEL::CObject {
+  public:
+    static std::shared_ptr<ResultPrinter> listenTo(ZEL::MessageCenter& center) {
+        auto printer = std::make_shared<ResultPrinter>();
+        center.registerListener("ZELMsgVideoFrameResult", printer,
+                                [](const auto& message) { print("picture", message->payload()); });
+        center.registerListener("ZELMsgAudioFrameResult", printer,
+                                [](const auto& message) { print("sound", message->payload()); });
+        return printer;
+    }
+};
+
+/// Stands for a player's remote configuration: nothing is switched.
+class Switches : public ZEL::ConfigAdapter {
+  public:
+    bool getBool(const std::string& /*key*/, bool default_value) override { return default_value; }
+    int32_t getInt(const std::string& /*key*/, int32_t default_value) override { return default_value; }
+};
+
+/// Plays one file at its own pace and reports how that went.
+class Playback {
+  public:
+    Playback(ZEL::ZELManager& manager, uint64_t source)
+        : manager_(manager),
+          source_(source),
+          session_(std::make_shared<ZEL::ZELSession>(manager.getMessageCenter())) {
+        ZELAlgo::ZELAlgoConfig config;
+        config.longtime_period_s = 1.0;
+        session_->setAlgoConfig(config);
+        session_->setPublishFrameResults(true);
+        session_->start();
+        manager_.registerSession(session_);
+        heartbeat();
+    }
+
+    ~Playback() {
+        session_->stop();
+        manager_.unregisterSession(session_->getSessionId());
+    }
+    Playback(const Playback&) = delete;
+    Playback& operator=(const Playback&) = delete;
+
+    void run(const std::string& path) {
+        int error_code = 0;
+        try {
+            Media media(path);
+            media.decode([&](AVFrame& frame, AVMediaType type, double seconds) {
+                decoding_ms_.push_back(
+                    static_cast<float>(Seconds(Clock::now() - idle_until_).count() * 1000.0));
+                waitUntil(seconds);
+                if (type == AVMEDIA_TYPE_VIDEO) {
+                    session_->feedVideoFrame(converter_.picture(frame), 0);
+                    first_picture_ = std::min(first_picture_, Clock::now());
+                } else {
+                    session_->feedAudioFrame(converter_.sound(frame), 0);
+                }
+                if (Clock::now() - last_report_ >= std::chrono::seconds(1)) {
+                    reportPeriodic(media.bytesRead());
+                }
+                idle_until_ = Clock::now();
+            });
+            std::this_thread::sleep_for(kLastPicture);  // stopping drops what is not examined yet
+            reportPeriodic(media.bytesRead());
+        } catch (const MediaError& error) {
+            std::fprintf(stderr, "%s: %s\n", path.c_str(), error.what());
+            error_code = error.code;
+        }
+        reportEnd(error_code);
+    }
+
+  private:
+    /// Sleeps until a frame of this time is due. Being late by more than a tenth of a second is a stall,
+    /// after which playback goes on from there.
+    void waitUntil(double seconds) {
+        const auto position = std::chrono::duration_cast<Clock::duration>(Seconds(seconds));
+        if (started_ == Clock::time_point()) {
+            started_ = Clock::now() - position;
+        }
+        const Clock::duration late = Clock::now() - (started_ + position);
+        if (late > std::chrono::milliseconds(100)) {
+            stalled_ += late;
+            started_ += late;
+        }
+        std::this_thread::sleep_until(started_ + position);
+    }
+
+    /// The player's numbers go in by the session's token, and come out in the session's report.
+    void heartbeat() {
+        ReportMap report;
+        session_->getHeartbeatInfo(report);
+        token_ = std::stoull(report.at("zel_token"));
+        print("heartbeat", report);
+    }
+
+    void reportPeriodic(int64_t bytes_read) {
+        const std::map<std::string, int64_t> sums = {{"player_bytes", bytes_read - bytes_reported_}};
+        const std::string series = "player_decoding_ms";
+        zel_collect_accumulative_data_for_session_v2(token_, &sums);
+        zel_collect_serial_data_for_session_v2(token_, &series, decoding_ms_.data(), decoding_ms_.size());
+        heartbeat();
+        const Clock::time_point now = Clock::now();
+        manager_.reportPeriodic(source_,
+                                {{"play_scenario", kOnDemand},
+                                 {"recv_bytes", std::to_string(bytes_read - bytes_reported_)},
+                                 {"zel_time_interval", std::to_string(Seconds(now - last_report_).count())}});
+        bytes_reported_ = bytes_read;
+        decoding_ms_.clear();
+        last_report_ = now;
+    }
+
+    void reportEnd(int error_code) {
+        const Clock::duration played = Clock::now() - opened_;
+        ReportMap report = {{"play_scenario", kOnDemand},
+                            {"error_code", std::to_string(error_code)},
+                            {"quit_time", inMilliseconds(played)},
+                            {"play_time", inMilliseconds(played)},
+                            {"abnormal_total_time", inMilliseconds(stalled_)}};
+        if (first_picture_ != Clock::time_point::max()) {
+            report["first_frame_rendering_time"] = inMilliseconds(first_picture_ - opened_);
+        }
+        print("playback", report);
+        print("session", session_->getAccumulativeInfo());
+        manager_.reportPlaybackEnd(source_, std::move(report));
+    }
+
+    static constexpr const char* kOnDemand = "2";
+    static constexpr std::chrono::milliseconds kLastPicture{100};
+
+    ZEL::ZELManager& manager_;
+    const uint64_t source_;
+    const std::shared_ptr<ZEL::ZELSession> session_;
+    uint64_t token_ = 0;
+    Converter converter_;
+    std::vector<float> decoding_ms_;
+    int64_t bytes_reported_ = 0;
+
+    const Clock::time_point opened_ = Clock::now();
+    Clock::time_point started_;  // when time 0 of the file was due
+    Clock::time_point first_picture_ = Clock::time_point::max();
+    Clock::time_point last_report_ = opened_;
+    Clock::time_point idle_until_ = opened_;  // decoding takes the time from here to the next frame
+    Clock::duration stalled_{};
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc < 2) {
+        std::fprintf(stderr, "usage: %s FILE...\n", argv[0]);
+        return 2;
+    }
+    av_log_set_level(AV_LOG_ERROR);
+    ZEL::setLogSink(
+        [](const char* text, size_t length, void* /*context*/) { std::fwrite(text, 1, length, stderr); },
+        nullptr);
+    ZEL::ZELManager& manager = ZEL::ZELManager::getInstance();
+    manager.setConfigAdapter(std::make_shared<Switches>());
+    manager.initDataMonitors();
+    manager.start();
+    const auto printer = ResultPrinter::listenTo(*manager.getMessageCenter());
+
+    for (int i = 1; i < argc; ++i) {
+        Playback(manager, static_cast<uint64_t>(i)).run(argv[i]);
+    }
+    manager.getMessageCenter()->unregisterListener("ZELMsgVideoFrameResult", printer);
+    manager.getMessageCenter()->unregisterListener("ZELMsgAudioFrameResult", printer);
+    for (const char* assessment : {"RecentPlayerFF", "RefNetSpeed", "PlayerErrorRate", "PlayerBufferRate"}) {
+        print("assessment", ZEL::ZELHA::getInstance().evaluate(assessment));
+    }
+    return 0;
+}

@@ -1,0 +1,81 @@
+// Runs the example as its user does and reads what it prints.
+#include <array>
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "support/clip.h"
+
+namespace {
+
+using Fields = std::map<std::string, std::string>;
+
+/// The lines "what: key=value ..." by what they are about.
+std::multimap<std::string, Fields> play(const std::string& arguments) {
+    const std::string command = std::string(ZEL_EMBEDDED_PLAYER) + " " + arguments + " 2>/dev/null";
+    const std::unique_ptr<FILE, int (*)(FILE*)> output(popen(command.c_str(), "r"), &pclose);
+    std::multimap<std::string, Fields> lines;
+    std::array<char, 4096> line{};
+    while (std::fgets(line.data(), line.size(), output.get()) != nullptr) {
+        std::istringstream words(line.data());
+        std::string what;
+        words >> what;
+        Fields fields;
+        for (std::string word; words >> word;) {
+            const size_t equals = word.find('=');
+            fields[word.substr(0, equals)] = word.substr(equals + 1);
+        }
+        lines.emplace(what, fields);
+    }
+    return lines;
+}
+
+long sumOf(const std::multimap<std::string, Fields>& lines, const std::string& what, const std::string& key) {
+    long sum = 0;
+    for (auto [line, end] = lines.equal_range(what); line != end; ++line) {
+        const auto field = line->second.find(key);
+        sum += field != line->second.end() ? std::stol(field->second) : 0;
+    }
+    return sum;
+}
+
+TEST(EmbeddedPlayer, PlaysAFileAndTellsHowItWent) {
+    const support::ScratchDir scratch;
+    const std::string clip = scratch.file("clip.mp4");
+    support::ffmpeg(
+        "-f lavfi -i color=black:s=160x90:r=25:d=1 -f lavfi -i testsrc2=s=160x90:r=25:d=1 "
+        "-f lavfi -i sine=440:r=48000:d=2 -filter_complex '[0][1]concat[v]' -map '[v]' -map 2 "
+        "-c:v libx264 -c:a aac",
+        clip);
+    const auto lines = play("'" + clip + "' '" + scratch.file("missing.mp4") + "'");
+
+    // Every picture is counted; under load some may be dropped before they are examined.
+    EXPECT_EQ(sumOf(lines, "heartbeat:", "zel_vframes"), 50);
+    EXPECT_EQ(sumOf(lines, "session:", "zel_vframes"), 50);
+    EXPECT_LE(lines.count("picture:"), 50U);
+    const long black = sumOf(lines, "picture:", "screen_type");
+    EXPECT_GT(black, 0);
+    EXPECT_LE(black, 25);
+    EXPECT_GE(lines.count("sound:"), 1U);
+    EXPECT_EQ(sumOf(lines, "sound:", "is_mute"), 0);
+
+    // What went in by the token came out in the session's reports.
+    EXPECT_GE(sumOf(lines, "heartbeat:", "player_bytes"), static_cast<long>(support::readFile(clip).size()));
+    EXPECT_GT(sumOf(lines, "heartbeat:", "player_decoding_ms_cnt"), 50);
+
+    std::map<std::string, Fields> assessments;
+    for (auto [line, end] = lines.equal_range("assessment:"); line != end; ++line) {
+        assessments[line->second.at("metric")] = line->second;
+    }
+    EXPECT_GE(std::stod(assessments["RecentPlayerFF"]["recent_ff_vod"]), 1.0);
+    EXPECT_GT(std::stod(assessments["RefNetSpeed"]["recent_vod_max"]), 0.0);
+    EXPECT_EQ(assessments["PlayerErrorRate"]["recent_error_rate"], "0.500000");  // one of the two is missing
+    EXPECT_EQ(assessments["PlayerBufferRate"]["version"], "1");
+}
+
+}  // namespace
