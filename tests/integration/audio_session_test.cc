@@ -9,6 +9,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/random.h"
 #include "support/rendered_sound.h"
 #include "support/sound.h"
 #include "support/wait.h"
@@ -211,6 +212,21 @@ TEST_F(AudioSession, MixesChannelsDownBeforeItListens) {
     const std::string level = heartbeat("zel_audio_level");
     play(ten_seconds);
     EXPECT_EQ(heartbeat("zel_audio_level"), level);
+}
+
+TEST_F(AudioSession, TakesAnyRateFrameLengthAndChannelCount) {
+    support::Random random(1);
+    for (const int32_t sample_rate : {1, 99, 8000, 192'000, INT32_MAX}) {
+        session_->stop();
+        session_->start();  // with fresh detectors, which take their rate from the first frame
+        for (int32_t channels = 1; channels <= 8; ++channels) {
+            for (const size_t frame : {1U, 441U, 23'999U, 65'536U}) {
+                play(support::hiss(random, INT16_MAX, 2 * frame * static_cast<size_t>(channels)), frame,
+                     channels, sample_rate);
+            }
+        }
+    }
+    EXPECT_EQ(heartbeat("zel_aframes"), std::to_string(fed_));
 }
 
 TEST_F(AudioSession, ClosesPeriodsOnFramesThatDoNotDivideIntoChunks) {
