@@ -23,7 +23,7 @@ void mixAny(const int16_t* interleaved, size_t samples, int32_t channels, int16_
 
 const int16_t* mixedDown(const AudioFrame& frame, std::vector<int16_t>& buffer) {
     const int16_t* const interleaved = frame.data.get();
-    if (frame.channels == 1) {
+    if (frame.channels == 1 || interleaved == nullptr) {
         return interleaved;
     }
     assert(frame.channels > 1);

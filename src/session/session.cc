@@ -118,11 +118,13 @@ void ZELSession::onFrameResult(const Message& message) {
 }
 
 bool ZELSession::feedVideoFrame(std::shared_ptr<VideoFrame> frame, int64_t /*index*/) {
-    return frame != nullptr && parts_->enqueue(std::move(frame), &AlgoStat::vframes, &AlgoStat::vframes_time);
+    return frame != nullptr && frame->width > 0 && frame->height > 0 &&
+           parts_->enqueue(std::move(frame), &AlgoStat::vframes, &AlgoStat::vframes_time);
 }
 
 bool ZELSession::feedAudioFrame(std::shared_ptr<AudioFrame> frame, int64_t /*index*/) {
-    return frame != nullptr && parts_->enqueue(std::move(frame), &AlgoStat::aframes, &AlgoStat::aframes_time);
+    return frame != nullptr && frame->sample_rate > 0 && frame->channels > 0 &&
+           parts_->enqueue(std::move(frame), &AlgoStat::aframes, &AlgoStat::aframes_time);
 }
 
 bool ZELSession::Parts::enqueue(ZELTask task, uint64_t AlgoStat::*frames, double AlgoStat::*time) {

@@ -155,11 +155,27 @@ TEST_F(Session, TellsItsListenerOfResultsWhileSubscribed) {
     EXPECT_EQ(listener.use_count(), 1);
 }
 
-TEST_F(Session, RefusesNoFrameAndOutlivesItsCentre) {
+TEST_F(Session, RefusesWhatIsNoFrame) {
     EXPECT_FALSE(session_->feedVideoFrame(nullptr, 0));
+    EXPECT_FALSE(session_->feedVideoFrame(std::make_shared<ZEL::VideoFrame>(2, nullptr, -1, 8), 0));
     EXPECT_FALSE(session_->feedAudioFrame(nullptr, 0));
+    EXPECT_FALSE(session_->feedAudioFrame(std::make_shared<ZEL::AudioFrame>(0, nullptr, 1, 48000, 0), 0));
     EXPECT_EQ(heartbeat().at("zel_vframes"), "0");
+    EXPECT_EQ(heartbeat().at("zel_aframes"), "0");
+}
 
+TEST_F(Session, CountsFramesWithoutDataAndFindsNothingInThem) {
+    session_->start();
+    EXPECT_TRUE(session_->feedAudioFrame(std::make_shared<ZEL::AudioFrame>(0, nullptr, 480, 48000, 2), 0));
+    EXPECT_TRUE(session_->feedVideoFrame(std::make_shared<ZEL::VideoFrame>(2, nullptr, 16, 8), 0));
+    ASSERT_TRUE(examined_.waitFor(1));
+    const ReportMap report = heartbeat();
+    EXPECT_EQ(report.at("zel_vframes"), "1");
+    EXPECT_EQ(report.at("zel_aframes"), "1");
+    EXPECT_EQ(report.size(), 7U);
+}
+
+TEST_F(Session, OutlivesItsCentre) {
     auto center = std::make_shared<ZEL::MessageCenter>();
     const auto session = std::make_shared<ZEL::ZELSession>(center);
     session->setPublishFrameResults(true);
