@@ -20,7 +20,9 @@ class Message : public CObject {
     /// A message to or about `target`. Throws std::bad_weak_ptr if that object is gone.
     Message(std::string name, ReportMap payload, const std::weak_ptr<CObject>& target);
 
+    /// What listeners register for.
     const std::string& name() const { return name_; }
+    /// The fields; empty in all copies but the first listener's, and in a message that was delivered.
     const ReportMap& payload() const { return payload_; }
 
     /// The object that this message is for; null while the message is being published.

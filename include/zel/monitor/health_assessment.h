@@ -16,6 +16,7 @@ class ZELHA : public CObject {
     /// The one of this process; made on first use and never destroyed.
     static ZELHA& getInstance();
 
+    /// One without samples, apart from the process's.
     ZELHA();
     ~ZELHA() override;
 

@@ -33,6 +33,7 @@ class ZELManager : public CObject, public ZELDataMonitor {
     /// Stops the message centre.
     ~ZELManager() override;
 
+    /// The centre that sessions publish to; never null, and stopped when the manager goes.
     std::shared_ptr<MessageCenter> getMessageCenter();
 
     /// Where remote switches are read, here and in ZELHA::getInstance().
@@ -52,6 +53,8 @@ class ZELManager : public CObject, public ZELDataMonitor {
 
     /// Makes a session known by its id, in place of any other with that id. Null is ignored.
     void registerSession(const std::shared_ptr<ZELSession>& session);
+
+    /// Makes a session unknown again. A session that ends does so itself, with the manager of this process.
     void unregisterSession(int64_t session_id);
 
     /// Feeds the session's collector called `name`. False if the session is not registered or gone, or has no

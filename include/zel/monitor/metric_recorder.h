@@ -10,6 +10,7 @@ namespace ZEL {
 /// Each query drops the expired samples first and answers 0 if none is left.
 class MetricRecorder {
   public:
+    /// An empty series whose samples count for `ttl_seconds`; none does if that is not above 0.
     explicit MetricRecorder(int ttl_seconds);
 
     /// Adds a sample taken now. Nothing is dropped here: a series that is recorded but never queried grows by

@@ -210,6 +210,14 @@ TEST_F(MessageCenterTest, StopWaitsForTheCallbackAndDropsTheRest) {
     EXPECT_EQ(owner.use_count(), 1);
 }
 
+TEST_F(MessageCenterTest, NoticesThatItIsStoppedOnlyAtANamesSecondListener) {
+    center.stop();
+    center.registerListener("a", owner, note("first"));
+    center.registerListener("a", other, note("second"));
+    EXPECT_EQ(owner.use_count(), 2);
+    EXPECT_EQ(other.use_count(), 1);
+}
+
 TEST_F(MessageCenterTest, StopOnTheDeliveryThreadEndsDeliveryButCannotWait) {
     std::promise<std::error_code> refused;
     center.registerListener("a", owner, [&](const auto& received) {
