@@ -78,8 +78,9 @@ class Media {
         for (const AVMediaType type : {AVMEDIA_TYPE_VIDEO, AVMEDIA_TYPE_AUDIO}) {
             const AVCodec* codec = nullptr;
             const int stream = av_find_best_stream(opened, type, -1, -1, &codec, 0);
-            if (stream >= 0) {
+            if (stream >= 0 && (opened->streams[stream]->disposition & AV_DISPOSITION_ATTACHED_PIC) == 0) {
                 open(stream, codec);
+                has_pictures_ = has_pictures_ || type == AVMEDIA_TYPE_VIDEO;
             }
         }
         if (decoders_.empty()) {
@@ -105,6 +106,7 @@ class Media {
         }
     }
 
+    bool hasPictures() const { return has_pictures_; }
     int64_t bytesRead() const { return format_->pb != nullptr ? format_->pb->bytes_read : 0; }
 
   private:
@@ -130,6 +132,7 @@ class Media {
 
     Handle<AVFormatContext> format_;
     Decoders decoders_;
+    bool has_pictures_ = false;
     const Handle<AVFrame> frame_{av_frame_alloc()};
 };
 
@@ -240,7 +243,9 @@ class Playback {
             media.decode([&](AVFrame& frame, AVMediaType type, double seconds) {
                 decoding_ms_.push_back(
                     static_cast<float>(Seconds(Clock::now() - idle_until_).count() * 1000.0));
-                waitUntil(seconds);
+                if (type == AVMEDIA_TYPE_VIDEO || !media.hasPictures()) {
+                    waitUntil(seconds);
+                }
                 if (type == AVMEDIA_TYPE_VIDEO) {
                     session_->feedVideoFrame(converter_.picture(frame), 0);
                     first_picture_ = std::min(first_picture_, Clock::now());
@@ -262,8 +267,9 @@ class Playback {
     }
 
   private:
-    /// Sleeps until a frame of this time is due. Being late by more than a tenth of a second is a stall,
-    /// after which playback goes on from there.
+    /// Sleeps until a picture of this time is due; sound goes along with the pictures, and sets the pace only
+    /// if there are none. Being late by more than a tenth of a second is a stall, after which playback goes
+    /// on from there.
     void waitUntil(double seconds) {
         const auto position = std::chrono::duration_cast<Clock::duration>(Seconds(seconds));
         if (started_ == Clock::time_point()) {
