@@ -39,7 +39,7 @@ function factsText({ stream }) {
   const parts = [container];
   if (video) {
     const rate = video.frame_rate ? ` at ${Number(video.frame_rate.toPrecision(4))} fps` : "";
-    parts.push(`${video.codec} ${video.width}×${video.height}${rate}`);
+    parts.push(`${video.codec} ${video.width}\u00d7${video.height}${rate}`);
   }
   if (audio) {
     parts.push(`${audio.codec} ${audio.sample_rate} Hz, ${audio.channels} channel${audio.channels === 1 ? "" : "s"}`);
@@ -48,7 +48,7 @@ function factsText({ stream }) {
   if (stream.damaged > 0) {
     parts.push(`${stream.damaged} damaged packets or frames`);
   }
-  return parts.filter(Boolean).join(" · ");
+  return parts.filter(Boolean).join(" \u00b7 ");
 }
 
 function showVerdict({ verdict, violations, problem }) {
