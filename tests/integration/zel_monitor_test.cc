@@ -154,6 +154,12 @@ TEST(ZelMonitor, CountsBlackAndGreenStretchesOfARealFile) {
     EXPECT_EQ(251, objects.back().at("zel_vframes"));
     EXPECT_EQ(100, objects.back().at("zel_black_cnt"));
     EXPECT_EQ(0, objects.back().at("damaged"));
+    const json& health = objects.back().at("assessments");
+    EXPECT_EQ(4U, health.size());
+    EXPECT_GT(health.at("RecentPlayerFF").at("recent_ff_vod"), 0);
+    EXPECT_GT(health.at("RefNetSpeed").at("recent_vod_max"), 0);
+    EXPECT_EQ(0, health.at("PlayerErrorRate").at("count"));
+    EXPECT_EQ(0, health.at("PlayerBufferRate").at("count"));
 }
 
 TEST(ZelMonitor, HeedsTheSound) {

@@ -29,6 +29,12 @@ Json valueOf(const std::string& text) {
     return text;
 }
 
+void addFields(const ReportMap& report, Json& object) {
+    for (const auto& [key, value] : report) {
+        object[key] = valueOf(value);
+    }
+}
+
 Json objectFor(std::string_view name, const ReportEvent& event) {
     Json object = {{"event", name},
                    {"time", utcText(event.time)},
@@ -36,9 +42,7 @@ Json objectFor(std::string_view name, const ReportEvent& event) {
     if (!event.caption.empty()) {
         object["shown"] = event.caption;
     }
-    for (const auto& [key, value] : event.report) {
-        object[key] = valueOf(value);
-    }
+    addFields(event.report, object);
     return object;
 }
 
@@ -51,10 +55,13 @@ class JsonWriter : public ReportWriter {
 
     void heartbeat(const ReportEvent& event) override { write(objectFor("heartbeat", event)); }
 
-    void finalReport(const ReportEvent& event, const MediaCounts& counts) override {
+    void finalReport(const ReportEvent& event, const Ending& ending) override {
         Json object = objectFor("final", event);
-        object["bytes_read"] = counts.bytes_read;
-        object["damaged"] = counts.damaged;
+        object["bytes_read"] = ending.counts.bytes_read;
+        object["damaged"] = ending.counts.damaged;
+        for (const auto& [name, answer] : ending.assessments) {
+            addFields(answer, object["assessments"][name]);
+        }
         write(object);
     }
 

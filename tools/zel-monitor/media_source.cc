@@ -83,7 +83,7 @@ class MediaSource::Reader {
 
     MediaCounts counts() const {
         MediaCounts counts = counts_;
-        if (format_->pb != nullptr) {
+        if (format_->pb != nullptr) {  // else counted by packets: the format opens what it reads itself
             counts.bytes_read = static_cast<uint64_t>(std::max<int64_t>(format_->pb->bytes_read, 0));
         }
         return counts;
@@ -210,6 +210,7 @@ class MediaSource::Reader {
             ended_ = true;
             return;
         }
+        counts_.bytes_read += static_cast<uint64_t>(packet_->size);
         for (Track* const track : {&video_, &audio_}) {
             if (*track && track->stream->index == packet_->stream_index) {
                 decode(*track, packet_.get());

@@ -28,6 +28,7 @@ Pacer::TimePoint Pacer::due(double stream_time, TimePoint now) {
         if (now - due <= kMostLate) {
             return due;
         }
+        stalled_ += now - due;
     }
     tie_ = {.stream_time = stream_time, .wall_time = now};
     return now;

@@ -19,6 +19,9 @@ class Pacer {
     /// When the item at `stream_time` seconds, which is at hand `now`, is due.
     TimePoint due(double stream_time, TimePoint now);
 
+    /// How late items were, in all, when the input could not keep up.
+    std::chrono::duration<double> stalled() const { return stalled_; }
+
   private:
     struct Tie {
         double stream_time;
@@ -28,6 +31,7 @@ class Pacer {
     double speed_;
     std::optional<Tie> tie_;
     double latest_ = 0;  ///< furthest stream time so far
+    std::chrono::duration<double> stalled_{0};
 };
 
 /// Sleeps until `due`; returns early, within a tenth of a second, once `stop` is set.

@@ -14,7 +14,7 @@ enum class FieldKind {
 
 /// One figure of a report and how people are shown it.
 struct ReportField {
-    std::string_view key;
+    const char* key;
     std::string_view heading;  ///< of a table column
     std::string_view name;     ///< in the final report
     FieldKind kind;
@@ -38,6 +38,20 @@ inline constexpr std::array kReportFields = {
     ReportField{"zel_voice_level_longtime", "speech", "level of the voice", FieldKind::kLevel, false},
     ReportField{"zel_voice_scale_longtime", "share", "share of voice, whole number", FieldKind::kLevel,
                 false},
+};
+
+/// The figure of a health assessment that people are shown; missing when it is 0.
+struct AssessmentField {
+    const char* assessment;
+    const char* key;
+    std::string_view name;
+};
+
+inline constexpr std::array kAssessmentFields = {
+    AssessmentField{"RecentPlayerFF", "recent_ff", "ms from opening to the first picture"},
+    AssessmentField{"RefNetSpeed", "recent_max", "bytes per second read, at best"},
+    AssessmentField{"PlayerBufferRate", "avg_bufms_ps", "ms stalled per second of play"},
+    AssessmentField{"PlayerErrorRate", "recent_error_rate", "share of playbacks that ended in an error"},
 };
 
 }  // namespace zel_monitor

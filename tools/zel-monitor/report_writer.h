@@ -9,6 +9,7 @@
 
 #include "console.h"
 #include "media_source.h"
+#include "playback.h"
 
 namespace zel_monitor {
 
@@ -18,6 +19,12 @@ struct ReportEvent {
     std::chrono::system_clock::time_point time;
     double position;      ///< stream time fed so far, seconds
     std::string caption;  ///< what the stream shows now, if the source knows it
+};
+
+/// What is known only at the end.
+struct Ending {
+    MediaCounts counts;
+    Assessments assessments;  ///< of the playback itself
 };
 
 /// Brings what happens to standard output. `begin` comes first; reports come on any thread, one at a time.
@@ -32,8 +39,8 @@ class ReportWriter {
     /// What a source that knows it shows from `position` seconds on. While heartbeats may arrive.
     virtual void caption(double position, const std::string& text) = 0;
     virtual void heartbeat(const ReportEvent& event) = 0;
-    /// The whole-life report at the end, and what came out of the input.
-    virtual void finalReport(const ReportEvent& event, const MediaCounts& counts) = 0;
+    /// The whole-life report.
+    virtual void finalReport(const ReportEvent& event, const Ending& ending) = 0;
 };
 
 /// One JSON object per report and line, and nothing else.

@@ -1,3 +1,5 @@
+#include <zel/collector/info_collector.h>
+
 #include <algorithm>
 #include <fmt/format.h>
 #include <set>
@@ -45,6 +47,11 @@ std::string describe(const MediaFacts& facts) {
     return text;
 }
 
+/// Three significant digits at least, and no exponent.
+std::string figure(double value) {
+    return fmt::format("{:.{}f}", value, value == 0 || value >= 100 ? 0 : value >= 1 ? 1 : 3);
+}
+
 class TextWriter : public ReportWriter {
   public:
     explicit TextWriter(Console& console) : console_(console) {}
@@ -73,16 +80,24 @@ class TextWriter : public ReportWriter {
         console_.line(row);
     }
 
-    void finalReport(const ReportEvent& event, const MediaCounts& counts) override {
+    void finalReport(const ReportEvent& event, const Ending& ending) override {
         console_.line("");
         console_.line(fmt::format("Stopped at {}. In all:", clockText(event.position)));
         for (const ReportField& field : fields_) {
-            if (const auto value = event.report.find(field.key.data()); value != event.report.end()) {
+            if (const auto value = event.report.find(field.key); value != event.report.end()) {
                 console_.line(fmt::format("{:>10}  {}", value->second, field.name));
             }
         }
-        if (counts.damaged > 0) {
-            console_.line(fmt::format("{:>10}  damaged packets or frames in the input", counts.damaged));
+        if (ending.counts.damaged > 0) {
+            console_.line(
+                fmt::format("{:>10}  damaged packets or frames in the input", ending.counts.damaged));
+        }
+        for (const AssessmentField& field : kAssessmentFields) {
+            if (const auto answer = ending.assessments.find(field.assessment);
+                answer != ending.assessments.end()) {
+                console_.line(fmt::format(
+                    "{:>10}  {}", figure(ZEL::getDouble(answer->second, field.key, 0.0)), field.name));
+            }
         }
         console_.line("The first of each kind starts its counter at 0; later ones raise it.");
     }
@@ -107,7 +122,7 @@ class TextWriter : public ReportWriter {
     /// A figure in its column. What has risen carries a plus sign; a counter's first event, which does not
     /// raise it, reads "first".
     std::string cell(const ReportField& field, const ReportMap& report) {
-        const auto value = report.find(field.key.data());
+        const auto value = report.find(field.key);
         if (value == report.end()) {
             return fmt::format("{:>{}}", kNotSeen, widthOf(field));
         }

@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <chrono>
+#include <optional>
 #include <variant>
 
 #include "demo_source.h"
 #include "host.h"
 #include "media_source.h"
 #include "pacer.h"
+#include "playback.h"
 #include "progress.h"
 #include "report_writer.h"
 
@@ -25,6 +27,7 @@ class Watch {
     Watch(const WatchOptions& options, Console& console, const std::atomic<bool>& stop)
         : console_(console),
           stop_(stop),
+          playback_(steady_clock::now()),
           source_(openInput(options.input, {.audio = options.audio, .interrupted = &stop})),
           writer_(options.json ? makeJsonWriter(console) : makeTextWriter(console)),
           has_captions_(options.input == kDemoInput),
@@ -34,23 +37,24 @@ class Watch {
                 [this](const ReportMap& report) { take(report); }) {}
 
     int run() {
+        playback_.setScenario(source_.facts().duration ? Playback::Scenario::kOnDemand
+                                                       : Playback::Scenario::kLive);
         writer_->begin(source_.facts());
         host_.start();
-        int status = kExitDone;
-        std::string failure;
+        std::optional<MediaError> failure;
         try {
             play();
-            sleepUntil(steady_clock::now() + kLastPicture, stop_);
         } catch (const MediaError& error) {
-            failure = error.what();
-            status = kExitStream;
+            failure = error;
         }
+        playback_.end(steady_clock::now(), failure ? failure->code() : 0, pacer_.stalled());
+        sleepUntil(steady_clock::now() + kLastPicture, stop_);
         console_.status("");
         host_.stop();
-        if (status != kExitDone) {
-            console_.error(failure);
+        if (failure) {
+            console_.error(failure->what());
         }
-        return status;
+        return failure ? kExitStream : kExitDone;
     }
 
   private:
@@ -62,6 +66,7 @@ class Watch {
             }
             std::visit([this](const auto& content) { host_.feed(content); }, *item);
             position_.store(std::max(position_.load(), timeOf(*item)));
+            playback_.shown(steady_clock::now(), source_.counts().bytes_read);
             if (has_captions_) {
                 showCaption(timeOf(*item));
             }
@@ -96,12 +101,13 @@ class Watch {
         if (report.contains("zel_heartbeat_seq")) {
             writer_->heartbeat(event);
         } else {
-            writer_->finalReport(event, source_.counts());
+            writer_->finalReport(event, {.counts = source_.counts(), .assessments = Playback::assess()});
         }
     }
 
     Console& console_;
     const std::atomic<bool>& stop_;
+    Playback playback_;  ///< begins before the source is opened
     MediaSource source_;
     std::unique_ptr<ReportWriter> writer_;
     bool has_captions_;

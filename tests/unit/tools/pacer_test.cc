@@ -37,7 +37,9 @@ TEST(Pacer, TiesAnewAfterAJumpAndWhenTheInputCouldNotKeepUp) {
     EXPECT_EQ(45, dueAfter(pacer, 3600.04, 6));
     EXPECT_EQ(50, dueAfter(pacer, 0.0, 50));
     EXPECT_EQ(90, dueAfter(pacer, 0.04, 51));
+    EXPECT_EQ(0.0, pacer.stalled().count());
     EXPECT_EQ(2000, dueAfter(pacer, 0.08, 2000));
+    EXPECT_NEAR(1.87, pacer.stalled().count(), 1e-9);
     EXPECT_EQ(2040, dueAfter(pacer, 0.12, 2001)) << "no hurry to make up for a stall";
 }
 

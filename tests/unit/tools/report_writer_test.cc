@@ -65,7 +65,10 @@ TEST(JsonWriter, WritesOneObjectPerReportWithNumbersAsNumbers) {
         ReportEvent event = eventFor(report, 1.9600000000000004);
         event.caption = "black";
         writer->heartbeat(event);
-        writer->finalReport(eventFor({{"zel_vframes", "7"}}, 2.0), {.bytes_read = 10, .damaged = 1});
+        writer->finalReport(
+            eventFor({{"zel_vframes", "7"}}, 2.0),
+            {.counts = {.bytes_read = 10, .damaged = 1},
+             .assessments = {{"RecentPlayerFF", {{"recent_ff", "12.500000"}, {"count", "1"}}}}});
     });
     ASSERT_EQ(2U, lines.size());
     EXPECT_EQ(nlohmann::json::parse(lines[0]), nlohmann::json({{"event", "heartbeat"},
@@ -76,12 +79,14 @@ TEST(JsonWriter, WritesOneObjectPerReportWithNumbersAsNumbers) {
                                                                {"zel_token", 94045296714000},
                                                                {"zel_vframes_time", 0.0012},
                                                                {"remark", "1 of \"2\""}}));
-    EXPECT_EQ(nlohmann::json::parse(lines[1]), nlohmann::json({{"event", "final"},
-                                                               {"time", "2023-11-14T22:13:20.042Z"},
-                                                               {"position", 2.0},
-                                                               {"zel_vframes", 7},
-                                                               {"bytes_read", 10},
-                                                               {"damaged", 1}}));
+    EXPECT_EQ(nlohmann::json::parse(lines[1]),
+              nlohmann::json({{"event", "final"},
+                              {"time", "2023-11-14T22:13:20.042Z"},
+                              {"position", 2.0},
+                              {"zel_vframes", 7},
+                              {"bytes_read", 10},
+                              {"damaged", 1},
+                              {"assessments", {{"RecentPlayerFF", {{"recent_ff", 12.5}, {"count", 1}}}}}}));
 }
 
 TEST(TextWriter, SetsOffWhatHasRisenAndTheFirstOfAKind) {
@@ -91,7 +96,10 @@ TEST(TextWriter, SetsOffWhatHasRisenAndTheFirstOfAKind) {
         writer->heartbeat(eventFor({{"zel_vframes", "125"}, {"zel_black_cnt", "0"}}, 5));
         writer->heartbeat(eventFor(
             {{"zel_vframes", "125"}, {"zel_black_cnt", "0"}, {"zel_greenscreen_cnt", "3"}}, 3665.04));
-        writer->finalReport(eventFor({{"zel_vframes", "250"}, {"zel_greenscreen_cnt", "3"}}, 3665.04), {});
+        writer->finalReport(
+            eventFor({{"zel_vframes", "250"}, {"zel_greenscreen_cnt", "3"}}, 3665.04),
+            {.counts = {.damaged = 2},
+             .assessments = {{"RecentPlayerFF", {{"recent_ff", "12.500000"}}}, {"RefNetSpeed", {}}}});
     });
     EXPECT_EQ("clip: h264 320x180 25 fps, 0:01:05.3", lines[0]);
     EXPECT_THAT(wordsOf(lines[1]),
@@ -101,6 +109,9 @@ TEST(TextWriter, SetsOffWhatHasRisenAndTheFirstOfAKind) {
     EXPECT_EQ(lines[1].size(), lines[3].size()) << "figures stand under their headings";
     EXPECT_THAT(lines, testing::Contains("       250  pictures fed"));
     EXPECT_THAT(lines, testing::Contains("         3  green pictures"));
+    EXPECT_THAT(lines, testing::Contains("         2  damaged packets or frames in the input"));
+    EXPECT_THAT(lines, testing::Contains("      12.5  ms from opening to the first picture"));
+    EXPECT_THAT(lines, testing::Contains("         0  bytes per second read, at best"));
     EXPECT_THAT(lines, testing::Each(Not(HasSubstr("\033"))));
 }
 
