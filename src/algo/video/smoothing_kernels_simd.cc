@@ -34,30 +34,6 @@ struct RowEnds {
     uint8_t* after[kMargin];
 };
 
-void findRowEnds(const GaussianKernel& kernel, const uint8_t* source, size_t stride, size_t width,
-                 size_t height, const RowEnds& ends) {
-    for (size_t y = 0; y < height; ++y) {
-        const auto once = [&](size_t x) { return smoothedOnce(kernel, source + y * stride, width, x); };
-        if (y + 1 < height) {
-            ends.before[0][y + 1] = once(width - 2);
-            ends.before[1][y + 1] = once(width - 1);
-        }
-        if (y == 0) {
-            continue;
-        }
-        uint8_t first = once(0);
-        uint8_t second = once(1);
-        if (y >= 2 && y + 2 < height) {
-            const uint8_t third = once(2);
-            const uint8_t before = ends.before[1][y];
-            first = weightedSum(kernel, {ends.before[0][y], before, first, second, third});
-            second = weightedSum(kernel, {before, first, second, third, once(3)});
-        }
-        ends.after[0][y - 1] = first;
-        ends.after[1][y - 1] = second;
-    }
-}
-
 }  // namespace
 }  // namespace ZELAlgo
 #endif
@@ -142,15 +118,49 @@ class Smoother {
         }
         for (; x + kMargin + hn::Lanes(kDoubles) <= width_; x += hn::Lanes(kDoubles)) {
             const uint8_t* const at = row + x;
-            auto sum = hn::Mul(load(at - 2), hn::Set(kDoubles, outer_));
-            sum = hn::Add(sum, hn::Mul(load(at - 1), hn::Set(kDoubles, inner_)));
-            sum = hn::Add(sum, hn::Mul(load(at), hn::Set(kDoubles, centre_)));
-            sum = hn::Add(sum, hn::Mul(load(at + 1), hn::Set(kDoubles, inner_)));
-            sum = hn::Add(sum, hn::Mul(load(at + 2), hn::Set(kDoubles, outer_)));
-            store(sum, smooth + x);
+            store(sum(load(at - 2), load(at - 1), load(at), load(at + 1), load(at + 2)), smooth + x);
         }
         for (; x < width_; ++x) {
             smooth[x] = smoothedOnce(kernel, row, width_, x);
+        }
+    }
+
+    /// Finds the ends of all rows. Needs the tile, and `starts` for four values of each row.
+    void findEnds(const uint8_t* source, size_t stride, size_t height, const RowEnds& ends,
+                  uint8_t* const starts[4]) const {
+        forEachBlock(height, [&](size_t y) HWY_ATTR {
+            // The first and the last columns of kBlock rows side by side, as if the row had no others.
+            const uint8_t* const rows = source + y * stride;
+            uint8_t* const left = tile_ + kMargin * kTileRows;
+            uint8_t* const right = left + (kBlock + kMargin) * kTileRows;
+            transposeBlock(rows, stride, left, kTileRows);
+            transposeBlock(rows + width_ - kBlock, stride, right, kTileRows);
+            uint8_t* const last = right + (kBlock - 1) * kTileRows;
+            for (size_t x = 1; x <= kMargin; ++x) {
+                std::copy_n(left + x * kTileRows, kBlock, left - x * kTileRows);
+                std::copy_n(last - x * kTileRows, kBlock, last + x * kTileRows);
+            }
+            for (size_t row = 0; row < kBlock; row += hn::Lanes(kDoubles)) {
+                for (size_t x = 0; x < 4; ++x) {
+                    store(sumAcross(left + x * kTileRows + row), starts[x] + y + row);
+                }
+                store(sumAcross(last - kTileRows + row), ends.before[0] + y + row + 1);
+                store(sumAcross(last + row), ends.before[1] + y + row + 1);
+            }
+        });
+        // The rows that have a second pass; of the others the first pass is found.
+        std::copy_n(starts[0], height, ends.after[0] - 1);
+        std::copy_n(starts[1], height, ends.after[1] - 1);
+        const size_t last = height - 2 - hn::Lanes(kDoubles);
+        for (size_t next = 2, y = 2; y <= last; y = next) {
+            const auto before = load(ends.before[1] + y);
+            const auto second = load(starts[1] + y);
+            const auto third = load(starts[2] + y);
+            const auto first =
+                truncated(sum(load(ends.before[0] + y), before, load(starts[0] + y), second, third));
+            store(first, ends.after[0] + y - 1);
+            store(sum(before, first, second, third, load(starts[3] + y)), ends.after[1] + y - 1);
+            next = y == last ? last + 1 : std::min(y + hn::Lanes(kDoubles), last);
         }
     }
 
@@ -168,6 +178,19 @@ class Smoother {
     }
     static HWY_INLINE void store(Vector value, uint8_t* pixels) {
         hn::StoreU(hn::DemoteTo(kBytes, hn::DemoteTo(kInts, value)), kBytes, pixels);
+    }
+    /// Weighted sum of five neighbours in the order of the plain version, not truncated.
+    HWY_INLINE Vector sum(Vector a, Vector b, Vector c, Vector d, Vector e) const {
+        auto value = hn::Mul(a, hn::Set(kDoubles, outer_));
+        value = hn::Add(value, hn::Mul(b, hn::Set(kDoubles, inner_)));
+        value = hn::Add(value, hn::Mul(c, hn::Set(kDoubles, centre_)));
+        value = hn::Add(value, hn::Mul(d, hn::Set(kDoubles, inner_)));
+        return hn::Add(value, hn::Mul(e, hn::Set(kDoubles, outer_)));
+    }
+    /// The same of five columns of the tile, `middle` being the third.
+    HWY_INLINE Vector sumAcross(const uint8_t* middle) const {
+        return sum(load(middle - 2 * kTileRows), load(middle - kTileRows), load(middle),
+                   load(middle + kTileRows), load(middle + 2 * kTileRows));
     }
     static HWY_INLINE Vector truncated(Vector value) {
 #if HWY_TARGET == HWY_SSSE3  // has no rounding instruction
@@ -256,11 +279,12 @@ void smoothSimd(const GaussianKernel& kernel, const uint8_t* source, size_t stri
         smoothScalar(kernel, source, stride, width, height, smooth);
         return;
     }
-    uint8_t* const tile = scratch + 4 * height;
-    const RowEnds ends = {.before = {scratch, scratch + height},
-                          .after = {scratch + 2 * height, scratch + 3 * height}};
-    findRowEnds(kernel, source, stride, width, height, ends);
-    const Smoother smoother(kernel, width, tile);
+    const size_t pitch = height + kTileRows;
+    const auto values = [scratch, pitch](size_t i) { return scratch + kTileRows + i * pitch; };
+    const RowEnds ends = {.before = {values(0), values(1)}, .after = {values(2), values(3)}};
+    uint8_t* const starts[] = {values(4), values(5), values(6), values(7)};
+    const Smoother smoother(kernel, width, values(8));
+    smoother.findEnds(source, stride, height, ends, starts);
     for (const size_t y : {size_t{0}, size_t{1}, height - 2, height - 1}) {
         smoother.once(kernel, source + y * stride, smooth + y * width);
     }
@@ -282,7 +306,9 @@ namespace ZELAlgo {
 HWY_EXPORT(smoothSimd);
 
 size_t smoothingScratch(size_t width, size_t height) {
-    return 4 * height + (width + 2 * kMargin) * kTileRows;
+    // The row ends, and a tile that holds a row, or the two blocks at its ends.
+    const size_t columns = std::max(width, 2 * kBlock + kMargin) + 2 * kMargin;
+    return 8 * (height + kTileRows) + (columns + 1) * kTileRows;
 }
 
 void smooth(const GaussianKernel& kernel, const uint8_t* source, size_t stride, size_t width, size_t height,
