@@ -92,6 +92,7 @@ void findCorners(const uint64_t* edge_map, size_t width, size_t height, Corners&
                                .up_left = column(-1, word, 0),
                                .down_right = column(1, word, 3),
                                .up_right = column(-1, word, 3)};
+            sides &= arms.down_left | arms.up_left | arms.down_right | arms.up_right;
             for (; sides != 0; sides &= sides - 1) {
                 const auto bit = static_cast<size_t>(std::countr_zero(sides));
                 append(corners, {static_cast<int32_t>(y), static_cast<int32_t>(64 * word + bit)}, arms,

@@ -32,26 +32,6 @@ void thresholdSimd(const uint8_t* magnitude, const uint8_t* smooth, size_t width
 
 #else
 
-constexpr hn::ScalableTag<uint8_t> kBytes{};
-using Bytes = hn::VFromD<decltype(kBytes)>;
-
-HWY_INLINE auto notLess(Bytes a, Bytes b) {
-#if HWY_TARGET <= HWY_AVX3  // compares unsigned bytes
-    return hn::Not(hn::Lt(a, b));
-#else
-    return hn::Eq(hn::Max(a, b), a);
-#endif
-}
-
-/// One bit per pixel of a row, of whatever `mask(x)` says about the pixels from x on.
-template <typename Mask>
-HWY_INLINE void writeBits(size_t words, uint64_t* bits, Mask&& mask) {
-    auto* const out = reinterpret_cast<uint8_t*>(bits);
-    for (size_t x = 0; x < 64 * words; x += hn::Lanes(kBytes)) {
-        hn::StoreMaskBits(kBytes, mask(x), out + x / 8);
-    }
-}
-
 /// Gradient of one row: vertical sums and differences of three rows first, then across.
 class GradientRow {
   public:

@@ -16,6 +16,29 @@
 
 HWY_BEFORE_NAMESPACE();
 namespace ZELAlgo::HWY_NAMESPACE {
+namespace hn = hwy::HWY_NAMESPACE;
+
+#if HWY_TARGET != HWY_SCALAR
+
+constexpr hn::ScalableTag<uint8_t> kBytes{};
+using Bytes = hn::VFromD<decltype(kBytes)>;
+
+HWY_INLINE auto notLess(Bytes a, Bytes b) {
+#if HWY_TARGET <= HWY_AVX3  // compares unsigned bytes
+    return hn::Not(hn::Lt(a, b));
+#else
+    return hn::Eq(hn::Max(a, b), a);
+#endif
+}
+
+/// One bit per pixel of a row, of whatever `mask(x)` says about the pixels from x on.
+template <typename Mask>
+HWY_INLINE void writeBits(size_t words, uint64_t* bits, Mask&& mask) {
+    auto* const out = reinterpret_cast<uint8_t*>(bits);
+    for (size_t x = 0; x < 64 * words; x += hn::Lanes(kBytes)) {
+        hn::StoreMaskBits(kBytes, mask(x), out + x / 8);
+    }
+}
 
 // Thinning decides from left to right, since a pixel may depend on whether the one before it was kept. On
 // rows of bits, a word at a time, that is a matter of a few additions: an addition carries along a run of
@@ -99,6 +122,27 @@ inline uint8_t thinRow(const PixelRows& pixels, size_t width, const ThinningRows
     const auto level_after_word = [&](size_t word, uint64_t plain) {
         return level_after(64 * word + 63 - static_cast<size_t>(std::countl_zero(plain)));
     };
+    // Those of `far` diagonals of a word that stay, as far as the pixels before them are decided.
+    const auto far_that_stay = [&](size_t word, uint64_t far, uint64_t plain) HWY_ATTR {
+        uint64_t stay = 0;
+        while (far != 0) {
+            // All of them up to the next plain pixel are compared with the same level.
+            const uint64_t below = (far & -far) - 1;
+            const uint64_t plain_above = plain & ~below;
+            const uint64_t segment = far & ((plain_above & -plain_above) - 1);
+            const uint64_t plain_below = plain & below;
+            const uint8_t level = plain_below != 0     ? level_after_word(word, plain_below)
+                                  : last_word != kNone ? level_after_word(last_word, last_plain)
+                                                       : left_over;
+            uint64_t high = 0;
+            writeBits(1, &high, [&](size_t x) HWY_ATTR {
+                return notLess(hn::LoadU(kBytes, pixels.row + 64 * word + x), hn::Set(kBytes, level));
+            });
+            stay |= segment & high;
+            far &= ~segment;
+        }
+        return stay;
+    };
 
     for (size_t word = 0; word < words; ++word) {
         const uint64_t inner = innerBits(word, width);
@@ -128,37 +172,21 @@ inline uint8_t thinRow(const PixelRows& pixels, size_t width, const ThinningRows
                     (along2 & rows.left3[word]);
             const uint64_t if_gone2 = along1 & ~rows.left2[word];  // stays if the pixel two to the left goes
             const uint64_t if_gone3 = along2 & ~rows.left3[word];
-            uint64_t far = diagonal & ~near1 & ~near2;
-
-            rows.keep[word] = resolve(kept, wavering, keep_before >> 63);
-            uint64_t open = if_gone2 | if_gone3 | far;
-            while (open != 0) {
-                const auto bit = static_cast<size_t>(std::countr_zero(open));
-                const size_t x = 64 * word + bit;
-                const uint64_t one = open & -open;
-                uint64_t more = 0;
-                if ((far & one) != 0) {
-                    // All far ones up to the next plain pixel are compared with the same level.
-                    const uint64_t plain_below = plain & (one - 1);
-                    const uint8_t level = plain_below != 0     ? level_after_word(word, plain_below)
-                                          : last_word != kNone ? level_after_word(last_word, last_plain)
-                                                               : left_over;
-                    const uint64_t plain_above = plain & ~(one - 1);
-                    const uint64_t segment = far & ((plain_above & -plain_above) - 1) & ~(one - 1);
-                    for (uint64_t rest = segment; rest != 0; rest &= rest - 1) {
-                        const auto place = static_cast<size_t>(std::countr_zero(rest));
-                        more |= pixels.row[64 * word + place] >= level ? rest & -rest : 0;
-                    }
-                    open &= ~segment;
-                    far &= ~segment;
-                } else {
-                    more = kept_at(x - ((if_gone2 & one) != 0 ? 2 : 3)) ? 0 : one;
-                    open &= ~one;
+            const uint64_t far = diagonal & ~near1 & ~near2;
+            // Whether those stay may depend on one another, but always on pixels further left: in every round
+            // at least the next one is decided, and nearly always two rounds decide all.
+            for (uint64_t stay = 0;;) {
+                const uint64_t keep = resolve(kept | stay, wavering, keep_before >> 63);
+                rows.keep[word] = keep;
+                uint64_t next = (if_gone2 & ~(keep << 2 | keep_before >> 62)) |
+                                (if_gone3 & ~(keep << 3 | keep_before >> 61));
+                if (far != 0) {
+                    next |= far_that_stay(word, far, plain);
                 }
-                if (more != 0) {
-                    kept |= more;
-                    rows.keep[word] = resolve(kept, wavering, keep_before >> 63);
+                if (next == stay) {
+                    break;
                 }
+                stay = next;
             }
         }
         if (plain != 0) {
@@ -178,6 +206,8 @@ inline void keepWholeRow(size_t width, uint64_t* keep) {
         keep[word] = innerBits(word, width) | borderBits(word, width);
     }
 }
+
+#endif  // HWY_TARGET
 
 }  // namespace ZELAlgo::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
