@@ -120,7 +120,8 @@ void findCorners(benchmark::State& state) {
     static ZELAlgo::Corners corners;
     for (auto _ : state) {
         ZELAlgo::findCorners(material().map.data(), kHalfWidth, kHalfHeight, corners);
-        benchmark::DoNotOptimize(ZELAlgo::closesEnoughBlocks(corners, 1'000'000));
+        benchmark::DoNotOptimize(ZELAlgo::closesEnoughBlocks(corners, kHalfWidth, kHalfHeight, 1'000'000,
+                                                             material().scratch.data()));
     }
 }
 BENCHMARK(findCorners);

@@ -1,7 +1,9 @@
 #include "algo/video/block_corners.h"
 
+#include <algorithm>
 #include <bit>
-#include <cstdlib>
+#include <cstring>
+#include <utility>
 
 #include "algo/video/edge_kernels.h"
 
@@ -50,20 +52,94 @@ void append(Corners& corners, Corner corner, const Arms& arms, uint64_t bit) {
     }
 }
 
-bool aligned(int32_t a, int32_t b) {
-    return std::abs(a - b) <= 3;
+constexpr int32_t kClose = 20;  // places at most between the corners of one block
+constexpr int32_t kStep = 2;    // between the odd places where corners lie; so "at most 3" means 2
+
+/// The corners of a list as bits, one for each odd place, with room for looking beyond the picture.
+class CornerGrid {
+  public:
+    static size_t bytes(size_t width, size_t height) {
+        return stride(width) * (height / kStep + 2 * kReach + 1);
+    }
+
+    CornerGrid(const CornerList& list, size_t width, size_t height, uint8_t* bits)
+        : stride_(stride(width)), bits_(bits) {
+        std::fill_n(bits_, bytes(width, height), uint8_t{0});
+        for (const Corner& corner : list) {
+            const size_t column = static_cast<size_t>(corner.x) / kStep;
+            rowOf(corner)[column / 8] |= static_cast<uint8_t>(1U << column % 8);
+        }
+    }
+
+    /// How many corners lie close above or below `at`, up to one odd place aside.
+    uint32_t stacked(Corner at) const {
+        const size_t first = static_cast<size_t>(at.x) / kStep - 1;
+        const auto three = [first](const uint8_t* row) {
+            uint16_t bits = 0;
+            std::memcpy(&bits, row + first / 8, sizeof bits);
+            return static_cast<uint64_t>(bits >> first % 8 & 7);
+        };
+        const uint8_t* above = rowOf(at);
+        const uint8_t* below = above;
+        uint64_t found = 0;  // three bits for each of 20 rows
+        for (size_t i = 0; i < kReach; ++i) {
+            found = found << 6 | three(above -= stride_) << 3 | three(below += stride_);
+        }
+        return static_cast<uint32_t>(std::popcount(found));
+    }
+
+  private:
+    static constexpr size_t kReach = kClose / kStep;  // rows above and below that may be close
+
+    static size_t stride(size_t width) { return width / kStep / 8 + 2; }
+    uint8_t* rowOf(Corner corner) const {
+        return bits_ + (static_cast<size_t>(corner.y) / kStep + kReach) * stride_;
+    }
+
+    size_t stride_;
+    uint8_t* bits_;
+};
+
+/// Counts of a list's corners against a grid, each found when first asked for.
+class StackCounts {
+  public:
+    StackCounts(const CornerList& list, const CornerGrid& grid) : list_(list), grid_(grid) {
+        counts_.fill(-1);
+    }
+
+    uint32_t of(const Corner& corner) {
+        int16_t& count = counts_[static_cast<size_t>(&corner - list_.begin())];
+        if (count < 0) {
+            count = static_cast<int16_t>(grid_.stacked(corner));
+        }
+        return static_cast<uint32_t>(count);
+    }
+
+  private:
+    const CornerList& list_;
+    const CornerGrid& grid_;
+    std::array<int16_t, CornerList::kCapacity> counts_;
+};
+
+/// Calls `visit` for the corners of `list` close beside `at`, up to one odd place above or below, in their
+/// order, until one call answers true, and answers whether one did.
+template <typename Visit>
+bool anyBeside(const CornerList& list, Corner at, Visit&& visit) {
+    for (int32_t y = at.y - kStep; y <= at.y + kStep; y += kStep) {
+        for (const Corner* b = std::lower_bound(list.begin(), list.end(), Corner{y, at.x - kClose});
+             b != list.end() && *b <= Corner{y, at.x + kClose}; ++b) {
+            if (b->x != at.x && visit(*b)) {
+                return true;
+            }
+        }
+    }
+    return false;
 }
 
-bool close(int32_t a, int32_t b) {
-    const int32_t distance = std::abs(a - b);
-    return distance >= 1 && distance <= 20;
-}
-
-bool sameSide(Corner a, Corner b) {
-    return aligned(a.y, b.y) && close(a.x, b.x);
-}
-bool stacked(Corner a, Corner b) {
-    return aligned(a.x, b.x) && close(a.y, b.y);
+bool hasSides(const CornerList& a, const CornerList& b) {
+    return std::any_of(a.begin(), a.end(), [&b](Corner corner) {
+        return anyBeside(b, corner, [](const Corner&) { return true; });
+    });
 }
 
 }  // namespace
@@ -102,41 +178,49 @@ void findCorners(const uint64_t* edge_map, size_t width, size_t height, Corners&
     }
 }
 
-bool closesEnoughBlocks(const Corners& corners, uint32_t threshold) {
+size_t cornerScratch(size_t width, size_t height) {
+    return 4 * CornerGrid::bytes(width, height);
+}
+
+bool closesEnoughBlocks(const Corners& corners, size_t width, size_t height, uint32_t threshold,
+                        uint8_t* scratch) {
+    const auto& [down_left, up_left, down_right, up_right] = corners;
+    if (!hasSides(down_left, up_left) && !hasSides(down_right, up_right)) {
+        return false;
+    }
+    const auto grid = [&](const CornerList& list) {
+        return CornerGrid(list, width, height,
+                          std::exchange(scratch, scratch + CornerGrid::bytes(width, height)));
+    };
+    const CornerGrid down_left_grid = grid(down_left);
+    const CornerGrid up_left_grid = grid(up_left);
+    const CornerGrid down_right_grid = grid(down_right);
+    const CornerGrid up_right_grid = grid(up_right);
+
     uint32_t pairs = 0;
-    for (const Corner& a : corners.down_left) {
-        for (const Corner& b : corners.up_left) {
-            if (!sameSide(a, b)) {
-                continue;
-            }
-            for (const Corner& c : corners.down_right) {
-                if (stacked(a, c) && ++pairs >= threshold) {
-                    return true;
-                }
-            }
-            for (const Corner& d : corners.up_right) {
-                // This one limit does not follow the threshold, which is intended.
-                if (stacked(b, d) && ++pairs >= 20) {
-                    return true;
-                }
-            }
+    // Pairs are counted one by one, and the limit is asked after each: the same as asking once after a few,
+    // unless there are none.
+    const auto reaches = [&pairs](uint32_t more, uint32_t limit) {
+        pairs += more;
+        return more > 0 && pairs >= limit;
+    };
+    constexpr uint32_t kFixedLimit = 20;  // does not follow the threshold, which is intended
+    StackCounts below_upper_right(up_left, up_right_grid);
+    for (const Corner& a : down_left) {
+        const uint32_t below_left = down_right_grid.stacked(a);
+        if (anyBeside(up_left, a, [&](const Corner& b) {
+                return reaches(below_left, threshold) || reaches(below_upper_right.of(b), kFixedLimit);
+            })) {
+            return true;
         }
     }
-    for (const Corner& c : corners.down_right) {
-        for (const Corner& d : corners.up_right) {
-            if (!sameSide(c, d)) {
-                continue;
-            }
-            for (const Corner& a : corners.down_left) {
-                if (stacked(c, a) && ++pairs >= threshold) {
-                    return true;
-                }
-            }
-            for (const Corner& b : corners.up_left) {
-                if (stacked(d, b) && ++pairs >= threshold) {
-                    return true;
-                }
-            }
+    StackCounts above_lower_right(up_right, up_left_grid);
+    for (const Corner& c : down_right) {
+        const uint32_t above_left = down_left_grid.stacked(c);
+        if (anyBeside(up_right, c, [&](const Corner& d) {
+                return reaches(above_left, threshold) || reaches(above_lower_right.of(d), threshold);
+            })) {
+            return true;
         }
     }
     return false;

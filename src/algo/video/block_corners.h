@@ -2,9 +2,9 @@
 #define ZEL_SRC_ALGO_VIDEO_BLOCK_CORNERS_H_
 
 #include <array>
+#include <compare>
 #include <cstddef>
 #include <cstdint>
-#include <span>
 
 namespace ZELAlgo {
 
@@ -18,6 +18,8 @@ struct Corner {
 /// Up to 500 corners of one kind, row by row from left to right.
 class CornerList {
   public:
+    static constexpr size_t kCapacity = 500;
+
     bool full() const { return size_ == corners_.size(); }
     void append(Corner corner) { corners_[size_++] = corner; }
     void clear() { size_ = 0; }
@@ -26,7 +28,7 @@ class CornerList {
     const Corner* end() const { return corners_.data() + size_; }
 
   private:
-    std::array<Corner, 500> corners_;
+    std::array<Corner, kCapacity> corners_;
     size_t size_ = 0;
 };
 
@@ -42,8 +44,13 @@ struct Corners {
 /// places. Replaces what `corners` held.
 void findCorners(const uint64_t* edge_map, size_t width, size_t height, Corners& corners);
 
-/// Counts the pairs of corners that close small rectangles; true as soon as there are enough of them.
-bool closesEnoughBlocks(const Corners& corners, uint32_t threshold);
+/// Bytes of scratch that closesEnoughBlocks needs for a width x height edge map.
+size_t cornerScratch(size_t width, size_t height);
+
+/// Counts the pairs of corners, found in a width x height edge map, that close small rectangles; true as soon
+/// as there are enough of them. Its time is bounded however full the lists are.
+bool closesEnoughBlocks(const Corners& corners, size_t width, size_t height, uint32_t threshold,
+                        uint8_t* scratch);
 
 }  // namespace ZELAlgo
 

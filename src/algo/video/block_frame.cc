@@ -24,7 +24,7 @@ void resize(BlockFrame_t& state, size_t w, size_t h) {
     state.h = h;
     allocate(state.edges, w * h + kSpareBytes);
     allocate(state.work, magnitudeStride(w) * h + 2 * kSpareBytes);
-    allocate(state.scratch, std::max(smoothingScratch(w, h), edgeScratch(w, h)));
+    allocate(state.scratch, std::max({smoothingScratch(w, h), edgeScratch(w, h), cornerScratch(w, h)}));
     allocate(state.edge_map, edgeMapWords(w) * h);
     if (!hasBuffers(state)) {
         ZEL::zel_log("BlockFrame_t create space fail !");
@@ -69,7 +69,7 @@ int32_t BlockExecute(BlockFrame_t* state, const uint8_t* data, uint32_t width, u
     const uint8_t maximum = thinnedMagnitude(smoothed, w, h, scratch, magnitude);
     threshold(magnitude, smoothed, w, h, edgeLevels(maximum), scratch, state->edge_map.get());
     findCorners(state->edge_map.get(), w, h, state->corners);
-    is_block = closesEnoughBlocks(state->corners, state->threshold) ? 1 : 0;
+    is_block = closesEnoughBlocks(state->corners, w, h, state->threshold, scratch) ? 1 : 0;
     return 0;
 }
 

@@ -98,6 +98,13 @@ TEST(FindCorners, PassesOnToTheNextKindWhenAListIsFull) {
     EXPECT_EQ(*corners->up_left.begin(), (Corner{3 + 2 * (500 / 57), 3 + 2 * (500 % 57)}));
 }
 
+constexpr size_t kSize = 640;  // of the edge map in which all corners below lie
+
+bool closesEnoughBlocks(const Corners& corners, uint32_t threshold) {
+    std::vector<uint8_t> scratch(ZELAlgo::cornerScratch(kSize, kSize), 0xA5);
+    return ZELAlgo::closesEnoughBlocks(corners, kSize, kSize, threshold, scratch.data());
+}
+
 void fill(CornerList& list, const std::vector<Corner>& corners) {
     list.clear();
     for (const Corner& corner : corners) {
