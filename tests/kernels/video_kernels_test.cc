@@ -100,13 +100,102 @@ void compareEdges(Pattern pattern, size_t width, size_t height, size_t offset) {
     ASSERT_EQ(want.map, have.map) << "threshold";
 }
 
+/// Sweeps take every size in an ordinary build; instrumented ones are many times slower and skip through
+/// them.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr size_t kSkip = 9;
+#else
+constexpr size_t kSkip = 1;
+#endif
+
 TEST_P(VideoKernels, FindEdgesLikeTheirTwinsInSmallPictures) {
+    // Every width and every height from 1 to 70, heights skipping so that all remainders meet.
     for (size_t width = 1; width <= 70; ++width) {
-        for (size_t height = 1; height <= 70; height += 1 + (width * 7 + height) % 5) {
+        for (size_t height = 1 + width % kSkip; height <= 70;
+             height += (1 + (width * 7 + height) % 3) * kSkip) {
             for (const Pattern pattern : support::kPatterns) {
                 ASSERT_NO_FATAL_FAILURE(compareEdges(pattern, width, height, (width + height) % 64));
             }
         }
+    }
+}
+
+TEST_P(VideoKernels, FindEdgesLikeTheirTwinsAtEveryAlignment) {
+    for (size_t offset = 0; offset < 64; offset += kSkip) {
+        ASSERT_NO_FATAL_FAILURE(compareEdges(Pattern::kClouds, 131, 41, offset));
+        ASSERT_NO_FATAL_FAILURE(compareEdges(Pattern::kFewLevels, 127, 67, offset));
+    }
+}
+
+TEST_P(VideoKernels, FindEdgesLikeTheirTwinsInLargePictures) {
+    constexpr std::pair<size_t, size_t> kSizes[] = {{320, 180}, {640, 360}, {641, 363}, {960, 540}};
+    for (const auto& [width, height] : kSizes) {
+        for (const Pattern pattern : support::kPatterns) {
+            if (kSkip == 1 || width == 320) {
+                ASSERT_NO_FATAL_FAILURE(compareEdges(pattern, width, height, 3));
+            }
+        }
+    }
+}
+
+TEST_P(VideoKernels, RoundLengthsLikeTheirTwin) {
+    // The first row is not thinned, so it shows every length. Contrasts from one level up to half the range.
+    constexpr size_t kWidth = 4096;
+    support::Random random(9);
+    for (uint32_t contrast = 1; contrast < 128; contrast += kSkip) {
+        Edges want(kWidth, 3);
+        Edges have(kWidth, 3);
+        std::generate_n(want.smoothed(), 3 * kWidth,
+                        [&] { return static_cast<uint8_t>(random.below(contrast + 1)); });
+        ZELAlgo::thinnedMagnitudeScalar(want.smoothed(), kWidth, 3, want.scratch.data(), want.magnitudes());
+        ZELAlgo::thinnedMagnitude(want.smoothed(), kWidth, 3, have.scratch.data(), have.magnitudes());
+        ASSERT_EQ(0, std::memcmp(want.magnitudes(), have.magnitudes(), kWidth)) << contrast;
+    }
+}
+
+TEST_P(VideoKernels, CountSamplesLikeTheirTwins) {
+    for (size_t count = 0; count < 300; ++count) {
+        for (const Pattern pattern : {Pattern::kNoise, Pattern::kFlat, Pattern::kCheckerboard}) {
+            const Exact even(picture(pattern, 2 * count, 1, count), count % 64);
+            ASSERT_EQ(ZELAlgo::histogramOfEvenBytesScalar(even.data(), count),
+                      ZELAlgo::histogramOfEvenBytes(even.data(), count))
+                << count;
+            Bytes pixels = picture(pattern, 4 * count, 1, count);
+            for (uint8_t& pixel : pixels) {
+                pixel &= 0x81;  // a quarter of them zero
+            }
+            const Exact fourth(pixels, count % 64);
+            ASSERT_EQ(ZELAlgo::zerosOfEveryFourthByteScalar(fourth.data(), count),
+                      ZELAlgo::zerosOfEveryFourthByte(fourth.data(), count))
+                << count;
+        }
+    }
+}
+
+TEST_P(VideoKernels, ReplaceAndCompareLikeTheirTwin) {
+    support::Random random(4);
+    for (size_t round = 0; round < 2000; ++round) {
+        const size_t stride = 1 + random.below(round % 8 == 0 ? 700 : 90);
+        const size_t rows = 1 + random.below(5);
+        std::array<size_t, 8> cuts{0, stride};
+        for (size_t i = 2; i < cuts.size(); ++i) {
+            cuts[i] = random.below(static_cast<uint32_t>(stride) + 1);
+        }
+        std::sort(cuts.begin(), cuts.end());
+        const Exact current(picture(Pattern::kNoise, stride, rows, round), round % 64);
+        Bytes want(kGuard + stride * rows + kGuard, 0xA5);
+        const Bytes before =
+            picture(round % 5 == 0 ? Pattern::kFlat : Pattern::kNoise, stride, rows, round + 1);
+        std::copy(before.begin(), before.end(), want.begin() + kGuard);
+        Bytes have = want;
+        std::array<uint32_t, 7> want_sums{5, 0xFFFFFFFF};
+        std::array<uint32_t, 7> have_sums = want_sums;
+        ZELAlgo::replaceAndCompareScalar(current.data(), stride, rows, cuts, want.data() + kGuard,
+                                         want_sums.data());
+        ZELAlgo::replaceAndCompare(current.data(), stride, rows, cuts, have.data() + kGuard,
+                                   have_sums.data());
+        ASSERT_EQ(want_sums, have_sums) << "round " << round;
+        ASSERT_EQ(want, have) << "round " << round;
     }
 }
 
