@@ -7,6 +7,7 @@
 #include "log_file.h"
 #include "options.h"
 #include "scan/scan.h"
+#include "selftest/selftest.h"
 #include "stop_signal.h"
 #include "watch.h"
 
@@ -39,7 +40,9 @@ int main(int argc, char** argv) {
     scan::ScanOptions scan_options;
     const CLI::App* const demo_command = addDemoCommand(*app, demo_options);
     const CLI::App* const watch_command = addWatchCommand(*app, watch_options);
-    scan::addScanCommand(*app, scan_options);
+    const CLI::App* const scan_command = scan::addScanCommand(*app, scan_options);
+    selftest::SelftestOptions selftest_options;
+    selftest::addSelftestCommand(*app, selftest_options);
     if (const auto answer = parseArguments(*app, {argv + 1, argv + argc})) {
         std::fputs(answer->output.c_str(), stdout);
         std::fputs(answer->error.c_str(), stderr);
@@ -48,5 +51,8 @@ int main(int argc, char** argv) {
     if (demo_command->parsed()) {
         return watch(demo_options);
     }
-    return watch_command->parsed() ? watch(watch_options) : scan::runScan(scan_options);
+    if (watch_command->parsed()) {
+        return watch(watch_options);
+    }
+    return scan_command->parsed() ? scan::runScan(scan_options) : selftest::runSelftest(selftest_options);
 }

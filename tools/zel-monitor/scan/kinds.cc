@@ -14,7 +14,7 @@ constexpr PerKind<KindInfo> kKinds{{
     {Kind::kOverexposed, "overexposed", Source::kVideo, {1.0, 0.5}, "washed out by too much light"},
     {Kind::kMute, "mute", Source::kAudio, {1.0, 0.2}, "mean sample level of at most 2 of 32767"},
     {Kind::kLowVoice, "low-voice", Source::kAudio, {3.0, 2.0}, "speech with a mean level of at most 500"},
-    {Kind::kHighVoice, "high-voice", Source::kAudio, {0.5, 0.5}, "speech with a mean level from 20000"},
+    {Kind::kHighVoice, "high-voice", Source::kAudio, {1.0, 2.0}, "speech with a mean level from 20000"},
     {Kind::kNoVoice, "no-voice", Source::kAudio, {5.0, 0.5}, "sound, but nobody speaks"},
     {Kind::kStall, "stall", Source::kTimestamps, {1.0, 0.1}, "a gap in the stream's own timestamps"},
     {Kind::kShort, "short", Source::kTimestamps, {1.0, 0.0}, "the stream ends before its declared end"},

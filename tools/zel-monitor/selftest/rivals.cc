@@ -1,0 +1,134 @@
+#include "selftest/rivals.h"
+
+#include <charconv>
+#include <fmt/format.h>
+#include <optional>
+
+#include "scan/event_tracker.h"
+#include "selftest/child_process.h"
+
+namespace zel_monitor::selftest {
+namespace {
+
+constexpr double kPictureS = 0.04;  // the corpus has 25 pictures per second
+
+/// The number behind the next `key` at or after `at`, which moves behind it.
+std::optional<double> numberAfter(std::string_view text, std::string_view key, size_t& at) {
+    const size_t found = text.find(key, at);
+    if (found == std::string_view::npos) {
+        return std::nullopt;
+    }
+    const char* first = text.data() + found + key.size();
+    const char* const last = text.data() + text.size();
+    while (first != last && *first == ' ') {
+        ++first;
+    }
+    double value = 0.0;
+    const auto [rest, error] = std::from_chars(first, last, value);
+    at = static_cast<size_t>(rest - text.data());
+    return error == std::errc{} ? std::optional(value) : std::nullopt;
+}
+
+std::string filterOutput(const std::string& file, const std::string& kind, const std::string& filter) {
+    return outputOf({"ffmpeg", "-nostdin", "-nostats", "-hide_banner", "-v", "info", "-i", file, kind, filter,
+                     "-f", "null", "-"});
+}
+
+}  // namespace
+
+std::string_view rivalOf(Kind kind) {
+    switch (kind) {
+        case Kind::kBlack:
+            return "blackdetect";
+        case Kind::kFreeze:
+            return "freezedetect";
+        case Kind::kBlock:
+            return "blockdetect";
+        case Kind::kMute:
+            return "silencedetect";
+        default:
+            return "";
+    }
+}
+
+std::vector<Span> rivalEvents(Kind kind, const std::string& file, double length_s) {
+    const std::string filter = fmt::format("{}=d={}", rivalOf(kind), scan::infoOf(kind).rule.min_s);
+    switch (kind) {
+        case Kind::kBlack:
+            return parseBlack(filterOutput(file, "-vf", filter));
+        case Kind::kFreeze:
+            return parseStartEnd(filterOutput(file, "-vf", filter), "freeze", length_s);
+        case Kind::kMute:
+            return parseStartEnd(filterOutput(file, "-af", filter), "silence", length_s);
+        default:
+            return {};
+    }
+}
+
+std::vector<Blockiness> rivalBlockiness(const std::string& file) {
+    return parseBlockiness(
+        filterOutput(file, "-vf", "blockdetect,metadata=mode=print:key=lavfi.block:file=-"));
+}
+
+std::vector<Span> blockEvents(const std::vector<Blockiness>& values, double threshold) {
+    std::vector<Span> spans;
+    const auto add = [&spans](const std::optional<scan::Event>& event) {
+        if (event) {
+            spans.push_back(event->span);
+        }
+    };
+    scan::EventTracker tracker(Kind::kBlock, scan::infoOf(Kind::kBlock).rule);
+    double end_s = 0.0;
+    for (const Blockiness& picture : values) {
+        end_s = picture.time_s + kPictureS;
+        add(tracker
+                .see({picture.time_s, end_s},
+                     picture.value >= threshold ? scan::Sight::kPresent : scan::Sight::kAbsent)
+                .ended);
+    }
+    add(tracker.finish(end_s));
+    return spans;
+}
+
+std::vector<Span> parseBlack(std::string_view text) {
+    std::vector<Span> spans;
+    for (size_t at = 0;;) {
+        const auto start = numberAfter(text, "black_start:", at);
+        const auto end = numberAfter(text, "black_end:", at);
+        if (!start || !end) {
+            return spans;
+        }
+        spans.push_back({*start, *end});
+    }
+}
+
+std::vector<Span> parseStartEnd(std::string_view text, std::string_view name, double length_s) {
+    const std::string start_key = fmt::format("{}_start:", name);
+    const std::string end_key = fmt::format("{}_end:", name);
+    std::vector<Span> spans;
+    for (size_t at = 0;;) {
+        const auto start = numberAfter(text, start_key, at);
+        if (!start) {
+            return spans;
+        }
+        const auto end = numberAfter(text, end_key, at);
+        spans.push_back({*start, end.value_or(length_s)});  // open at the end of the file
+        if (!end) {
+            return spans;
+        }
+    }
+}
+
+std::vector<Blockiness> parseBlockiness(std::string_view text) {
+    std::vector<Blockiness> values;
+    for (size_t at = 0;;) {
+        const auto time = numberAfter(text, "pts_time:", at);
+        const auto value = numberAfter(text, "lavfi.block=", at);
+        if (!time || !value) {
+            return values;
+        }
+        values.push_back({*time, *value});
+    }
+}
+
+}  // namespace zel_monitor::selftest

@@ -1,0 +1,39 @@
+#ifndef ZEL_TOOLS_SELFTEST_SCORING_H_
+#define ZEL_TOOLS_SELFTEST_SCORING_H_
+
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+#include "scan/event.h"
+
+namespace zel_monitor::selftest {
+
+using scan::Span;
+
+/// Length of what both share over the length of what either covers, 0 to 1.
+double overlap(Span a, Span b);
+
+/// How well what was found fits what is there.
+struct Score {
+    size_t hits = 0;          ///< found, with an overlap of at least one half
+    size_t misses = 0;        ///< there, but not found
+    size_t false_alarms = 0;  ///< found, but not there
+    double onset_sum_s = 0.0;
+    double length_error_sum_s = 0.0;
+
+    void add(const Score& other);
+    std::optional<double> precision() const;  ///< none if nothing was found
+    std::optional<double> recall() const;     ///< none if nothing was there
+    /// Mean over the hits of how much later they begin than the truth.
+    std::optional<double> onsetDelay() const;
+    /// Mean over the hits of how much the lengths differ, either way.
+    std::optional<double> lengthError() const;
+};
+
+/// Pairs each true stretch with the found one that overlaps it best.
+Score scoreOf(const std::vector<Span>& truth, const std::vector<Span>& found);
+
+}  // namespace zel_monitor::selftest
+
+#endif  // ZEL_TOOLS_SELFTEST_SCORING_H_
