@@ -4,7 +4,7 @@
 #include <exception>
 #include <fmt/format.h>
 
-#include "media_source.h"
+#include "demo_source.h"
 #include "scan/analyser.h"
 #include "scan/decode_ahead.h"
 
@@ -101,7 +101,7 @@ InputScan scanInput(const std::string& input, const EventRules& rules, bool with
     InputReport& report = scan.report;
     report.facts.input = input;
     try {
-        MediaSource source(input);
+        MediaSource source = openInput(input, {});
         report.facts = source.facts();
         progress.length_s = report.facts.duration.value_or(0.0);
         if (with_record) {
