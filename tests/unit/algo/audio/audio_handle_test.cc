@@ -246,7 +246,7 @@ TEST_F(AudioHandle, AsksForNoMemoryWhileItRuns) {
 }
 
 TEST_F(AudioHandle, IsNotCreatedWithoutMemory) {
-    const support::LogCapture log;  // keeps the line out of the test's output
+    const support::LogCapture log;       // keeps the line out of the test's output
     for (const size_t nth : {0U, 1U}) {  // the handle itself, its voice detector
         const support::FailingNew fail(nth);
         EXPECT_EQ(AudioAlgoCreate(48'000), nullptr) << nth;

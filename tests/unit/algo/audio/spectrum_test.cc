@@ -20,7 +20,8 @@ double powerOf(const std::array<int16_t, kFftSize>& history, size_t bin) {
     std::complex<double> sum;
     for (size_t i = 0; i < kFftSize; ++i) {
         const double angle = -2 * std::numbers::pi * static_cast<double>(bin * i % kFftSize) / kFftSize;
-        sum += static_cast<double>(history[i]) * static_cast<double>(analysisWindow()[i]) * std::polar(1.0, angle);
+        sum += static_cast<double>(history[i]) * static_cast<double>(analysisWindow()[i]) *
+               std::polar(1.0, angle);
     }
     return std::norm(sum);
 }
