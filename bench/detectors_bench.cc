@@ -120,11 +120,12 @@ void registerWorst(Clip& clip) {
     }
     for (size_t i = 0; i < clip.pictures.size(); ++i) {
         const auto facade = std::make_shared<AlgoFacade>(countingToTheEnd());
-        registerFrames("drawn/pattern" + std::to_string(i), 1, [&clip, facade, i](size_t) {
-            ZELAlgo::ZELVideoResult result{};
-            facade->detectVideo({clip.width(), clip.height(), 0, clip.pictures[i].bytes.data()}, result);
-            benchmark::DoNotOptimize(result);
-        });
+        registerFrames(
+            std::string("drawn/") + support::name(support::kPatterns[i]), 1, [&clip, facade, i](size_t) {
+                ZELAlgo::ZELVideoResult result{};
+                facade->detectVideo({clip.width(), clip.height(), 0, clip.pictures[i].bytes.data()}, result);
+                benchmark::DoNotOptimize(result);
+            });
     }
 }
 

@@ -68,6 +68,11 @@ const Kernel kKernels[] = {
      [](Material& m) {
          benchmark::DoNotOptimize(ZELAlgo::histogramOfEvenBytesScalar(m.frame.data(), kSamples));
      }},
+    {"summaryOfEvenBytes",
+     [](Material& m) { benchmark::DoNotOptimize(ZELAlgo::summaryOfEvenBytes(m.frame.data(), kSamples)); },
+     [](Material& m) {
+         benchmark::DoNotOptimize(ZELAlgo::summaryOfEvenBytesScalar(m.frame.data(), kSamples));
+     }},
     {"zerosOfEveryFourthByte",
      [](Material& m) {
          benchmark::DoNotOptimize(

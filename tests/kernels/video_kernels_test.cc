@@ -160,6 +160,9 @@ TEST_P(VideoKernels, CountSamplesLikeTheirTwins) {
             ASSERT_EQ(ZELAlgo::histogramOfEvenBytesScalar(even.data(), count),
                       ZELAlgo::histogramOfEvenBytes(even.data(), count))
                 << count;
+            ASSERT_EQ(ZELAlgo::summaryOfEvenBytesScalar(even.data(), count),
+                      ZELAlgo::summaryOfEvenBytes(even.data(), count))
+                << count;
             Bytes pixels = picture(pattern, 4 * count, 1, count);
             for (uint8_t& pixel : pixels) {
                 pixel &= 0x81;  // a quarter of them zero
@@ -169,6 +172,15 @@ TEST_P(VideoKernels, CountSamplesLikeTheirTwins) {
                       ZELAlgo::zerosOfEveryFourthByte(fourth.data(), count))
                 << count;
         }
+    }
+}
+
+TEST_P(VideoKernels, SummarizeTheDarkestAndBrightestPicturesLikeTheirTwin) {
+    for (const int level : {0, 1, 29, 30, 60, 61, 127, 128, 199, 200, 255}) {
+        const Bytes pixels(2 * 40'000, static_cast<uint8_t>(level));  // longer than the sums of 32 bits last
+        ASSERT_EQ(ZELAlgo::summaryOfEvenBytesScalar(pixels.data(), 40'000),
+                  ZELAlgo::summaryOfEvenBytes(pixels.data(), 40'000))
+            << level;
     }
 }
 

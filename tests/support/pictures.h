@@ -30,6 +30,13 @@ constexpr Pattern kPatterns[] = {Pattern::kNoise,  Pattern::kFewLevels,    Patte
                                  Pattern::kMosaic, Pattern::kGrid,         Pattern::kNearThreshold,
                                  Pattern::kSteps,  Pattern::kClouds};
 
+constexpr const char* name(Pattern pattern) {
+    constexpr const char* kNames[] = {"noise",          "few levels",   "flat",   "ramp",
+                                      "diagonal ramp",  "checkerboard", "mosaic", "grid",
+                                      "near threshold", "steps",        "clouds"};
+    return kNames[static_cast<size_t>(pattern)];
+}
+
 namespace detail {
 
 /// Smooth noise of one scale: random values on a lattice of `cell` pixels, interpolated between.

@@ -1,6 +1,7 @@
 #include "algo/video/exposure_frame.h"
 
 #include <new>
+#include <optional>
 
 #include "algo/video/exposure_model.h"
 #include "algo/video/luma_kernels.h"
@@ -28,10 +29,15 @@ int32_t ExposureExecute(ExposureFrame_t* state, const uint8_t* data, uint32_t wi
     // Every second byte of the first half of the luma plane: the lower half of the picture is never looked
     // at, which is intended.
     const size_t samples = static_cast<size_t>(width / 2) * (height / 2);
-    const Histogram histogram = histogramOfEvenBytes(data, samples);
     const auto count = static_cast<uint32_t>(samples);
+    const LumaSummary summary = summaryOfEvenBytes(data, samples);
+    // A summary settles nearly every picture. Beside a limit, the value of each sample counts.
+    std::optional<Histogram> counted;
+    const auto histogram = [&]() -> const Histogram& {
+        return counted ? *counted : counted.emplace(histogramOfEvenBytes(data, samples));
+    };
 
-    if (settings.green_on && isLumaZero(histogram, count, settings.green_ratio)) {
+    if (settings.green_on && isLumaZero(summary.zero, count, settings.green_ratio)) {
         // Every fourth byte from the end of the luma plane on, half of them from each chroma plane.
         const uint32_t zeros = zerosOfEveryFourthByte(data + 4 * samples, samples / 2);
         if (isChromaZero(zeros, count, settings.green_ratio)) {
@@ -41,7 +47,8 @@ int32_t ExposureExecute(ExposureFrame_t* state, const uint8_t* data, uint32_t wi
         }
     }
     if (settings.black_on) {
-        if (isBlack(histogram, count, settings.black_ratio)) {
+        const std::optional<bool> black = isClearlyBlack(summary.below_30, count, settings.black_ratio);
+        if (black ? *black : isBlack(histogram(), count, settings.black_ratio)) {
             screen_type = kBlackScreen;
             exposure_type = kNormalExposure;
             return 0;
@@ -49,7 +56,8 @@ int32_t ExposureExecute(ExposureFrame_t* state, const uint8_t* data, uint32_t wi
         screen_type = kNormalScreen;
     }
     if (settings.exposure_on && samples > 0) {
-        exposure_type = classifyExposure(exposureFeatures(histogram, count));
+        const std::optional<ExposureType> type = classifyClearExposure(summary, count);
+        exposure_type = type ? *type : classifyExposure(exposureFeatures(histogram(), count));
     }
     return 0;
 }

@@ -26,6 +26,42 @@ double logistic(double height, double score, float bias) {
     return height / (std::exp(static_cast<double>(exponent)) + 1.0);
 }
 
+/// What the three models say. A well exposed picture is one for which the first and the last underflow to
+/// zero.
+struct Answers {
+    bool may_be_under;
+    bool may_be_over;
+    bool over_rather_than_under;
+
+    friend bool operator==(const Answers&, const Answers&) = default;
+};
+
+Answers askModels(const ExposureFeatures& features) {
+    const double bright = features.bright;
+    const double dark = features.dark;
+    const double mean = features.mean;
+    const double skewness = features.skewness;
+    const auto under = static_cast<float>(logistic(
+        1.0, skewness * -0.00317050171 - (dark * 0.240803877 + mean * 18.8082557 + bright * 0.14893716),
+        kDarkBias));
+    const auto over = static_cast<float>(logistic(
+        2.0, mean * 33.3495193 + dark * 0.0253559315 + bright * 0.703219051 - skewness * 0.00546597139,
+        kBrightBias));
+    const double over_not_under = logistic(
+        1.0, dark * 0.0604087494 + mean * 21.1358568 + bright * 0.229863823 - skewness * 0.000404649814,
+        kOverBias);
+    return {.may_be_under = under != 0.0F,
+            .may_be_over = over != 0.0F,
+            .over_rather_than_under = static_cast<float>(over_not_under + 1.0) >= 2.0F};
+}
+
+ExposureType classOf(const Answers& answers) {
+    if (!answers.may_be_under && !answers.may_be_over) {
+        return kNormalExposure;
+    }
+    return answers.over_rather_than_under ? kOverExposed : kUnderExposed;
+}
+
 }  // namespace
 
 ExposureFeatures exposureFeatures(const Histogram& histogram, uint32_t samples) {
@@ -49,27 +85,31 @@ ExposureFeatures exposureFeatures(const Histogram& histogram, uint32_t samples) 
 }
 
 ExposureType classifyExposure(const ExposureFeatures& features) {
-    const double bright = features.bright;
-    const double dark = features.dark;
-    const double mean = features.mean;
-    const double skewness = features.skewness;
+    return classOf(askModels(features));
+}
 
-    // A well exposed picture is one for which the first and the last model underflow to exactly zero.
-    const auto under = static_cast<float>(logistic(
-        1.0, skewness * -0.00317050171 - (dark * 0.240803877 + mean * 18.8082557 + bright * 0.14893716),
-        kDarkBias));
-    if (under == 0.0F) {
-        const auto over = static_cast<float>(logistic(
-            2.0, mean * 33.3495193 + dark * 0.0253559315 + bright * 0.703219051 - skewness * 0.00546597139,
-            kBrightBias));
-        if (over == 0.0F) {
-            return kNormalExposure;
-        }
+std::optional<ExposureType> classifyClearExposure(const LumaSummary& summary, uint32_t samples) {
+    const int64_t count = samples;
+    const auto sum = static_cast<uint32_t>(summary.first + 128 * count);  // wraps as it does in the features
+    const int32_t mean = static_cast<int32_t>(sum) / static_cast<int32_t>(samples);
+    const int64_t shift = 128 - mean;
+    const int64_t cubes = summary.third + 3 * shift * summary.second + 3 * shift * shift * summary.first +
+                          shift * shift * shift * count;
+    // Truncated after each of 256 levels, the third moment is off by less than 256. Every model rises or
+    // falls with it, so what holds at both ends of a wider range holds for it.
+    constexpr double kDoubt = 300;
+    const double moment = static_cast<double>(cubes) / samples;
+    ExposureFeatures features = {
+        .bright = static_cast<float>(samples - summary.below_200) / static_cast<float>(samples),
+        .dark = static_cast<float>(summary.below_61) / static_cast<float>(samples),
+        .mean = mean,
+        .skewness = ZEL::truncateToInt32(moment - kDoubt)};
+    const Answers low = askModels(features);
+    features.skewness = ZEL::truncateToInt32(moment + kDoubt);
+    if (askModels(features) != low) {
+        return std::nullopt;
     }
-    const double over_not_under = logistic(
-        1.0, dark * 0.0604087494 + mean * 21.1358568 + bright * 0.229863823 - skewness * 0.000404649814,
-        kOverBias);
-    return static_cast<float>(over_not_under + 1.0) < 2.0F ? kUnderExposed : kOverExposed;
+    return classOf(low);
 }
 
 }  // namespace ZELAlgo

@@ -2,6 +2,7 @@
 #define ZEL_SRC_ALGO_VIDEO_EXPOSURE_MODEL_H_
 
 #include <cstdint>
+#include <optional>
 
 #include "algo/video/luma_kernels.h"
 
@@ -23,6 +24,10 @@ ExposureFeatures exposureFeatures(const Histogram& histogram, uint32_t samples);
 
 /// Three fixed logistic models over the features.
 ExposureType classifyExposure(const ExposureFeatures& features);
+
+/// The same class from a summary of `samples` > 0 samples, unless it depends on how the third moment is
+/// rounded.
+std::optional<ExposureType> classifyClearExposure(const LumaSummary& summary, uint32_t samples);
 
 }  // namespace ZELAlgo
 

@@ -12,6 +12,22 @@ Histogram histogramOfEvenBytesScalar(const uint8_t* data, size_t count) {
     return histogram;
 }
 
+LumaSummary summaryOfEvenBytesScalar(const uint8_t* data, size_t count) {
+    LumaSummary summary;
+    for (size_t i = 0; i < count; ++i) {
+        const int64_t sample = data[2 * i];
+        summary.zero += sample == 0 ? 1U : 0U;
+        summary.below_30 += sample < 30 ? 1U : 0U;
+        summary.below_61 += sample < 61 ? 1U : 0U;
+        summary.below_200 += sample < 200 ? 1U : 0U;
+        const int64_t distance = sample - 128;
+        summary.first += distance;
+        summary.second += distance * distance;
+        summary.third += distance * distance * distance;
+    }
+    return summary;
+}
+
 uint32_t zerosOfEveryFourthByteScalar(const uint8_t* data, size_t count) {
     uint32_t zeros = 0;
     for (size_t i = 0; i < count; ++i) {

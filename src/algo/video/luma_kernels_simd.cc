@@ -9,14 +9,20 @@
 #include <hwy/highway.h>
 // clang-format on
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
+#include <numeric>
 
 HWY_BEFORE_NAMESPACE();
 namespace ZELAlgo::HWY_NAMESPACE {
 namespace hn = hwy::HWY_NAMESPACE;
 
 #if HWY_TARGET == HWY_SCALAR
+
+LumaSummary summaryOfEvenBytesSimd(const uint8_t* data, size_t count) {
+    return summaryOfEvenBytesScalar(data, count);
+}
 
 uint32_t zerosOfEveryFourthByteSimd(const uint8_t* data, size_t count) {
     return zerosOfEveryFourthByteScalar(data, count);
@@ -28,6 +34,84 @@ void replaceAndCompareSimd(const uint8_t* current, size_t stride, size_t rows, s
 }
 
 #else
+
+constexpr hn::ScalableTag<int16_t> kShorts{};
+constexpr hn::ScalableTag<int32_t> kInts{};
+using Shorts = hn::VFromD<decltype(kShorts)>;
+using Ints = hn::VFromD<decltype(kInts)>;
+
+/// Adds a[2i] * b[2i] + a[2i + 1] * b[2i + 1] to every sum.
+HWY_INLINE Ints addPairProducts(Shorts a, Shorts b, Ints sums) {
+    auto others = hn::Zero(kInts);
+    sums = hn::ReorderWidenMulAccumulate(kInts, a, b, sums, others);
+    return hn::Add(sums, others);
+}
+
+HWY_INLINE int64_t total(Ints sums) {
+    HWY_ALIGN int32_t lanes[hn::MaxLanes(kInts)];
+    hn::Store(sums, kInts, lanes);
+    return std::accumulate(lanes, lanes + hn::Lanes(kInts), int64_t{0});
+}
+
+/// A summary of whole vectors, few enough for sums of 32 bits.
+HWY_INLINE void addSummary(const uint8_t* data, size_t vectors, LumaSummary& summary) {
+    const hn::Repartition<uint8_t, decltype(kShorts)> bytes;
+    const auto one = hn::Set(kShorts, 1);
+    auto zero = hn::Zero(kShorts);
+    auto below_30 = zero;
+    auto below_61 = zero;
+    auto below_200 = zero;
+    auto first = hn::Zero(kInts);
+    auto second = first;
+    auto third = first;
+    for (size_t i = 0; i < vectors; ++i) {
+        const auto both = hn::BitCast(kShorts, hn::LoadU(bytes, data + i * hn::Lanes(bytes)));
+        const auto sample = hn::And(both, hn::Set(kShorts, 0xFF));
+        const auto count = [&](Shorts& counter, int16_t limit) HWY_ATTR {
+            counter = hn::Sub(counter, hn::VecFromMask(kShorts, hn::Lt(sample, hn::Set(kShorts, limit))));
+        };
+        count(zero, 1);
+        count(below_30, 30);
+        count(below_61, 61);
+        count(below_200, 200);
+        const auto distance = hn::Sub(sample, hn::Set(kShorts, 128));
+        const auto square = hn::Mul(distance, distance);
+        first = addPairProducts(distance, one, first);
+        second = addPairProducts(distance, distance, second);
+        third = addPairProducts(square, distance, third);
+    }
+    const auto counted = [&](Shorts counter) HWY_ATTR {
+        return static_cast<uint32_t>(total(addPairProducts(counter, one, hn::Zero(kInts))));
+    };
+    summary.zero += counted(zero);
+    summary.below_30 += counted(below_30);
+    summary.below_61 += counted(below_61);
+    summary.below_200 += counted(below_200);
+    summary.first += total(first);
+    summary.second += total(second);
+    summary.third += total(third);
+}
+
+LumaSummary summaryOfEvenBytesSimd(const uint8_t* data, size_t count) {
+    constexpr size_t kMostVectors = 256;  // two cubes of 128 a round stay below 2^31
+    const size_t lanes = hn::Lanes(kShorts);
+    LumaSummary summary;
+    size_t i = 0;
+    while (i + lanes <= count) {
+        const size_t vectors = std::min((count - i) / lanes, kMostVectors);
+        addSummary(data + 2 * i, vectors, summary);
+        i += vectors * lanes;
+    }
+    const LumaSummary rest = summaryOfEvenBytesScalar(data + 2 * i, count - i);
+    summary.zero += rest.zero;
+    summary.below_30 += rest.below_30;
+    summary.below_61 += rest.below_61;
+    summary.below_200 += rest.below_200;
+    summary.first += rest.first;
+    summary.second += rest.second;
+    summary.third += rest.third;
+    return summary;
+}
 
 uint32_t zerosOfEveryFourthByteSimd(const uint8_t* data, size_t count) {
     const hn::ScalableTag<uint32_t> words;
@@ -86,6 +170,7 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace ZELAlgo {
 
+HWY_EXPORT(summaryOfEvenBytesSimd);
 HWY_EXPORT(zerosOfEveryFourthByteSimd);
 HWY_EXPORT(replaceAndCompareSimd);
 
@@ -114,6 +199,10 @@ Histogram histogramOfEvenBytes(const uint8_t* data, size_t count) {
     return sum;
 }
 
+LumaSummary summaryOfEvenBytes(const uint8_t* data, size_t count) {
+    return HWY_DYNAMIC_DISPATCH(summaryOfEvenBytesSimd)(data, count);
+}
+
 uint32_t zerosOfEveryFourthByte(const uint8_t* data, size_t count) {
     return HWY_DYNAMIC_DISPATCH(zerosOfEveryFourthByteSimd)(data, count);
 }
@@ -132,6 +221,10 @@ namespace ZELAlgo {
 
 Histogram histogramOfEvenBytes(const uint8_t* data, size_t count) {
     return histogramOfEvenBytesScalar(data, count);
+}
+
+LumaSummary summaryOfEvenBytes(const uint8_t* data, size_t count) {
+    return summaryOfEvenBytesScalar(data, count);
 }
 
 uint32_t zerosOfEveryFourthByte(const uint8_t* data, size_t count) {

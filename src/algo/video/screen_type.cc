@@ -1,5 +1,7 @@
 #include "algo/video/screen_type.h"
 
+#include <cmath>
+
 namespace ZELAlgo {
 namespace {
 
@@ -12,8 +14,8 @@ float share(uint32_t count, uint32_t samples) {
 
 }  // namespace
 
-bool isLumaZero(const Histogram& histogram, uint32_t samples, float ratio) {
-    return share(histogram[0], samples) >= ratio;
+bool isLumaZero(uint32_t zeros, uint32_t samples, float ratio) {
+    return share(zeros, samples) >= ratio;
 }
 
 bool isChromaZero(uint32_t zeros, uint32_t samples, float ratio) {
@@ -27,6 +29,16 @@ bool isBlack(const Histogram& histogram, uint32_t samples, float ratio) {
         dark += share(histogram[level], samples);
     }
     return dark >= ratio;
+}
+
+std::optional<bool> isClearlyBlack(uint32_t dark, uint32_t samples, float ratio) {
+    // 30 divisions and 30 additions of shares up to 1, each wrong by 2^-24 at most, stay far below this.
+    constexpr double kDoubt = 1e-4;
+    const double distance = static_cast<double>(dark) / samples - static_cast<double>(ratio);
+    if (std::abs(distance) > kDoubt) {
+        return distance > 0;
+    }
+    return std::nullopt;
 }
 
 }  // namespace ZELAlgo

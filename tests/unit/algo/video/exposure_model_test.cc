@@ -1,8 +1,11 @@
 #include "algo/video/exposure_model.h"
 
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "algo/video/exposure_frame.h"
+#include "support/random.h"
 
 namespace {
 
@@ -60,6 +63,29 @@ TEST(ExposureModel, UnderAndOverAreToldApartByTheSecondModel) {
               ExposureType::kUnderExposed);
     EXPECT_EQ(classifyExposure({.bright = 0, .dark = 0, .mean = 120, .skewness = -300000}),
               ExposureType::kOverExposed);
+}
+
+TEST(ExposureModel, SaysTheSameFromASummaryWhereverThatIsClear) {
+    support::Random random(11);
+    int clear = 0;
+    constexpr int kPictures = 4000;
+    for (int i = 0; i < kPictures; ++i) {
+        // Means around both limits, of any width.
+        const uint32_t middle = (i % 2 == 0 ? 85 : 175) + random.below(25);
+        const uint32_t span = 1 + random.below(80);
+        std::vector<uint8_t> bytes(2 * 400);
+        for (uint8_t& byte : bytes) {
+            byte = static_cast<uint8_t>(middle - span / 2 + random.below(span));
+        }
+        const auto summary = ZELAlgo::summaryOfEvenBytesScalar(bytes.data(), 400);
+        const auto histogram = ZELAlgo::histogramOfEvenBytesScalar(bytes.data(), 400);
+        if (const auto type = ZELAlgo::classifyClearExposure(summary, 400)) {
+            ++clear;
+            ASSERT_EQ(*type, classifyExposure(exposureFeatures(histogram, 400))) << i;
+        }
+    }
+    EXPECT_GT(clear, kPictures / 2);
+    EXPECT_LT(clear, kPictures);
 }
 
 TEST(ExposureFrame, WritesNothingThatItWasNotAskedFor) {

@@ -9,6 +9,7 @@ namespace {
 using ZELAlgo::Histogram;
 using ZELAlgo::isBlack;
 using ZELAlgo::isChromaZero;
+using ZELAlgo::isClearlyBlack;
 using ZELAlgo::isLumaZero;
 
 TEST(ScreenType, BlackCountsTheThirtyDarkestLevels) {
@@ -31,18 +32,22 @@ TEST(ScreenType, BlackAddsUpRoundedShares) {
 }
 
 TEST(ScreenType, GreenAsksForZeroLumaAndZeroChroma) {
-    Histogram histogram{};
-    histogram[0] = 95;
-    EXPECT_TRUE(isLumaZero(histogram, 100, 0.95F));
-    histogram[0] = 94;
-    EXPECT_FALSE(isLumaZero(histogram, 100, 0.95F));
+    EXPECT_TRUE(isLumaZero(95, 100, 0.95F));
+    EXPECT_FALSE(isLumaZero(94, 100, 0.95F));
     EXPECT_TRUE(isChromaZero(48, 100, 0.95F));
     EXPECT_FALSE(isChromaZero(47, 100, 0.95F));
 }
 
+TEST(ScreenType, LeavesDarkSharesBesideTheRatioToTheirRoundings) {
+    EXPECT_EQ(isClearlyBlack(96, 100, 0.95F), true);
+    EXPECT_EQ(isClearlyBlack(94, 100, 0.95F), false);
+    EXPECT_EQ(isClearlyBlack(95, 100, 0.95F), std::nullopt);
+    EXPECT_EQ(isClearlyBlack(0, 0, 0.95F), std::nullopt);
+}
+
 TEST(ScreenType, NothingIsFoundInAnEmptyPicture) {
     const Histogram empty{};
-    EXPECT_FALSE(isLumaZero(empty, 0, 0.0F));
+    EXPECT_FALSE(isLumaZero(0, 0, 0.0F));
     EXPECT_FALSE(isChromaZero(0, 0, 0.0F));
     EXPECT_FALSE(isBlack(empty, 0, 0.0F));
 }
