@@ -38,8 +38,8 @@ class ZELSession : public CObject {
     bool start();
 
     /// Waits for the frame in work, ends the worker, drops the detectors and all collectors and releases the
-    /// listener. Frames that are still queued are not examined. Not from a message callback: the worker may be
-    /// waiting for it to end. The same goes for the feeds, which wait for a stop.
+    /// listener. Frames that are still queued are not examined. Not from a message callback: the worker may
+    /// be waiting for it to end. The same goes for the feeds, which wait for a stop.
     void stop();
 
     /// Subscribes the session to its frame results, which its listener then hears about. The centre keeps the
