@@ -121,7 +121,14 @@ class Watch {
 }  // namespace
 
 int runWatch(const WatchOptions& options, Console& console, const std::atomic<bool>& stop) {
-    return Watch(options, console, stop).run();
+    try {
+        return Watch(options, console, stop).run();
+    } catch (const MediaError&) {
+        if (stop.load()) {  // while the input was being opened
+            return kExitDone;
+        }
+        throw;
+    }
 }
 
 }  // namespace zel_monitor

@@ -9,7 +9,8 @@
 namespace zel_monitor {
 
 /// Plays the input into the library at its own pace and writes the reports; the exit status. Throws
-/// MediaError if the input cannot be opened. Once `stop` is set, it ends as at the end of the stream.
+/// MediaError if the input cannot be opened. Once `stop` is set, it ends as at the end of the stream, or at
+/// once if the input is still being opened.
 int runWatch(const WatchOptions& options, Console& console, const std::atomic<bool>& stop);
 
 }  // namespace zel_monitor
