@@ -179,6 +179,16 @@ class Smoother {
     static HWY_INLINE void store(Vector value, uint8_t* pixels) {
         hn::StoreU(hn::DemoteTo(kBytes, hn::DemoteTo(kInts, value)), kBytes, pixels);
     }
+    /// Stores kVectors vectors of whole numbers, two at a time.
+    static HWY_INLINE void storeAll(const Vector (&values)[kVectors], uint8_t* pixels) {
+        const hn::Twice<decltype(kInts)> ints;
+        const hn::Twice<decltype(kBytes)> bytes;
+        for (size_t v = 0; v < kVectors; v += 2) {
+            const auto both =
+                hn::Combine(ints, hn::DemoteTo(kInts, values[v + 1]), hn::DemoteTo(kInts, values[v]));
+            hn::StoreU(hn::DemoteTo(bytes, both), bytes, pixels + v * hn::Lanes(kDoubles));
+        }
+    }
     /// Weighted sum of five neighbours in the order of the plain version, not truncated.
     HWY_INLINE Vector sum(Vector a, Vector b, Vector c, Vector d, Vector e) const {
         auto value = hn::Mul(a, hn::Set(kDoubles, outer_));
@@ -229,12 +239,11 @@ class Smoother {
             lack4[v] = at_end;
             return full;
         };
-        const auto give = [&](size_t v, Vector after_next, uint8_t* pixels) HWY_ATTR {
+        const auto give = [&](size_t v, Vector after_next) HWY_ATTR {
             auto sum = hn::Add(hn::Mul(outer, before2[v]), hn::Mul(inner, before1[v]));
             sum = hn::Add(sum, hn::Mul(centre, here[v]));
             sum = hn::Add(sum, hn::Mul(inner, next[v]));
             sum = truncated(hn::Add(sum, hn::Mul(outer, after_next)));
-            store(sum, pixels + v * hn::Lanes(kDoubles));
             before2[v] = before1[v];
             before1[v] = sum;
             here[v] = next[v];
@@ -256,13 +265,15 @@ class Smoother {
         uint8_t* pixels = first;
         for (size_t x = 0; x + kMargin < width_; ++x, pixels += kTileRows) {
             for (size_t v = 0; v < kVectors; ++v) {
-                give(v, take(v, pixels + 2 * kMargin * kTileRows), pixels);
+                give(v, take(v, pixels + 2 * kMargin * kTileRows));
             }
+            storeAll(before1, pixels);
         }
         for (size_t x = 0; x < kMargin; ++x, pixels += kTileRows) {
             for (size_t v = 0; v < kVectors; ++v) {
-                give(v, load(ends.after[x] + y + row + v * hn::Lanes(kDoubles)), pixels);
+                give(v, load(ends.after[x] + y + row + v * hn::Lanes(kDoubles)));
             }
+            storeAll(before1, pixels);
         }
     }
 
