@@ -127,7 +127,7 @@ template <typename Visit>
 bool anyBeside(const CornerList& list, Corner at, Visit&& visit) {
     for (int32_t y = at.y - kStep; y <= at.y + kStep; y += kStep) {
         for (const Corner* b = std::lower_bound(list.begin(), list.end(), Corner{y, at.x - kClose});
-             b != list.end() && *b <= Corner{y, at.x + kClose}; ++b) {
+             b != list.end() && !(Corner{y, at.x + kClose} < *b); ++b) {
             if (b->x != at.x && visit(*b)) {
                 return true;
             }

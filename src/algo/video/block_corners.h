@@ -2,7 +2,6 @@
 #define ZEL_SRC_ALGO_VIDEO_BLOCK_CORNERS_H_
 
 #include <array>
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 
@@ -12,7 +11,8 @@ struct Corner {
     int32_t y;
     int32_t x;  ///< of the left end of the horizontal side, whichever end the corner is at
 
-    friend auto operator<=>(const Corner&, const Corner&) = default;
+    friend bool operator==(const Corner&, const Corner&) = default;
+    friend bool operator<(const Corner& a, const Corner& b) { return a.y != b.y ? a.y < b.y : a.x < b.x; }
 };
 
 /// Up to 500 corners of one kind, row by row from left to right.

@@ -9,7 +9,8 @@ namespace {
 
 uint8_t roundedLength(int32_t gx, int32_t gy) {
     constexpr int32_t kLongest = 255 * 255;
-    return static_cast<uint8_t>(std::sqrt(static_cast<double>(std::min(gx * gx + gy * gy, kLongest))) + 0.5);
+    const double length = std::sqrt(static_cast<double>(std::min(gx * gx + gy * gy, kLongest)));
+    return static_cast<uint8_t>(std::floor(length + 0.5));
 }
 
 Direction directionOf(int32_t gx, int32_t gy) {

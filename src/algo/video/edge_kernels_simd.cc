@@ -163,12 +163,20 @@ uint8_t thinnedMagnitudeSimd(const uint8_t* smooth, size_t width, size_t height,
     const auto next_bits = [&bits, words] { return std::exchange(bits, bits + words); };
     uint64_t* const horizontal[2] = {next_bits(), next_bits()};
     uint64_t* const vertical[2] = {next_bits(), next_bits()};
-    ThinningRows rows{};
-    for (uint64_t** const row :
-         {&rows.present, &rows.up, &rows.down, &rows.right, &rows.left, &rows.left2, &rows.left3,
-          &rows.up_left, &rows.down_left, &rows.up_left2, &rows.down_left2, &rows.keep}) {
-        *row = next_bits();
-    }
+    ThinningRows rows = {.horizontal = horizontal[0],
+                         .vertical = vertical[0],
+                         .present = next_bits(),
+                         .up = next_bits(),
+                         .down = next_bits(),
+                         .right = next_bits(),
+                         .left = next_bits(),
+                         .left2 = next_bits(),
+                         .left3 = next_bits(),
+                         .up_left = next_bits(),
+                         .down_left = next_bits(),
+                         .up_left2 = next_bits(),
+                         .down_left2 = next_bits(),
+                         .keep = next_bits()};
 
     const auto original_row = [&](size_t y) { return original + y % 3 * stride; };
     const auto find_gradient = [&](size_t y) HWY_ATTR {
