@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <exception>
 #include <fmt/format.h>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <thread>
@@ -32,16 +33,16 @@ void complain(const std::exception& error) {
 struct Outputs {
     explicit Outputs(const ScanOptions& options) : report(options.output, options.overwrite) {
         if (options.format != Format::kTable && !options.output.empty()) {
-            table.emplace("", false);
+            table = std::make_unique<OutputFile>("", false);
         }
         if (!options.html.empty()) {
-            page.emplace(options.html, options.overwrite);
+            page = std::make_unique<OutputFile>(options.html, options.overwrite);
         }
     }
 
     OutputFile report;
-    std::optional<OutputFile> table;  ///< standard output, if the report goes to a file and is for machines
-    std::optional<OutputFile> page;
+    std::unique_ptr<OutputFile> table;  ///< standard output, if the report goes to a file and is for machines
+    std::unique_ptr<OutputFile> page;
 };
 
 /// One run of the command.
@@ -76,9 +77,9 @@ class Scan {
     void work() {
         try {
             for (size_t i = next_++; i < scans_.size(); i = next_++) {
-                InputScan scan = scanInput(
-                    options_.inputs[i], options_.rules, outputs_.page.has_value(), progress_.slot(i),
-                    [this, i](const Event& event) { writeEvent(options_.inputs[i], event); });
+                InputScan scan =
+                    scanInput(options_.inputs[i], options_.rules, outputs_.page != nullptr, progress_.slot(i),
+                              [this, i](const Event& event) { writeEvent(options_.inputs[i], event); });
                 finishInput(i, std::move(scan));
             }
         } catch (...) {  // an output that takes no more; the inputs that are left would be for nothing
@@ -123,7 +124,7 @@ class Scan {
         if (options_.format == Format::kTable) {
             return &outputs_.report;
         }
-        return outputs_.table ? &*outputs_.table : nullptr;
+        return outputs_.table.get();
     }
 
     int conclude() {
@@ -170,9 +171,9 @@ int runScan(const ScanOptions& options) {
                    "zel-monitor: --html: this program was built without the page (ZEL_BUILD_PAGE=OFF)\n");
         return kUsage;
     }
-    std::optional<Outputs> outputs;
+    std::unique_ptr<Outputs> outputs;
     try {
-        outputs.emplace(options);
+        outputs = std::make_unique<Outputs>(options);
     } catch (const std::exception& error) {
         complain(error);
         return kUsage;

@@ -39,22 +39,24 @@ Recipe sound(const std::string& graph) {
 
 /// The scene with its middle third replaced by what the recipe before has made of it.
 Recipe spliced(const std::string& scene) {
-    return {"-i",
-            std::string(kPrevious),
-            "-filter_complex",
-            fmt::format("{0},split[a][c];[a]trim=0:4[a1];[c]trim=8:12,setpts=PTS-STARTPTS[c1];"
-                        "[0:v]trim=4:8,setpts=PTS-STARTPTS[b1];[a1][b1][c1]concat=n=3:v=1:a=0,setpts=N/25/TB",
-                        scene),
-            "-r",
-            "25",
-            "-c:v",
-            "libx264",
-            "-preset",
-            "veryfast",
-            "-crf",
-            "10",
-            "-pix_fmt",
-            "yuv420p"};
+    return {
+        "-i",
+        std::string(kPrevious),
+        "-filter_complex",
+        fmt::format(
+            "{0},split[a][c];[a]trim=0:4[a1];[c]trim=8:12,setpts=PTS-STARTPTS[c1];"
+            "[0:v]setsar=1,trim=4:8,setpts=PTS-STARTPTS[b1];[a1][b1][c1]concat=n=3:v=1:a=0,setpts=N/25/TB",
+            scene),
+        "-r",
+        "25",
+        "-c:v",
+        "libx264",
+        "-preset",
+        "veryfast",
+        "-crf",
+        "10",
+        "-pix_fmt",
+        "yuv420p"};
 }
 
 void addBlack(std::vector<Case>& cases) {
@@ -105,7 +107,8 @@ void addFreeze(std::vector<Case>& cases) {
         cases.push_back({name, Kind::kFreeze, hard, about, std::move(truth), {std::move(recipe)}});
     };
     const std::string moving = "testsrc2=s=640x360:r=25:d=8,scroll=h=0.01";
-    const std::string frozen = moving + ",loop=loop=100:size=1:start=100";  // picture 100 stays for 4 s more
+    const std::string frozen =
+        moving + ",loop=loop=100:size=1:start=100,setpts=N/25/TB";  // picture 100 stays for 4 s more
     const std::vector<Span> truth{{4.0, 8.04}};
     add("freeze-cut", false, "one picture stays for 4 s", truth, video(frozen));
     add("freeze-none", false, "everything moves", kNever, video(kScene));
@@ -129,6 +132,7 @@ void addBlock(std::vector<Case>& cases) {
     // A soft texture that pans: there is detail for the quantiser to lose, and no edge of its own.
     const std::string scene =
         "color=gray:s=72x40:r=25:d=1,trim=end_frame=1,noise=c0_seed=7:c0s=100,scale=640:360:flags=bicubic,"
+        "setsar=1,"
         "loop=loop=400:size=1,trim=duration=12,scroll=h=0.01";
     const auto add = [&](const char* name, bool hard, const char* about, std::vector<Span> truth,
                          std::vector<std::string> coder) {
@@ -155,6 +159,10 @@ void addBlock(std::vector<Case>& cases) {
         h264("51", true));
     add("block-damaged", true, "packets damaged on their way", kMiddle,
         {"-c:v", "mpeg2video", "-q:v", "6", "-g", "50", "-bsf:v", "noise=amount=3000"});
+    add("block-garbage", false,
+        "hard-edged squares of 8 pixels, as a decoder shows that has lost its references", kMiddle,
+        {"-vf", "scale=80:45:flags=area,noise=alls=80:allf=t,scale=640:360:flags=neighbor", "-c:v", "libx264",
+         "-qp", "10"});
     add("block-mosaic", true, "a mosaic of 16-pixel squares", kMiddle,
         {"-vf", "scale=40:24:flags=area,scale=640:360:flags=neighbor", "-c:v", "libx264", "-qp", "10"});
     add("block-windows", true, "a facade of small windows, which is no fault", kNever,

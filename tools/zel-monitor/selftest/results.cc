@@ -63,8 +63,8 @@ void appendRow(std::string& text, const scan::KindInfo& info, const char* which,
 std::optional<double> scoreBlockiness(std::vector<Result>& results) {
     std::vector<double> thresholds;
     for (const Result& result : results) {
-        for (const Blockiness& picture : result.blockiness) {
-            thresholds.push_back(picture.value);
+        for (const Blockiness& part : result.blockiness) {
+            thresholds.push_back(part.value);
         }
     }
     if (thresholds.empty()) {
@@ -105,9 +105,10 @@ std::string resultText(const std::vector<Result>& results, std::optional<double>
         appendRow(text, info, "hard", results, [](const Case& tested) { return tested.hard; });
     }
     if (block_threshold) {
-        text +=
-            fmt::format("\nblockdetect's threshold: {:.3f}, the one that serves it best on these clips.\n",
-                        *block_threshold);
+        text += fmt::format(
+            "\nblockdetect's threshold: {:.3f}, the one that serves it best on these clips; it is asked "
+            "about half a second at a time.\n",
+            *block_threshold);
     }
     text += "\n| case | | what it shows | zel-monitor | FFmpeg |\n|---|---|---|---|---|\n";
     for (const Result& result : results) {

@@ -10,7 +10,7 @@
 namespace zel_monitor::selftest {
 namespace {
 
-constexpr double kPictureS = 0.04;  // the corpus has 25 pictures per second
+constexpr double kBlockinessStepS = 0.5;
 
 /// The number behind the next `key` at or after `at`, which moves behind it.
 std::optional<double> numberAfter(std::string_view text, std::string_view key, size_t& at) {
@@ -29,9 +29,12 @@ std::optional<double> numberAfter(std::string_view text, std::string_view key, s
     return error == std::errc{} ? std::optional(value) : std::nullopt;
 }
 
-std::string filterOutput(const std::string& file, const std::string& kind, const std::string& filter) {
-    return outputOf({"ffmpeg", "-nostdin", "-nostats", "-hide_banner", "-v", "info", "-i", file, kind, filter,
-                     "-f", "null", "-"});
+std::string filterOutput(const std::string& file, const std::string& kind, const std::string& filter,
+                         const std::vector<std::string>& part = {}) {
+    std::vector<std::string> words{"ffmpeg", "-nostdin", "-nostats", "-hide_banner", "-v", "info"};
+    words.insert(words.end(), part.begin(), part.end());
+    words.insert(words.end(), {"-i", file, kind, filter, "-f", "null", "-"});
+    return outputOf(words);
 }
 
 }  // namespace
@@ -65,9 +68,17 @@ std::vector<Span> rivalEvents(Kind kind, const std::string& file, double length_
     }
 }
 
-std::vector<Blockiness> rivalBlockiness(const std::string& file) {
-    return parseBlockiness(
-        filterOutput(file, "-vf", "blockdetect,metadata=mode=print:key=lavfi.block:file=-"));
+std::vector<Blockiness> rivalBlockiness(const std::string& file, double length_s) {
+    std::vector<Blockiness> values;
+    for (double start_s = 0.0; start_s < length_s; start_s += kBlockinessStepS) {
+        const std::string text =
+            filterOutput(file, "-vf", "blockdetect,metadata=mode=print:key=lavfi.block:file=-",
+                         {"-ss", fmt::format("{}", start_s), "-t", fmt::format("{}", kBlockinessStepS)});
+        if (const auto value = parseBlockiness(text)) {
+            values.push_back({start_s, *value});
+        }
+    }
+    return values;
 }
 
 std::vector<Span> blockEvents(const std::vector<Blockiness>& values, double threshold) {
@@ -79,11 +90,11 @@ std::vector<Span> blockEvents(const std::vector<Blockiness>& values, double thre
     };
     scan::EventTracker tracker(Kind::kBlock, scan::infoOf(Kind::kBlock).rule);
     double end_s = 0.0;
-    for (const Blockiness& picture : values) {
-        end_s = picture.time_s + kPictureS;
+    for (const Blockiness& part : values) {
+        end_s = part.start_s + kBlockinessStepS;
         add(tracker
-                .see({picture.time_s, end_s},
-                     picture.value >= threshold ? scan::Sight::kPresent : scan::Sight::kAbsent)
+                .see({part.start_s, end_s},
+                     part.value >= threshold ? scan::Sight::kPresent : scan::Sight::kAbsent)
                 .ended);
     }
     add(tracker.finish(end_s));
@@ -119,15 +130,14 @@ std::vector<Span> parseStartEnd(std::string_view text, std::string_view name, do
     }
 }
 
-std::vector<Blockiness> parseBlockiness(std::string_view text) {
-    std::vector<Blockiness> values;
+std::optional<double> parseBlockiness(std::string_view text) {
+    std::optional<double> last;
     for (size_t at = 0;;) {
-        const auto time = numberAfter(text, "pts_time:", at);
         const auto value = numberAfter(text, "lavfi.block=", at);
-        if (!time || !value) {
-            return values;
+        if (!value) {
+            return last;
         }
-        values.push_back({*time, *value});
+        last = value;
     }
 }
 

@@ -103,7 +103,7 @@ Result test(const Case& tested, const ClipFolder& folder) {
     result.tested = &tested;
     result.ours = scoreOf(tested.truth, eventsOf(report, tested.kind));
     if (tested.kind == Kind::kBlock) {
-        result.blockiness = rivalBlockiness(file);
+        result.blockiness = rivalBlockiness(file, report.length_s);
     } else if (!rivalOf(tested.kind).empty()) {
         result.rival = scoreOf(tested.truth, rivalEvents(tested.kind, file, report.length_s));
     }
