@@ -11,13 +11,14 @@
 
 namespace {
 
-/// The session behind a handle; a log line with the export's name and `line` if there is no handle.
-ZELSessionPc* sessionOf(const ZELHandle* handle, const char* function, int line) {
+/// A reference of the call's own, since a callback may release the handle meanwhile. A log line with the
+/// export's name and `line` if there is no handle.
+std::shared_ptr<ZELSessionPc> sessionOf(const ZELHandle* handle, const char* function, int line) {
     if (handle == nullptr) {
         ZEL_LOG_PC(function, line, "ERRO: please init handle\n");
         return nullptr;
     }
-    return handle->session.get();
+    return handle->session;
 }
 
 }  // namespace
@@ -40,13 +41,13 @@ void release_handle(ZELHandle* handle) {
 }
 
 void set_heart_beat_callback(ZELHandle* handle, HeartBeatCallback callback) {
-    if (ZELSessionPc* const session = sessionOf(handle, "set_heart_beat_callback", 49)) {
+    if (const auto session = sessionOf(handle, "set_heart_beat_callback", 49)) {
         session->setHeartBeatCallback(callback);
     }
 }
 
 void set_heart_beat_detail_callback(ZELHandle* handle, HeartBeatDetailCallback callback) {
-    if (ZELSessionPc* const session = sessionOf(handle, "set_heart_beat_detail_callback", 59)) {
+    if (const auto session = sessionOf(handle, "set_heart_beat_detail_callback", 59)) {
         session->setHeartBeatDetailCallback(callback);
     }
 }
@@ -64,7 +65,7 @@ void set_cobalt_int_callback(CobaltIntCallback callback) {
 }
 
 void set_user_state_dir(ZELHandle* handle, ReportMap user_state) {
-    if (ZELSessionPc* const session = sessionOf(handle, "set_user_state_dir", 69)) {
+    if (const auto session = sessionOf(handle, "set_user_state_dir", 69)) {
         session->setUserState(std::move(user_state));
     }
 }
@@ -74,30 +75,31 @@ void set_tlm_upload_callback(TlmUploadCallback callback) {
 }
 
 bool start_zel_session(ZELHandle* handle) {
-    ZELSessionPc* const session = sessionOf(handle, "start_zel_session", 78);
+    const auto session = sessionOf(handle, "start_zel_session", 78);
     return session != nullptr && session->start();
 }
 
 void stop_zel_session(ZELHandle* handle) {
-    if (sessionOf(handle, "stop_zel_session", 121) != nullptr) {
-        ZELManagerPc::getInstance().stopSession(handle->session);
+    if (const auto session = sessionOf(handle, "stop_zel_session", 121)) {
+        ZELManagerPc::getInstance().stopSession(session);
     }
 }
 
 bool feed_audio_frame(ZELHandle* handle, const uint8_t* data, uint64_t samples, int32_t bytes_per_sample,
                       int32_t sample_rate, int32_t channels, int64_t index) {
-    ZELSessionPc* const session = sessionOf(handle, "feed_audio_frame", 111);
+    const auto session = sessionOf(handle, "feed_audio_frame", 111);
     return session != nullptr &&
            session->feed_audio_frame({data, samples, bytes_per_sample, sample_rate, channels, index});
 }
 
 bool feed_video_frame(ZELHandle* handle, const uint8_t* data, int32_t width, int32_t height, int64_t index) {
-    ZELSessionPc* const session = sessionOf(handle, "feed_video_frame", 93);
+    const auto session = sessionOf(handle, "feed_video_frame", 93);
     return session != nullptr && session->feed_video_frame({data, width, height, index});
 }
 
 uint64_t get_session_id(ZELHandle* handle) {
-    return handle->session->get_session_id();
+    const std::shared_ptr<ZELSessionPc> session = handle->session;
+    return session->get_session_id();
 }
 
 bool zel_collect_accumulative_data_for_session_v2(uint64_t session_id,

@@ -44,18 +44,17 @@ void zel_log(const char* format, ...) {
     std::array<char, 256> line;  // every fixed message fits; names given by a host may not
     va_list arguments;
     va_start(arguments, format);
-    va_list again;
-    va_copy(again, arguments);
     const int length = std::vsnprintf(line.data(), line.size(), format, arguments);
     va_end(arguments);
     if (length >= 0 && static_cast<size_t>(length) < line.size()) {
         deliver(line.data(), static_cast<size_t>(length));
     } else if (length >= 0) {
         std::string text(static_cast<size_t>(length), '\0');
-        std::vsnprintf(text.data(), text.size() + 1, format, again);
+        va_start(arguments, format);
+        std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+        va_end(arguments);
         deliver(text.data(), text.size());
     }
-    va_end(again);
 }
 
 }  // namespace ZEL

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
-#include <future>
+#include <iterator>
 #include <list>
 #include <map>
 #include <system_error>
@@ -13,7 +13,7 @@
 
 #include "base/log_format.h"
 #include "base/mutex.h"
-#include "base/thread_name.h"
+#include "base/started_thread.h"
 
 namespace ZEL {
 namespace {
@@ -39,7 +39,8 @@ struct MessageCenter::State {
     std::atomic<bool> stopped = false;
     Mutex join_mutex;
     std::thread worker;
-    std::thread::id worker_id;
+    /// The centre that the calling thread delivers for, if it is a delivery thread.
+    static thread_local const State* delivering_for;
 
     bool add(const std::string& name, Listener listener);
     void run();
@@ -61,7 +62,10 @@ bool MessageCenter::State::add(const std::string& name, Listener listener) {
     return true;
 }
 
+thread_local const MessageCenter::State* MessageCenter::State::delivering_for = nullptr;
+
 void MessageCenter::State::run() {
+    delivering_for = this;
     while (!stopped) {
         const MutexLock lock(queue_mutex);
         while (queue.empty() && !stopped) {
@@ -92,15 +96,7 @@ void MessageCenter::State::deliver(Message& message) {
 }
 
 MessageCenter::MessageCenter() : state_(std::make_unique<State>()) {
-    std::promise<void> named;
-    const std::future<void> running = named.get_future();
-    state_->worker = std::thread([state = state_.get(), named = std::move(named)]() mutable {
-        setThreadName("MPMessageCenter");
-        named.set_value();
-        state->run();
-    });
-    state_->worker_id = state_->worker.get_id();
-    running.wait();
+    state_->worker = startThread([] { return "MPMessageCenter"; }, [state = state_.get()] { state->run(); });
 }
 
 MessageCenter::~MessageCenter() = default;
@@ -118,11 +114,16 @@ void MessageCenter::registerListenerLogged(const std::string& name, std::shared_
 }
 
 int32_t MessageCenter::unregisterListener(const std::string& name, const std::shared_ptr<CObject>& owner) {
+    std::vector<Listener> removed;  // outlives the lock: what a callback holds may call the centre as it dies
     const MutexLock lock(state_->listeners_mutex);
     const auto found = state_->listeners.find(name);
     if (found != state_->listeners.end()) {
-        std::erase_if(found->second, [&](const Listener& entry) { return entry.owner == owner; });
-        if (found->second.empty()) {
+        std::vector<Listener>& entries = found->second;
+        const auto first = std::stable_partition(entries.begin(), entries.end(),
+                                                 [&](const Listener& entry) { return entry.owner != owner; });
+        removed.assign(std::make_move_iterator(first), std::make_move_iterator(entries.end()));
+        entries.erase(first, entries.end());
+        if (entries.empty()) {
             state_->listeners.erase(found);
         }
     }
@@ -152,7 +153,7 @@ void MessageCenter::receiveNoLock(std::shared_ptr<Message> message) {
 
 void MessageCenter::stop() {
     state_->stopped = true;
-    if (std::this_thread::get_id() == state_->worker_id) {
+    if (State::delivering_for == state_.get()) {
         throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
     }
     { const MutexLock lock(state_->queue_mutex); }  // the worker sees the flag before it waits, or is waiting

@@ -29,10 +29,11 @@ double errorFraction(MetricRecorder& codes) {
 
 double networkErrorFraction(MetricRecorder& codes) {
     // Intended: the gap before -50007, and -100010 in it. The last one is FFmpeg's end of file.
-    static const std::vector<double> network_errors = {
+    // Never destroyed: players report until the process ends.
+    static const auto* const network_errors = new std::vector<double>{
         -60,    -65,    -57,    -54,    -5,     -103,   -110,   -50000, -50001, -50002, -50003,    -100010,
         -50007, -50008, -50009, -50010, -10605, -10608, -10609, -10610, -10612, -10613, -541478725};
-    return codes.codeListFraction(network_errors);
+    return codes.codeListFraction(*network_errors);
 }
 
 /// One value of an answer, and the samples it is worked out from.

@@ -96,12 +96,13 @@ void ZELManager::reportPlaybackEnd(uint64_t source, ReportMap report) {
     state_->forward(&ZELDataMonitor::reportPlaybackEnd, source, report);
 }
 
-void ZELManager::registerSession(const std::shared_ptr<ZELSession>& session) {
+void ZELManager::registerSession(std::shared_ptr<ZELSession> session) {
     if (session == nullptr) {
         return;
     }
     const MutexLock lock(state_->mutex);
-    state_->sessions[session->getSessionId()] = session;
+    const int64_t id = session->getSessionId();
+    state_->sessions[id] = std::move(session);
 }
 
 void ZELManager::unregisterSession(int64_t session_id) {
@@ -121,12 +122,12 @@ bool ZELManager::collectSerialDataForSession(int64_t session_id, const std::stri
     return session != nullptr && session->collectSerialData(name, key, samples);
 }
 
-bool ZELManager::registerCollector(int64_t key, const std::shared_ptr<ZELInfoCollector>& collector) {
+bool ZELManager::registerCollector(int64_t key, std::shared_ptr<ZELInfoCollector> collector) {
     if (collector == nullptr) {
         return false;
     }
     const MutexLock lock(state_->mutex);
-    state_->collectors[key] = collector;
+    state_->collectors[key] = std::move(collector);
     return true;
 }
 

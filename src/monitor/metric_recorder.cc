@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "base/clock.h"
-#include "monitor/truncate.h"
+#include "base/truncate.h"
 
 namespace ZEL {
 namespace {

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "monitor/truncate.h"
+#include "base/truncate.h"
 
 namespace ZEL {
 namespace {

@@ -1,11 +1,29 @@
 #include "pc/timer_pc.h"
 
 #include <chrono>
+#include <exception>
 #include <string>
 #include <thread>
 #include <utility>
 
+#include "base/log_format.h"
+#include "base/started_thread.h"
 #include "base/thread_name.h"
+
+namespace {
+
+/// A tick that fails is left out: what a host's callback throws must not end the process from this thread.
+void runTick(const ZELPCTimer::Task& task) {
+    try {
+        task();
+    } catch (const std::exception& error) {
+        ZEL::zel_log("WARN: a heartbeat failed: %s\n", error.what());
+    } catch (...) {
+        ZEL::zel_log("WARN: a heartbeat failed\n");
+    }
+}
+
+}  // namespace
 
 void ZELPCTimer::RunningFlag::clear() {
     {
@@ -13,11 +31,6 @@ void ZELPCTimer::RunningFlag::clear() {
         set_ = false;
     }
     cleared_.notify_all();
-}
-
-bool ZELPCTimer::RunningFlag::isSet() const {
-    const ZEL::MutexLock lock(mutex_);
-    return set_;
 }
 
 bool ZELPCTimer::RunningFlag::holdsFor(int32_t seconds) const {
@@ -30,12 +43,13 @@ bool ZELPCTimer::RunningFlag::holdsFor(int32_t seconds) const {
 
 ZELPCTimer::ZELPCTimer(int32_t period_seconds, Mode mode, Task task, std::shared_ptr<RunningFlag> running)
     : running_(std::move(running)) {
-    std::thread thread([running = running_, period_seconds, task = std::move(task)] {
-        ZEL::setThreadName("zel_timer_thread_" + std::to_string(ZEL::threadId()));
-        while (running->holdsFor(period_seconds)) {
-            task();
-        }
-    });
+    std::thread thread =
+        ZEL::startThread([] { return "zel_timer_thread_" + std::to_string(ZEL::threadId()); },
+                         [running = running_, period_seconds, task = std::move(task)] {
+                             while (running->holdsFor(period_seconds)) {
+                                 runTick(task);
+                             }
+                         });
     if (mode == Mode::kDetached) {
         thread.detach();
     } else {

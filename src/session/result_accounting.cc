@@ -20,6 +20,12 @@ std::string decimalText(uint32_t value) {
     return std::to_string(static_cast<int32_t>(value));
 }
 
+void publish(MessageCenter& center, const char* name, const DetectorCall& call, ReportMap detail) {
+    detail["detect_res"] = call.status ? "1" : "0";
+    detail["process_time"] = fixedText(call.seconds);
+    center.publish(std::make_shared<Message>(name, std::move(detail)));
+}
+
 }  // namespace
 
 ResultAccounting::ResultAccounting(std::weak_ptr<MessageCenter> center) : center_(std::move(center)) {}
@@ -45,8 +51,8 @@ void ResultAccounting::account(const DetectorCall& call, const ZELAlgo::ZELVideo
             }
         }
     }
-    if (publish_) {
-        publish("ZELMsgVideoFrameResult", call,
+    if (const auto center = publishingCenter()) {
+        publish(*center, "ZELMsgVideoFrameResult", call,
                 {{"screen_type", decimalText(result.screen_type)},
                  {"is_block", decimalText(result.is_block)},
                  {"is_staticframe", decimalText(result.is_staticframe)},
@@ -76,9 +82,9 @@ void ResultAccounting::account(const DetectorCall& call, const ZELAlgo::ZELAudio
             }
         }
     }
-    if (publish_) {
+    if (const auto center = publishingCenter()) {
         // Intended: the share of voice has a gauge but no place in the message.
-        publish("ZELMsgAudioFrameResult", call,
+        publish(*center, "ZELMsgAudioFrameResult", call,
                 {{"voice_level_longtime", decimalText(result.voice_level_longtime)},
                  {"audio_level", decimalText(result.audio_level)},
                  {"is_mute", decimalText(result.is_mute)},
@@ -101,12 +107,8 @@ void ResultAccounting::bump(const char* counter) {
     }
 }
 
-void ResultAccounting::publish(const char* name, const DetectorCall& call, ReportMap detail) const {
-    if (const std::shared_ptr<MessageCenter> center = center_.lock()) {
-        detail["detect_res"] = call.status ? "1" : "0";
-        detail["process_time"] = fixedText(call.seconds);
-        center->publish(std::make_shared<Message>(name, std::move(detail)));
-    }
+std::shared_ptr<MessageCenter> ResultAccounting::publishingCenter() const {
+    return publish_ ? center_.lock() : nullptr;
 }
 
 }  // namespace ZEL

@@ -41,7 +41,8 @@ class ResultAccounting {
 
   private:
     void bump(const char* counter) ZEL_REQUIRES(mutex_);
-    void publish(const char* name, const DetectorCall& call, ReportMap detail) const;
+    /// Null if nothing is to be published.
+    std::shared_ptr<MessageCenter> publishingCenter() const;
 
     const std::weak_ptr<MessageCenter> center_;
     std::atomic<bool> publish_{false};

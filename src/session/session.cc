@@ -49,7 +49,8 @@ struct ZELSession::Parts {
     HeartbeatReport report ZEL_GUARDED_BY(report_mutex);
 };
 
-ZELSession::ZELSession(std::shared_ptr<MessageCenter> center) : parts_(std::make_unique<Parts>(center)) {}
+ZELSession::ZELSession(std::shared_ptr<MessageCenter> center)
+    : parts_(std::make_unique<Parts>(std::move(center))) {}
 
 ZELSession::~ZELSession() {
     const MutexLock lock(parts_->lifecycle_mutex);
@@ -73,6 +74,7 @@ bool ZELSession::start() {
 }
 
 void ZELSession::stop() {
+    std::shared_ptr<IZELSessionListener> listener;  // dies last: it may be what keeps this session
     const MutexLock lock(parts_->lifecycle_mutex);
     parts_->stopped = true;
     parts_->worker.stop();
@@ -81,7 +83,8 @@ void ZELSession::stop() {
             purge();
         }
     }
-    setListener(nullptr);
+    const MutexLock listener_lock(parts_->listener_mutex);
+    listener.swap(parts_->listener);
 }
 
 void ZELSession::registerMessageListeners() {

@@ -5,7 +5,7 @@
 #include <optional>
 
 #include "base/clock.h"
-#include "base/thread_name.h"
+#include "base/started_thread.h"
 #include "session/mix_down.h"
 #include "session/result_accounting.h"
 #include "session/task_queue.h"
@@ -32,11 +32,11 @@ SessionWorker::~SessionWorker() {
 
 void SessionWorker::start(const std::string& thread_name, const ZELAlgo::ZELAlgoConfig& config) {
     queue_.open();
-    thread_ = std::thread([this, thread_name, config] {
-        setThreadName(thread_name);
-        ZELAlgo::AlgoFacade algo(config);
-        run(algo);
-    });
+    thread_ = startThread([&thread_name] { return thread_name; },
+                          [this, config] {
+                              ZELAlgo::AlgoFacade algo(config);
+                              run(algo);
+                          });
 }
 
 void SessionWorker::stop() {

@@ -123,13 +123,43 @@ TEST_F(Exports, WithoutATimerThereIsNoEndingHeartbeat) {
     Handle refused = open(3600);
     set_heart_beat_timer_switch_listener(refused.get(), [] { return false; });
     EXPECT_EQ(eventsOfOneRun(std::move(refused)), 1U);
-    host_.setSwitch("DisableEndingTimer", true);
+    Handle withdrawn = open(3600);
+    start_zel_session(withdrawn.get());
+    set_heart_beat_timer_switch_listener(withdrawn.get(), [] { return false; });
+    EXPECT_EQ(eventsOfOneRun(std::move(withdrawn)), 1U);  // the second start ends the first one's timer
     Handle quiet = open(3600);
     start_zel_session(quiet.get());
     host_.setSwitch("DisableEndingTimer", true);
     const size_t before = host_.events().size();
     stop_zel_session(quiet.get());
     EXPECT_EQ(host_.events().size(), before + 1);
+}
+
+TEST_F(Exports, AskTheListenerAtEveryStartWhateverTheInterval) {
+    static int asked;
+    asked = 0;
+    const Handle handle(init_handle());
+    set_heart_beat_timer_switch_listener(handle.get(), [] { return ++asked > 0; });
+    start_zel_session(handle.get());
+    start_zel_session(handle.get());
+    EXPECT_EQ(asked, 2);
+    stop_zel_session(handle.get());
+}
+
+TEST_F(Exports, AHostMayReleaseItsHandleInTheEndingHeartbeat) {
+    static ZELHandle* handle;
+    handle = open(3600).release();
+    set_heart_beat_callback(handle, [](ReportMap*) { release_handle(handle); });
+    start_zel_session(handle);
+    stop_zel_session(handle);
+    EXPECT_EQ(host_.events().size(), 2U);
+
+    handle = open(3600).release();
+    set_heart_beat_timer_switch_listener(handle, [] {
+        release_handle(handle);
+        return true;
+    });
+    start_zel_session(handle);
 }
 
 TEST_F(Exports, HeartbeatsTickAndCarryFramesUntilStopped) {

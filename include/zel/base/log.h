@@ -6,12 +6,13 @@
 namespace ZEL {
 
 /// Takes one whole log message of `length` bytes (usually ending in a newline; not zero-terminated by
-/// contract) and the context given to setLogSink. Called from any thread, one message at a time.
+/// contract) and the context given to setLogSink. Called from any thread, one message at a time. A sink
+/// must not throw nor call the library.
 using LogSink = void (*)(const char* text, size_t length, void* context);
 
-/// Sends all log messages of the process to `sink`; null restores standard output. When it returns, the
+/// Sends all log messages of the process to `function`; null restores standard output. When it returns, the
 /// previous sink is no longer running and will not be called again. Any thread, but not from inside a sink.
-void setLogSink(LogSink sink, void* context);
+void setLogSink(LogSink function, void* context);
 
 }  // namespace ZEL
 

@@ -18,7 +18,7 @@ class Message : public CObject {
     explicit Message(std::string name, ReportMap payload = {});
 
     /// A message to or about `target`. Throws std::bad_weak_ptr if that object is gone.
-    Message(std::string name, ReportMap payload, const std::weak_ptr<CObject>& target);
+    Message(std::string name, ReportMap payload, std::weak_ptr<CObject> target);
 
     /// What listeners register for.
     const std::string& name() const { return name_; }

@@ -52,7 +52,7 @@ class ZELManager : public CObject, public ZELDataMonitor {
     void reportPlaybackEnd(uint64_t source, ReportMap report) override;
 
     /// Makes a session known by its id, in place of any other with that id. Null is ignored.
-    void registerSession(const std::shared_ptr<ZELSession>& session);
+    void registerSession(std::shared_ptr<ZELSession> session);
 
     /// Makes a session unknown again. A session that ends does so itself, with the manager of this process.
     void unregisterSession(int64_t session_id);
@@ -65,7 +65,7 @@ class ZELManager : public CObject, public ZELDataMonitor {
                                      const std::vector<float>& samples);
 
     /// Makes a collector known by `key`, in place of any other. False for null.
-    bool registerCollector(int64_t key, const std::shared_ptr<ZELInfoCollector>& collector);
+    bool registerCollector(int64_t key, std::shared_ptr<ZELInfoCollector> collector);
 
     /// Makes what `existing_key` stands for known by `new_key` too. False if there is nothing.
     bool aliasCollector(int64_t new_key, int64_t existing_key);

@@ -16,7 +16,9 @@
 
 namespace ZEL {
 
-/// Hears that a session has a new frame result. Called on the message centre's thread.
+/// Hears that a session has a new frame result. Called on the message centre's thread, for which the
+/// session's worker may be waiting: it must not start, stop, feed or configure the session, nor drop the last
+/// reference to it.
 class IZELSessionListener {
   public:
     virtual ~IZELSessionListener() = default;
@@ -48,7 +50,8 @@ class ZELSession : public CObject {
     void unregisterMessageListeners();
 
     /// Queue a frame and return; the oldest queued one is dropped beyond 10 pictures or 50 blocks of sound.
-    /// `index` is not used. True, or false for a null frame.
+    /// `index` is not used. True, or false for a null frame and for sizes that are
+    /// not positive.
     bool feedVideoFrame(std::shared_ptr<VideoFrame> frame, int64_t index);
     bool feedAudioFrame(std::shared_ptr<AudioFrame> frame, int64_t index);
 

@@ -1,7 +1,5 @@
 #include "base/text.h"
 
-#include <clocale>
-
 #include <gtest/gtest.h>
 
 namespace {

@@ -279,4 +279,22 @@ TEST_F(MessageCenterTest, LosesNothingWhileManyThreadsPublishAndSubscribe) {
     EXPECT_THAT(received, testing::Each(want));
 }
 
+TEST_F(MessageCenterTest, StopsAgainOnAnyOtherThread) {
+    // The system may give a new thread the number that the delivery thread had.
+    for (int i = 0; i < 20; ++i) {
+        center.stop();
+        std::thread([this] { EXPECT_NO_THROW(center.stop()); }).join();
+    }
+}
+
+TEST_F(MessageCenterTest, LetsWhatACallbackHoldsCallTheCentreAsItDies) {
+    struct Caller {
+        explicit Caller(MessageCenter& called) : center(called) {}
+        ~Caller() { center.unregisterListener("another", std::make_shared<Owner>()); }
+        MessageCenter& center;
+    };
+    center.registerListener("name", owner, [caller = std::make_shared<Caller>(center)](const auto&) {});
+    EXPECT_EQ(center.unregisterListener("name", owner), -1);
+}
+
 }  // namespace

@@ -138,6 +138,34 @@ TEST_F(SessionPc, PassesCoreEventsToTheEventCallback) {
     EXPECT_EQ(heard, "123event");
 }
 
+TEST_F(SessionPc, KeepsTheNamedCollectorsOutOfItsHeartbeats) {
+    const auto core = std::make_shared<ZEL::ZELSession>(center_);
+    const auto session = std::make_shared<ZELSessionPc>(host_);
+    session->attachCore(core);
+    const std::map<std::string, int64_t> values{{"collected", 1}};
+    EXPECT_TRUE(core->collectAccumulativeData("ZELAccumulativeInfoCollector", &values));
+    ReportMap report;
+    core->getHeartbeatInfo(report);
+    EXPECT_EQ(report.count("collected"), 0U);
+}
+
+TEST_F(SessionPc, UnsubscribesItsCoreAtAStopUnlessToldNotTo) {
+    static bool leave_listeners = false;
+    host_.switches.registerBool(
+        [](const char* key) { return leave_listeners && std::string(key) == "DisableFixListenerCleaning"; });
+    for (const bool leave : {false, true}) {
+        leave_listeners = leave;
+        const auto core = std::make_shared<ZEL::ZELSession>(center_);
+        const auto session = std::make_shared<ZELSessionPc>(host_);
+        session->attachCore(core);
+        const long unsubscribed = core.use_count();
+        session->start();
+        EXPECT_GT(core.use_count(), unsubscribed);  // the centre holds its subscribers
+        session->stop();
+        EXPECT_EQ(core.use_count() > unsubscribed, leave);
+    }
+}
+
 TEST_F(SessionPc, FreesItsCoreWhenReleasedWithoutAStop) {
     auto core = std::make_shared<ZEL::ZELSession>(center_);
     const std::weak_ptr<ZEL::ZELSession> watch = core;

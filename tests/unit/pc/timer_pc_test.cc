@@ -1,9 +1,11 @@
 #include "pc/timer_pc.h"
 
+#include <stdexcept>
 #include <thread>
 
 #include <gtest/gtest.h>
 
+#include "support/log_capture.h"
 #include "support/wait.h"
 
 namespace {
@@ -24,6 +26,27 @@ TEST(TimerPc, TicksUntilStopped) {
         },
         running);
     EXPECT_EQ(ticks.value(), 3);
+}
+
+TEST(TimerPc, LeavesOutATickThatThrows) {
+    const support::LogCapture log;
+    int ticks = 0;
+    const auto running = std::make_shared<ZELPCTimer::RunningFlag>();
+    const ZELPCTimer timer(
+        0, Mode::kJoined,
+        [&] {
+            if (++ticks == 1) {
+                throw std::runtime_error("no memory");
+            }
+            if (ticks == 2) {
+                throw 2;
+            }
+            running->clear();
+        },
+        running);
+    EXPECT_EQ(ticks, 3);
+    EXPECT_EQ(log.messages(), (std::vector<std::string>{"WARN: a heartbeat failed: no memory\n",
+                                                        "WARN: a heartbeat failed\n"}));
 }
 
 /// Ends a test's wait when the timer's thread lets go of its task.

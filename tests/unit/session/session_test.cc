@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "base/clock.h"
+#include "session/session_hooks.h"
 #include "support/frames.h"
 #include "support/wait.h"
 
@@ -162,6 +164,39 @@ TEST_F(Session, RefusesWhatIsNoFrame) {
     EXPECT_FALSE(session_->feedAudioFrame(std::make_shared<ZEL::AudioFrame>(0, nullptr, 1, 48000, 0), 0));
     EXPECT_EQ(heartbeat().at("zel_vframes"), "0");
     EXPECT_EQ(heartbeat().at("zel_aframes"), "0");
+}
+
+TEST_F(Session, SumsTheTimeOfIntakePerKind) {
+    static std::atomic<int> quarters;
+    quarters = 0;
+    ZEL::setClockForTesting([] { return ++quarters * 0.25; });
+    for (int i = 0; i < 3; ++i) {
+        feed(1, kMidGrey);
+    }
+    session_->feedAudioFrame(silentAudioFrame(480), 0);
+    ZEL::setClockForTesting(nullptr);
+    const ReportMap report = heartbeat();
+    EXPECT_EQ(report.at("zel_vframes_time"), "0.750000");
+    EXPECT_EQ(report.at("zel_aframes_time"), "0.250000");
+    EXPECT_EQ(session_->getAccumulativeInfo().at("zel_vframes_time"), "0.750000");
+}
+
+TEST_F(Session, TellsWhoeverKeepsTrackThatItEnds) {
+    static int64_t forgotten;
+    static int purges;
+    forgotten = 0;
+    purges = 0;
+    ZEL::setSessionHooks(
+        {.forget_session = [](int64_t id) { forgotten = id; }, .purge_collectors = [] { ++purges; }});
+    const int64_t id = session_->getSessionId();
+    session_->stop();
+    EXPECT_EQ(purges, 0);  // no collector was added
+    session_->addCollector("ZELAccumulativeInfoCollector");
+    session_->stop();
+    EXPECT_EQ(purges, 1);
+    session_ = std::make_shared<ZEL::ZELSession>(center_);
+    EXPECT_EQ(forgotten, id);
+    ZEL::setSessionHooks({});
 }
 
 TEST_F(Session, CountsFramesWithoutDataAndFindsNothingInThem) {
