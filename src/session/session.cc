@@ -49,6 +49,7 @@ struct ZELSession::Parts {
     HeartbeatReport report ZEL_GUARDED_BY(report_mutex);
 };
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes a reference of its own
 ZELSession::ZELSession(std::shared_ptr<MessageCenter> center)
     : parts_(std::make_unique<Parts>(std::move(center))) {}
 
