@@ -11,6 +11,7 @@ struct Corner {
     int32_t y;
     int32_t x;  ///< of the left end of the horizontal side, whichever end the corner is at
 
+    // NOLINTNEXTLINE(modernize-use-nullptr): takes the compiler's own comparison for a 0
     friend bool operator==(const Corner&, const Corner&) = default;
     friend bool operator<(const Corner& a, const Corner& b) { return a.y != b.y ? a.y < b.y : a.x < b.x; }
 };
