@@ -2,6 +2,8 @@
 
 #if ZEL_SIMD
 
+// Captured vectors and rows of 64 bits need vectors of a fixed size.
+#define HWY_DISABLED_TARGETS (HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
 // clang-format off: foreach_target.h compiles this file once per instruction set and must come first.
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "algo/video/edge_kernels_simd.cc"
@@ -96,17 +98,20 @@ class GradientRow {
 
     /// Square roots of 0 to 65025 to the nearest whole number, in the lower half of each lane.
     static HWY_INLINE Ints root(Ints square) {
-        // One step of Newton's on an estimate that is good to 1.5 / 2^12 leaves an error below 0.0001. No
-        // whole number has a root within 0.0004 of the middle between two others, so it is rounded as the
-        // exact root.
+        // No whole number has a root within 0.0004 of the middle between two others. Adding 2^23 rounds to a
+        // whole number and puts it into the lowest bits.
         const auto value = hn::ConvertTo(kFloats, square);
+        const auto rounding = hn::Set(kFloats, 8388608.0F);
+        if constexpr (!HWY_ARCH_X86) {  // estimates elsewhere have as few as 8 good bits
+            return hn::BitCast(kInts, hn::Add(hn::Sqrt(value), rounding));
+        }
+        // One step of Newton's on an estimate that is good to 1.5 / 2^12 leaves an error below 0.0001.
         const auto some = hn::Max(value, hn::Set(kFloats, 1.0F));
         const auto estimate = hn::ApproximateReciprocalSqrt(some);
         const auto root = hn::Mul(value, estimate);
         const auto half = hn::Mul(estimate, hn::Set(kFloats, 0.5F));
         const auto correction = hn::Sub(hn::Set(kFloats, 1.5F), hn::Mul(hn::Mul(some, estimate), half));
-        // Adding 2^23 rounds to a whole number and puts it into the lowest bits.
-        return hn::BitCast(kInts, hn::Add(hn::Mul(root, correction), hn::Set(kFloats, 8388608.0F)));
+        return hn::BitCast(kInts, hn::Add(hn::Mul(root, correction), rounding));
     }
 
     size_t width_;
