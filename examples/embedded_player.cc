@@ -7,10 +7,12 @@
 // health assessments sum up what the playbacks were like. FFmpeg decodes.
 #include <zel/player.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
 #include <functional>
+#include <limits>
 #include <stdexcept>
 #include <thread>
 #include <utility>
@@ -83,7 +85,7 @@ class Media {
                 has_pictures_ = has_pictures_ || type == AVMEDIA_TYPE_VIDEO;
             }
         }
-        if (decoders_.empty()) {
+        if (tracks_.empty()) {
             throw MediaError(AVERROR_STREAM_NOT_FOUND);
         }
     }
@@ -92,14 +94,14 @@ class Media {
         const Handle<AVPacket> packet(av_packet_alloc());
         int error = 0;
         while ((error = av_read_frame(format_.get(), packet.get())) >= 0) {
-            const auto decoder = decoders_.find(packet->stream_index);
-            if (decoder != decoders_.end()) {
-                decode(*decoder, packet.get(), sink);
+            const auto track = tracks_.find(packet->stream_index);
+            if (track != tracks_.end()) {
+                decode(*track, packet.get(), sink);
             }
             av_packet_unref(packet.get());
         }
-        for (auto& decoder : decoders_) {
-            decode(decoder, nullptr, sink);  // what is still inside
+        for (auto& track : tracks_) {
+            decode(track, nullptr, sink);  // what is still inside
         }
         if (error != AVERROR_EOF) {
             throw MediaError(error);
@@ -110,28 +112,48 @@ class Media {
     int64_t bytesRead() const { return format_->pb != nullptr ? format_->pb->bytes_read : 0; }
 
   private:
-    using Decoders = std::map<int, Handle<AVCodecContext>>;  // by stream
+    struct Track {
+        Handle<AVCodecContext> decoder;
+        double next_seconds = 0;  // where a frame without a time of its own goes
+    };
+    using Tracks = std::map<int, Track>;  // by stream
 
     void open(int stream, const AVCodec* codec) {
         Handle<AVCodecContext> decoder(avcodec_alloc_context3(codec));
         orThrow(avcodec_parameters_to_context(decoder.get(), format_->streams[stream]->codecpar));
         orThrow(avcodec_open2(decoder.get(), codec, nullptr));
-        decoders_[stream] = std::move(decoder);
+        tracks_[stream].decoder = std::move(decoder);
     }
 
-    void decode(Decoders::value_type& decoder, const AVPacket* packet, const Sink& sink) {
-        auto& [stream, context] = decoder;
-        if (avcodec_send_packet(context.get(), packet) < 0) {
+    void decode(Tracks::value_type& numbered, const AVPacket* packet, const Sink& sink) {
+        auto& [number, track] = numbered;
+        AVStream& stream = *format_->streams[number];
+        if (avcodec_send_packet(track.decoder.get(), packet) < 0) {
             return;  // damaged: goes on with the next
         }
-        while (avcodec_receive_frame(context.get(), frame_.get()) >= 0) {
-            const double unit = av_q2d(format_->streams[stream]->time_base);
-            sink(*frame_, context->codec_type, static_cast<double>(frame_->best_effort_timestamp) * unit);
+        while (avcodec_receive_frame(track.decoder.get(), frame_.get()) >= 0) {
+            const int64_t time = frame_->best_effort_timestamp;
+            const double seconds = time != AV_NOPTS_VALUE
+                                       ? static_cast<double>(time) * av_q2d(stream.time_base)
+                                       : track.next_seconds;
+            track.next_seconds = seconds + duration(stream);
+            sink(*frame_, track.decoder->codec_type, seconds);
         }
+    }
+
+    /// Seconds that the frame at hand lasts.
+    double duration(AVStream& stream) {
+        if (frame_->pkt_duration > 0) {
+            return static_cast<double>(frame_->pkt_duration) * av_q2d(stream.time_base);
+        }
+        const AVRational rate = frame_->nb_samples > 0
+                                    ? AVRational{frame_->sample_rate, frame_->nb_samples}
+                                    : av_guess_frame_rate(format_.get(), &stream, frame_.get());
+        return rate.num > 0 ? av_q2d(av_inv_q(rate)) : 0.04;
     }
 
     Handle<AVFormatContext> format_;
-    Decoders decoders_;
+    Tracks tracks_;
     bool has_pictures_ = false;
     const Handle<AVFrame> frame_{av_frame_alloc()};
 };
@@ -139,14 +161,20 @@ class Media {
 /// Makes the library's frames of FFmpeg's.
 class Converter {
   public:
-    /// I420 of even width and height.
+    /// I420 of even width and height. Throws MediaError, as sound() does, for what cannot be converted.
     std::shared_ptr<ZEL::VideoFrame> picture(AVFrame& frame) {
         constexpr uint32_t kI420 = 2;
         const int width = frame.width & ~1;
         const int height = frame.height & ~1;
+        if (width < 2 || height < 2) {
+            throw MediaError(AVERROR_INVALIDDATA);
+        }
         scaler_.reset(sws_getCachedContext(scaler_.release(), width, height,
                                            static_cast<AVPixelFormat>(frame.format), width, height,
                                            AV_PIX_FMT_YUV420P, SWS_BILINEAR, nullptr, nullptr, nullptr));
+        if (scaler_ == nullptr) {
+            throw MediaError(AVERROR_INVALIDDATA);
+        }
         const auto luma = static_cast<size_t>(width) * static_cast<size_t>(height);
         auto data = std::make_unique<uint8_t[]>(luma * 3 / 2);
         const std::array<uint8_t*, 4> planes = {data.get(), data.get() + luma, data.get() + luma * 5 / 4};
@@ -158,15 +186,17 @@ class Converter {
 
     /// Interleaved 16-bit samples.
     std::shared_ptr<ZEL::AudioFrame> sound(AVFrame& frame) {
-        if (resampler_ == nullptr) {
+        const int channels = frame.ch_layout.nb_channels;
+        const std::array<int, 3> kind = {frame.format, frame.sample_rate, channels};
+        if (kind != resampled_kind_) {  // at first, and when it changes inside a file
             SwrContext* made = nullptr;
             orThrow(swr_alloc_set_opts2(&made, &frame.ch_layout, AV_SAMPLE_FMT_S16, frame.sample_rate,
                                         &frame.ch_layout, static_cast<AVSampleFormat>(frame.format),
                                         frame.sample_rate, 0, nullptr));
             resampler_.reset(made);
             orThrow(swr_init(made));
+            resampled_kind_ = kind;
         }
-        const int channels = frame.ch_layout.nb_channels;
         auto data = std::make_unique<int16_t[]>(static_cast<size_t>(frame.nb_samples) *
                                                 static_cast<size_t>(channels));
         auto* const out = reinterpret_cast<uint8_t*>(data.get());
@@ -180,6 +210,7 @@ class Converter {
   private:
     Handle<SwsContext> scaler_;
     Handle<SwrContext> resampler_;
+    std::array<int, 3> resampled_kind_{};  // sample format, rate and channels
 };
 
 // ---- watching ----
@@ -243,14 +274,18 @@ class Playback {
             media.decode([&](AVFrame& frame, AVMediaType type, double seconds) {
                 decoding_ms_.push_back(
                     static_cast<float>(Seconds(Clock::now() - idle_until_).count() * 1000.0));
-                if (type == AVMEDIA_TYPE_VIDEO || !media.hasPictures()) {
+                // Sound goes along with the pictures, and leads only if there are none.
+                const bool leads = type == AVMEDIA_TYPE_VIDEO || !media.hasPictures();
+                if (leads) {
                     waitUntil(seconds);
                 }
                 if (type == AVMEDIA_TYPE_VIDEO) {
                     session_->feedVideoFrame(converter_.picture(frame), 0);
-                    first_picture_ = std::min(first_picture_, Clock::now());
                 } else {
                     session_->feedAudioFrame(converter_.sound(frame), 0);
+                }
+                if (leads) {
+                    first_shown_ = std::min(first_shown_, Clock::now());
                 }
                 if (Clock::now() - last_report_ >= std::chrono::seconds(1)) {
                     reportPeriodic(media.bytesRead());
@@ -267,20 +302,19 @@ class Playback {
     }
 
   private:
-    /// Sleeps until a picture of this time is due; sound goes along with the pictures, and sets the pace only
-    /// if there are none. Being late by more than a tenth of a second is a stall, after which playback goes
-    /// on from there.
+    /// Sleeps until a frame of this time is due: as long after the one before as it lies behind it in the
+    /// file, and at once after a jump. Being late by more than a tenth of a second is a stall, after which
+    /// playback goes on from there.
     void waitUntil(double seconds) {
-        const auto position = std::chrono::duration_cast<Clock::duration>(Seconds(seconds));
-        if (started_ == Clock::time_point()) {
-            started_ = Clock::now() - position;
+        const Clock::time_point now = Clock::now();
+        const double step = seconds - std::exchange(position_, seconds);
+        const bool jump = step < 0 || step > kLongestStep;
+        due_ = jump ? now : due_ + std::chrono::duration_cast<Clock::duration>(Seconds(step));
+        if (now - due_ > std::chrono::milliseconds(100)) {
+            stalled_ += now - due_;
+            due_ = now;
         }
-        const Clock::duration late = Clock::now() - (started_ + position);
-        if (late > std::chrono::milliseconds(100)) {
-            stalled_ += late;
-            started_ += late;
-        }
-        std::this_thread::sleep_until(started_ + position);
+        std::this_thread::sleep_until(due_);
     }
 
     /// The player's numbers go in by the session's token, and come out in the session's report.
@@ -298,24 +332,25 @@ class Playback {
         zel_collect_serial_data_for_session_v2(token_, &series, decoding_ms_.data(), decoding_ms_.size());
         heartbeat();
         const Clock::time_point now = Clock::now();
-        manager_.reportPeriodic(source_,
-                                {{"play_scenario", kOnDemand},
-                                 {"recv_bytes", std::to_string(bytes_read - bytes_reported_)},
-                                 {"zel_time_interval", std::to_string(Seconds(now - last_report_).count())}});
+        constexpr int64_t kMost = std::numeric_limits<int32_t>::max();  // the data monitors read 32 bits
+        manager_.reportPeriodic(
+            source_, {{"play_scenario", kOnDemand},
+                      {"recv_bytes", std::to_string(std::min(bytes_read - bytes_reported_, kMost))},
+                      {"zel_time_interval", std::to_string(Seconds(now - last_report_).count())}});
         bytes_reported_ = bytes_read;
         decoding_ms_.clear();
         last_report_ = now;
     }
 
     void reportEnd(int error_code) {
-        const Clock::duration played = Clock::now() - opened_;
+        const Clock::time_point now = Clock::now();
         ReportMap report = {{"play_scenario", kOnDemand},
                             {"error_code", std::to_string(error_code)},
-                            {"quit_time", inMilliseconds(played)},
-                            {"play_time", inMilliseconds(played)},
+                            {"quit_time", inMilliseconds(now - opened_)},
                             {"abnormal_total_time", inMilliseconds(stalled_)}};
-        if (first_picture_ != Clock::time_point::max()) {
-            report["first_frame_rendering_time"] = inMilliseconds(first_picture_ - opened_);
+        if (first_shown_ != Clock::time_point::max()) {
+            report["first_frame_rendering_time"] = inMilliseconds(first_shown_ - opened_);
+            report["play_time"] = inMilliseconds(now - first_shown_);
         }
         print("playback", report);
         print("session", session_->getAccumulativeInfo());
@@ -324,6 +359,7 @@ class Playback {
 
     static constexpr const char* kOnDemand = "2";
     static constexpr std::chrono::milliseconds kLastPicture{100};
+    static constexpr double kLongestStep = 2.0;  // seconds; longer ones are jumps, not pauses
 
     ZEL::ZELManager& manager_;
     const uint64_t source_;
@@ -334,8 +370,9 @@ class Playback {
     int64_t bytes_reported_ = 0;
 
     const Clock::time_point opened_ = Clock::now();
-    Clock::time_point started_;  // when time 0 of the file was due
-    Clock::time_point first_picture_ = Clock::time_point::max();
+    double position_ = -std::numeric_limits<double>::infinity();  // of the latest frame, in seconds
+    Clock::time_point due_;                                       // and when that was due
+    Clock::time_point first_shown_ = Clock::time_point::max();
     Clock::time_point last_report_ = opened_;
     Clock::time_point idle_until_ = opened_;  // decoding takes the time from here to the next frame
     Clock::duration stalled_{};

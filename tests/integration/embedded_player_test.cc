@@ -1,6 +1,7 @@
 // Runs the example as its user does and reads what it prints.
 #include <array>
 #include <cstdio>
+#include <fstream>
 #include <map>
 #include <memory>
 #include <sstream>
@@ -44,6 +45,12 @@ long sumOf(const std::multimap<std::string, Fields>& lines, const std::string& w
     return sum;
 }
 
+double numberOf(const std::multimap<std::string, Fields>& lines, const std::string& what,
+                const std::string& key) {
+    const auto line = lines.find(what);
+    return line != lines.end() && line->second.contains(key) ? std::stod(line->second.at(key)) : -1.0;
+}
+
 TEST(EmbeddedPlayer, PlaysAFileAndTellsHowItWent) {
     const support::ScratchDir scratch;
     const std::string clip = scratch.file("clip.mp4");
@@ -76,6 +83,51 @@ TEST(EmbeddedPlayer, PlaysAFileAndTellsHowItWent) {
     EXPECT_GT(std::stod(assessments["RefNetSpeed"]["recent_vod_max"]), 0.0);
     EXPECT_EQ(assessments["PlayerErrorRate"]["recent_error_rate"], "0.500000");  // one of the two is missing
     EXPECT_EQ(assessments["PlayerBufferRate"]["version"], "1");
+}
+
+TEST(EmbeddedPlayer, RefusesPicturesTooSmallForChroma) {
+    const support::ScratchDir scratch;
+    const std::string clip = scratch.file("one.mkv");
+    support::ffmpeg("-f lavfi -i color=red:s=16x16:r=25:d=0.2 -vf format=rgb24,crop=1:1 -c:v ffv1", clip);
+    const auto lines = play("'" + clip + "'");
+    EXPECT_LT(numberOf(lines, "playback:", "error_code"), 0);
+    EXPECT_FALSE(lines.find("playback:")->second.contains("play_time"));
+}
+
+TEST(EmbeddedPlayer, PacesPicturesWithoutTimes) {
+    const support::ScratchDir scratch;
+    const std::string clip = scratch.file("raw.h264");
+    support::ffmpeg("-f lavfi -i testsrc2=s=160x90:r=25:d=1 -c:v libx264", clip);
+    const auto lines = play("'" + clip + "'");
+    EXPECT_EQ(sumOf(lines, "session:", "zel_vframes"), 25);
+    EXPECT_GE(numberOf(lines, "playback:", "play_time"), 900);
+}
+
+TEST(EmbeddedPlayer, GoesOnWhenTimesStepBackAndTheSoundChanges) {
+    const support::ScratchDir scratch;
+    const std::string clip = scratch.file("both.ts");
+    std::ofstream both(clip, std::ios::binary);
+    for (const std::string sound : {"-ac 6 -ar 48000", "-ac 1 -ar 44100"}) {
+        const std::string part = scratch.file("part.ts");
+        support::ffmpeg("-f lavfi -i testsrc2=s=160x90:r=25:d=1 -f lavfi -i sine=440:d=1 -c:a ac3 " + sound,
+                        part);
+        const auto bytes = support::readFile(part);
+        both.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    }
+    both.close();
+    const auto lines = play("'" + clip + "'");
+    EXPECT_EQ(numberOf(lines, "playback:", "error_code"), 0);
+    EXPECT_LT(numberOf(lines, "playback:", "abnormal_total_time"), 900);
+    EXPECT_GE(numberOf(lines, "playback:", "play_time"), 1800);
+}
+
+TEST(EmbeddedPlayer, CountsTheFirstSoundWhereThereAreNoPictures) {
+    const support::ScratchDir scratch;
+    const std::string clip = scratch.file("sound.wav");
+    support::ffmpeg("-f lavfi -i sine=440:d=0.5", clip);
+    const auto lines = play("'" + clip + "'");
+    EXPECT_GT(numberOf(lines, "playback:", "first_frame_rendering_time"), 0);
+    EXPECT_GE(numberOf(lines, "playback:", "play_time"), 400);
 }
 
 }  // namespace
