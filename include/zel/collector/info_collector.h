@@ -72,7 +72,7 @@ class ZELSerialStatisticsInfoCollector : public ZELInfoCollector {
 /// The number at the start of `values[key]`, or `default_value` if there is no such key. Blanks before the
 /// number and anything after it are skipped, hexadecimal, "inf" and "nan" are numbers; the process's locale
 /// plays no part. Throws std::invalid_argument ("invalid stod argument") if there is no number and
-/// std::out_of_range ("stod argument out of range") if it does not fit.
+/// std::out_of_range ("stod argument out of range") if it is too large or too small.
 double getDouble(const std::map<std::string, std::string>& values, const std::string& key,
                  double default_value);
 

@@ -199,6 +199,7 @@ TEST(NumberLookup, FailsWithTheTextsOfTheStandardConversions) {
         EXPECT_EQ(failure([&] { readInt(text); }), "invalid stoi argument") << text;
     }
     EXPECT_EQ(failure([] { readDouble("1e309"); }), "stod argument out of range");
+    EXPECT_EQ(failure([] { readDouble("1e-320"); }), "stod argument out of range");
     EXPECT_EQ(failure([] { readInt("2147483648"); }), "stoi argument out of range");
     EXPECT_EQ(failure([] { readInt("-2147483649"); }), "stoi argument out of range");
     EXPECT_EQ(failure([] { readInt("99999999999999999999"); }), "stoi argument out of range");
