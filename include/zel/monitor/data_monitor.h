@@ -38,9 +38,8 @@ class ZELPlayerDataMonitor final : public ZELDataMonitor {
     /// Records, with times in milliseconds:
     /// - "first_frame_rendering_time", if it is at least 1, in whole milliseconds as "recent_ff", and as
     ///   "recent_ff_live" or "recent_ff_vod";
-    /// - "error_code", 0 if it is missing, always. Without a first frame and without an error, a "quit_time"
-    /// of
-    ///   more than 5000 makes it -20001: the viewer gave up waiting;
+    /// - "error_code", 0 if it is missing, always. Without a first frame and without an error, a
+    ///   "quit_time" of more than 5000 makes it -20001: the viewer gave up waiting;
     /// - "abnormal_total_time" per second of "play_time" as "bufms_per_second", if both are above 0.
     void reportPlaybackEnd(uint64_t source, ReportMap report) override;
 };

@@ -32,9 +32,8 @@ class ZELHA : public CObject {
     /// Answers one of four questions over the samples that still count:
     /// - "RecentPlayerFF": mean time to the first frame, as "recent_ff", "recent_ff_live", "recent_ff_vod";
     /// - "RefNetSpeed": highest speed, as "recent_max", "recent_live_max", "recent_vod_max";
-    /// - "PlayerErrorRate": share of playbacks with an error and with a network error, as "recent_error_rate"
-    /// and
-    ///   "recent_network_error_rate";
+    /// - "PlayerErrorRate": share of playbacks with an error and with a network error, as
+    ///   "recent_error_rate" and "recent_network_error_rate";
     /// - "PlayerBufferRate": mean milliseconds of stalling per second of play, as "avg_bufms_ps".
     /// Values are written "%f"; one that is 0 is left out. "count" says how many there are, "metric" repeats
     /// the question, "version" is "1". Any other text is answered with "metric" "Invalid", "Error" "invalid
