@@ -181,6 +181,15 @@ TEST(ZelMonitor, HeedsTheSound) {
     EXPECT_EQ(105, sumOf(without, "zel_vframes"));
 }
 
+TEST(ZelMonitor, FindsSilenceInLongBlocksAsFastAsInShortOnes) {
+    const ScratchDir scratch;
+    const std::string clip = scratch.file("silence.flac");  // blocks of nearly a tenth of a second
+    ffmpeg("-f lavfi -i anullsrc=r=48000:cl=stereo -t 20.5 -c:a flac", clip);
+    const auto objects = objectsOf("watch '" + clip + "' --json --speed 16");
+    ASSERT_FALSE(objects.empty());
+    EXPECT_EQ(1, objects.back().at("zel_mute_cnt"));  // two periods; the first event is not counted
+}
+
 TEST(ZelMonitor, ReadsAPipeAndKeepsTheLogApart) {
     const ScratchDir scratch;
     ffmpeg("-f lavfi -i testsrc2=s=160x90:r=25:d=1 -c:v mpeg2video", scratch.file("clip.ts"));

@@ -1,6 +1,8 @@
 #include "host.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cstddef>
 #include <mutex>
 #include <string_view>
 #include <utility>
@@ -68,9 +70,17 @@ bool Host::feed(const Picture& picture) {
 }
 
 bool Host::feed(const Sound& sound) {
-    return feed_audio_frame(handle_, reinterpret_cast<const uint8_t*>(sound.data),
-                            static_cast<uint64_t>(sound.samples), sizeof(int16_t), sound.sample_rate,
-                            sound.channels, next_sound_++);
+    // In packets of 10 ms, since the library takes one such step of digital silence per packet.
+    const int packet = std::max(sound.sample_rate / 100, 1);
+    bool accepted = true;
+    for (int begin = 0; begin < sound.samples; begin += packet) {
+        const int16_t* const data = sound.data + static_cast<ptrdiff_t>(begin) * sound.channels;
+        const auto samples = static_cast<uint64_t>(std::min(packet, sound.samples - begin));
+        accepted = feed_audio_frame(handle_, reinterpret_cast<const uint8_t*>(data), samples, sizeof(int16_t),
+                                    sound.sample_rate, sound.channels, next_sound_++) &&
+                   accepted;
+    }
+    return accepted;
 }
 
 }  // namespace zel_monitor
