@@ -96,13 +96,13 @@ void ZELManager::reportPlaybackEnd(uint64_t source, ReportMap report) {
     state_->forward(&ZELDataMonitor::reportPlaybackEnd, source, report);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes a reference of its own
 void ZELManager::registerSession(std::shared_ptr<ZELSession> session) {
     if (session == nullptr) {
         return;
     }
     const MutexLock lock(state_->mutex);
-    const int64_t id = session->getSessionId();
-    state_->sessions[id] = std::move(session);
+    state_->sessions[session->getSessionId()] = session;
 }
 
 void ZELManager::unregisterSession(int64_t session_id) {
@@ -122,12 +122,13 @@ bool ZELManager::collectSerialDataForSession(int64_t session_id, const std::stri
     return session != nullptr && session->collectSerialData(name, key, samples);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes a reference of its own
 bool ZELManager::registerCollector(int64_t key, std::shared_ptr<ZELInfoCollector> collector) {
     if (collector == nullptr) {
         return false;
     }
     const MutexLock lock(state_->mutex);
-    state_->collectors[key] = std::move(collector);
+    state_->collectors[key] = collector;
     return true;
 }
 
