@@ -203,8 +203,13 @@ TEST(ZelMonitor, ReadsAPipeAndKeepsTheLogApart) {
 }
 
 TEST(ZelMonitor, StopsCleanlyOnASignal) {
+    // A file: the built-in stream's source keeps a picture when it is closed in the middle, a fault of
+    // FFmpeg 5.1 that leak checkers see.
+    const ScratchDir scratch;
+    const std::string clip = scratch.file("clip.ts");
+    ffmpeg("-f lavfi -i testsrc2=s=160x90:r=25:d=60 -c:v mpeg2video", clip);
     for (const int number : {SIGINT, SIGTERM}) {
-        Monitor monitor("demo --json --interval 1");
+        Monitor monitor("watch '" + clip + "' --json --interval 1");
         EXPECT_EQ("heartbeat", json::parse(monitor.line().value()).at("event"));
         monitor.signal(number);
         const auto rest = parse(monitor.lines());
