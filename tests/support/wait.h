@@ -14,11 +14,9 @@ constexpr std::chrono::seconds kPatience{60};
 class Count {
   public:
     void add() {
-        {
-            const std::lock_guard<std::mutex> lock(mutex_);
-            ++value_;
-        }
-        changed_.notify_all();
+        const std::lock_guard<std::mutex> lock(mutex_);
+        ++value_;
+        changed_.notify_all();  // under the lock: whoever waits may end the count as soon as it is free
     }
 
     bool waitFor(int at_least) const {
