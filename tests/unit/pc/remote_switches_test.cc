@@ -13,7 +13,8 @@ TEST(RemoteSwitches, AreOffAndMinusOneUntilSomebodyIsRegistered) {
 }
 
 TEST(RemoteSwitches, AskTheFirstOneRegisteredEveryTime) {
-    static int answer = 0;
+    static int answer;
+    answer = 0;
     RemoteSwitches switches;
     switches.registerBool(nullptr);
     switches.registerBool([](const char* key) { return std::string(key) == "on"; });

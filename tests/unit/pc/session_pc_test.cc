@@ -93,7 +93,8 @@ TEST_F(SessionPc, RefusesBadPicturesWithoutCountingThem) {
 }
 
 TEST_F(SessionPc, TakesSoundOnlyWhenTheSwitchIsOn) {
-    static bool enabled = false;
+    static bool enabled;
+    enabled = false;
     const auto session = withCore();
     EXPECT_TRUE(
         session->feed_audio_frame({nullptr, 0, 4, 0, 0, -1}));  // nobody to ask: off, and nothing is checked
