@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "algo/audio/audio_handle.h"
+#include "algo/video/planes.h"
 #include "algo/video/video_handle.h"
 #include "base/truncate.h"
 
@@ -20,6 +21,14 @@ VideoSettings videoSettings(const ZELAlgoConfig& config) {
             .green_screen_ratio = config.green_screen_ratio,
             .block_param = static_cast<uint32_t>(ZEL::truncateToInt32(config.block_param)),
             .staticframe_param = static_cast<uint32_t>(ZEL::truncateToInt32(config.staticframe_param))};
+}
+
+bool isWellFormed(const ZELVideoPlanes& picture) {
+    const auto holds = [&picture](size_t plane, size_t row) {
+        return picture.data[plane] != nullptr && picture.stride[plane] >= row;
+    };
+    return picture.width % 2 == 0 && picture.height % 2 == 0 && holds(0, picture.width) &&
+           holds(1, picture.width / 2) && holds(2, picture.width / 2);
 }
 
 /// The integer part, within what a count can hold.
@@ -51,18 +60,23 @@ void AlgoFacade::VideoDestroyer::operator()(VideoAlgoHandle_t* handle) const {
 }
 
 bool AlgoFacade::detectVideo(const ZELVideoFrame& frame, ZELVideoResult& result) {
-    if (frame.data == nullptr) {
-        return false;
-    }
+    return frame.data != nullptr && detect(planesOf(frame.data, frame.width, frame.height), result);
+}
+
+bool AlgoFacade::detectPlanes(const ZELVideoPlanes& picture, ZELVideoResult& result) {
+    return isWellFormed(picture) && detect(picture, result);
+}
+
+bool AlgoFacade::detect(const ZELVideoPlanes& picture, ZELVideoResult& result) {
     if (!video_) {
-        video_.reset(VideoAlgoCreate(videoSettings(config_), frame.width, frame.height));
+        video_.reset(VideoAlgoCreate(videoSettings(config_), picture.width, picture.height));
         if (!video_) {
             return false;
         }
     }
     // A failure on the way is not looked at: what was found before it counts, the rest is "nothing found".
     VideoVerdicts verdicts;
-    VideoAlgoExecute(video_.get(), frame.data, frame.width, frame.height, verdicts);
+    VideoAlgoExecute(video_.get(), picture, verdicts);
     result.screen_type = verdicts.screen_type;
     result.exposure_type = verdicts.exposure_type;
     result.is_block = verdicts.is_block != 0;

@@ -27,6 +27,10 @@ class AlgoFacade {
     /// for null data or if the detectors cannot be created (the next frame tries again).
     bool detectVideo(const ZELVideoFrame& frame, ZELVideoResult& result);
 
+    /// The same for a picture that lies where a decoder left it, which spares a copy. False, with `result`
+    /// untouched, for a null plane, an odd size or a stride that is too small as well.
+    bool detectPlanes(const ZELVideoPlanes& picture, ZELVideoResult& result);
+
     /// Takes in one block of sound and writes the status of the running period to `result`; what the period
     /// gave is written with the block that completes it. The first block's sample rate holds for all. False,
     /// with `result` untouched, if the detector cannot be created (the next block tries again).
@@ -40,6 +44,8 @@ class AlgoFacade {
     struct AudioDestroyer {
         void operator()(AudioAlgoHandle_t* handle) const;
     };
+
+    bool detect(const ZELVideoPlanes& picture, ZELVideoResult& result);
 
     ZELAlgoConfig config_;
     std::unique_ptr<VideoAlgoHandle_t, VideoDestroyer> video_;

@@ -1,6 +1,7 @@
 #ifndef ZEL_ALGO_ALGO_TYPES_H_
 #define ZEL_ALGO_ALGO_TYPES_H_
 
+#include <cstddef>
 #include <cstdint>
 
 namespace ZELAlgo {
@@ -32,6 +33,15 @@ struct ZELVideoFrame {
     uint32_t height;
     uint32_t reserved;
     const uint8_t* data;
+};
+
+/// One I420 picture as a decoder keeps it: three planes (luma, then both of chroma, Cb first) with their rows
+/// any distance apart. `data` is borrowed for the call.
+struct ZELVideoPlanes {
+    uint32_t width;   ///< of the luma, even
+    uint32_t height;  ///< even
+    const uint8_t* data[3];
+    size_t stride[3];  ///< bytes from one row to the next, at least those of a row
 };
 
 struct ZELVideoResult {

@@ -4,6 +4,7 @@
 #include <new>
 
 #include "algo/video/edge_kernels.h"
+#include "algo/video/planes.h"
 #include "base/log_format.h"
 
 namespace ZELAlgo {
@@ -45,27 +46,26 @@ BlockFrame_t* BlockCreate(uint32_t width, uint32_t height, uint32_t threshold) {
     return state;
 }
 
-int32_t BlockExecute(BlockFrame_t* state, const uint8_t* data, uint32_t width, uint32_t height,
-                     uint32_t& is_block) {
-    if (state == nullptr || data == nullptr) {
+int32_t BlockExecute(BlockFrame_t* state, const ZELVideoPlanes& picture, uint32_t& is_block) {
+    if (state == nullptr || picture.data[0] == nullptr) {
         ZEL::zel_log("BlockExecute input is Null \n");
         return 1;
     }
     is_block = 0;
-    if (width / 2 != state->w || height / 2 != state->h || !hasBuffers(*state)) {
-        resize(*state, width / 2, height / 2);
+    const size_t w = picture.width / 2;
+    const size_t h = picture.height / 2;
+    if (w != state->w || h != state->h || !hasBuffers(*state)) {
+        resize(*state, w, h);
     }
     if (!hasBuffers(*state)) {
         return 1;
     }
-    const size_t w = state->w;
-    const size_t h = state->h;
     uint8_t* const scratch = state->scratch.get();
     uint8_t* const smoothed = state->edges.get();
     uint8_t* const magnitude = state->work.get() + kSpareBytes;
 
-    const size_t stride = 2 * w;
-    smooth(state->kernel, data + h / 2 * stride + w / 2, stride, w, h, scratch, smoothed);
+    const size_t stride = evenStride(picture);
+    smooth(state->kernel, picture.data[0] + h / 2 * stride + w / 2, stride, w, h, scratch, smoothed);
     const uint8_t maximum = thinnedMagnitude(smoothed, w, h, scratch, magnitude);
     threshold(magnitude, smoothed, w, h, edgeLevels(maximum), scratch, state->edge_map.get());
     findCorners(state->edge_map.get(), w, h, state->corners);

@@ -1,6 +1,8 @@
 #ifndef ZEL_SRC_ALGO_VIDEO_BLOCK_FRAME_H_
 #define ZEL_SRC_ALGO_VIDEO_BLOCK_FRAME_H_
 
+#include <zel/algo/algo_types.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -28,10 +30,9 @@ struct BlockFrame_t {
 /// line too, and every frame asks for them again.
 BlockFrame_t* BlockCreate(uint32_t width, uint32_t height, uint32_t threshold);
 
-/// Sets `is_block` to 1 for a blocky I420 picture, else to 0. Returns 0, or 1 for null input or if there is
+/// Sets `is_block` to 1 for a blocky picture, else to 0. Returns 0, or 1 for null input or if there is
 /// no memory for the buffers.
-int32_t BlockExecute(BlockFrame_t* state, const uint8_t* data, uint32_t width, uint32_t height,
-                     uint32_t& is_block);
+int32_t BlockExecute(BlockFrame_t* state, const ZELVideoPlanes& picture, uint32_t& is_block);
 
 void BlockDestroy(BlockFrame_t* state);
 

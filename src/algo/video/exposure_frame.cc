@@ -1,14 +1,62 @@
 #include "algo/video/exposure_frame.h"
 
+#include <algorithm>
+#include <functional>
 #include <new>
 #include <optional>
 
 #include "algo/video/exposure_model.h"
 #include "algo/video/luma_kernels.h"
+#include "algo/video/planes.h"
 #include "algo/video/screen_type.h"
 #include "base/log_format.h"
 
 namespace ZELAlgo {
+namespace {
+
+/// Calls `visit(first byte, samples)` for the bytes at even positions of the first half of the luma plane:
+/// the lower half of the picture is never looked at, which is intended.
+template <typename Visit>
+void forEachLumaRun(const ZELVideoPlanes& picture, const Visit& visit) {
+    forEachRun(picture.data[0], evenStride(picture), 2 * (picture.width / 2), picture.height / 2,
+               [&visit](const uint8_t* run, size_t bytes) { visit(run, bytes / 2); });
+}
+
+LumaSummary lumaSummary(const ZELVideoPlanes& picture) {
+    LumaSummary sum;
+    forEachLumaRun(picture,
+                   [&sum](const uint8_t* run, size_t samples) { sum += summaryOfEvenBytes(run, samples); });
+    return sum;
+}
+
+Histogram lumaHistogram(const ZELVideoPlanes& picture) {
+    Histogram sum{};
+    forEachLumaRun(picture, [&sum](const uint8_t* run, size_t samples) {
+        const Histogram part = histogramOfEvenBytes(run, samples);
+        std::transform(sum.begin(), sum.end(), part.begin(), sum.begin(), std::plus<>());
+    });
+    return sum;
+}
+
+/// How many of the first `samples` of every fourth chroma byte are zero. They are counted on from row to row
+/// and from one plane to the other.
+uint32_t zeroChroma(const ZELVideoPlanes& picture, size_t samples) {
+    uint32_t zeros = 0;
+    size_t skipped = 0;  // bytes before the next sample
+    for (const size_t plane : {size_t{1}, size_t{2}}) {
+        forEachRun(picture.data[plane], picture.stride[plane], picture.width / 2, picture.height / 2,
+                   [&](const uint8_t* run, size_t bytes) {
+                       const size_t held = skipped < bytes ? (bytes - skipped + 3) / 4 : 0;
+                       const size_t count = std::min(held, samples);
+                       zeros += zerosOfEveryFourthByte(run + std::min(skipped, bytes), count);
+                       samples -= count;
+                       skipped += 4 * held - bytes;
+                   });
+    }
+    return zeros;
+}
+
+}  // namespace
 
 ExposureFrame_t* ExposureCreate(const ExposureSettings& settings) {
     auto* const state = new (std::nothrow) ExposureFrame_t{settings};
@@ -18,28 +66,25 @@ ExposureFrame_t* ExposureCreate(const ExposureSettings& settings) {
     return state;
 }
 
-int32_t ExposureExecute(ExposureFrame_t* state, const uint8_t* data, uint32_t width, uint32_t height,
-                        uint32_t& screen_type, uint32_t& exposure_type) {
-    if (state == nullptr || data == nullptr) {
+int32_t ExposureExecute(ExposureFrame_t* state, const ZELVideoPlanes& picture, uint32_t& screen_type,
+                        uint32_t& exposure_type) {
+    if (state == nullptr || picture.data[0] == nullptr) {
         ZEL::zel_log("ExposureExecute input is Null \n");
         return 1;
     }
     const ExposureSettings& settings = state->settings;
 
-    // Every second byte of the first half of the luma plane: the lower half of the picture is never looked
-    // at, which is intended.
-    const size_t samples = static_cast<size_t>(width / 2) * (height / 2);
+    const size_t samples = static_cast<size_t>(picture.width / 2) * (picture.height / 2);
     const auto count = static_cast<uint32_t>(samples);
-    const LumaSummary summary = summaryOfEvenBytes(data, samples);
+    const LumaSummary summary = lumaSummary(picture);
     // A summary settles nearly every picture. Beside a limit, the value of each sample counts.
     std::optional<Histogram> counted;
     const auto histogram = [&]() -> const Histogram& {
-        return counted ? *counted : counted.emplace(histogramOfEvenBytes(data, samples));
+        return counted ? *counted : counted.emplace(lumaHistogram(picture));
     };
 
     if (settings.green_on && isLumaZero(summary.zero, count, settings.green_ratio)) {
-        // Every fourth byte from the end of the luma plane on, half of them from each chroma plane.
-        const uint32_t zeros = zerosOfEveryFourthByte(data + 4 * samples, samples / 2);
+        const uint32_t zeros = zeroChroma(picture, samples / 2);
         if (isChromaZero(zeros, count, settings.green_ratio)) {
             screen_type = kGreenScreen;
             exposure_type = kNormalExposure;

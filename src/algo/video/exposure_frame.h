@@ -1,6 +1,8 @@
 #ifndef ZEL_SRC_ALGO_VIDEO_EXPOSURE_FRAME_H_
 #define ZEL_SRC_ALGO_VIDEO_EXPOSURE_FRAME_H_
 
+#include <zel/algo/algo_types.h>
+
 #include <cstdint>
 
 namespace ZELAlgo {
@@ -23,9 +25,9 @@ struct ExposureFrame_t {
 /// Null, with a log line, if there is no memory.
 ExposureFrame_t* ExposureCreate(const ExposureSettings& settings);
 
-/// Writes the verdicts on one I420 picture; what is not examined is not written. 0, or 1 for null input.
-int32_t ExposureExecute(ExposureFrame_t* state, const uint8_t* data, uint32_t width, uint32_t height,
-                        uint32_t& screen_type, uint32_t& exposure_type);
+/// Writes the verdicts on one picture; what is not examined is not written. 0, or 1 for null input.
+int32_t ExposureExecute(ExposureFrame_t* state, const ZELVideoPlanes& picture, uint32_t& screen_type,
+                        uint32_t& exposure_type);
 
 void ExposureDestroy(ExposureFrame_t* state);
 

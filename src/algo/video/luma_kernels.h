@@ -30,6 +30,7 @@ struct LumaSummary {
     int64_t second = 0;
     int64_t third = 0;
 
+    LumaSummary& operator+=(const LumaSummary& other);
     friend bool operator==(const LumaSummary&, const LumaSummary&) = default;
 };
 
@@ -37,14 +38,13 @@ struct LumaSummary {
 LumaSummary summaryOfEvenBytes(const uint8_t* data, size_t count);
 LumaSummary summaryOfEvenBytesScalar(const uint8_t* data, size_t count);
 
-/// How many of the `count` bytes data[0], data[4], data[8], ... are zero. The bytes in between, and three
-/// after the last, may be read.
+/// How many of the `count` bytes data[0], data[4], data[8], ... are zero. The bytes in between may be read.
 uint32_t zerosOfEveryFourthByte(const uint8_t* data, size_t count);
 uint32_t zerosOfEveryFourthByteScalar(const uint8_t* data, size_t count);
 
-/// Copies `rows` rows of `stride` bytes from `current` to `previous` and adds what has changed: with columns
-/// cut at cuts[0] = 0, cuts[1], ..., cuts[n] = stride, sums[i] grows by |current - previous| of all bytes
-/// between cuts[i] and cuts[i + 1], modulo 2^32. Cuts do not descend.
+/// Copies `rows` rows that lie `stride` bytes apart in `current` to `previous`, where they touch, and adds
+/// what has changed: with columns cut at cuts[0] = 0, cuts[1], ..., cuts[n] = width, sums[i] grows by
+/// |current - previous| of all bytes between cuts[i] and cuts[i + 1], modulo 2^32. Cuts do not descend.
 void replaceAndCompare(const uint8_t* current, size_t stride, size_t rows, std::span<const size_t> cuts,
                        uint8_t* previous, uint32_t* sums);
 void replaceAndCompareScalar(const uint8_t* current, size_t stride, size_t rows, std::span<const size_t> cuts,

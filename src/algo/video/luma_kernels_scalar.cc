@@ -4,6 +4,17 @@
 
 namespace ZELAlgo {
 
+LumaSummary& LumaSummary::operator+=(const LumaSummary& other) {
+    zero += other.zero;
+    below_30 += other.below_30;
+    below_61 += other.below_61;
+    below_200 += other.below_200;
+    first += other.first;
+    second += other.second;
+    third += other.third;
+    return *this;
+}
+
 Histogram histogramOfEvenBytesScalar(const uint8_t* data, size_t count) {
     Histogram histogram{};
     for (size_t i = 0; i < count; ++i) {
@@ -38,11 +49,11 @@ uint32_t zerosOfEveryFourthByteScalar(const uint8_t* data, size_t count) {
 
 void replaceAndCompareScalar(const uint8_t* current, size_t stride, size_t rows, std::span<const size_t> cuts,
                              uint8_t* previous, uint32_t* sums) {
-    for (size_t y = 0; y < rows; ++y) {
+    for (size_t y = 0; y < rows; ++y, current += stride, previous += cuts.back()) {
         for (size_t i = 0; i + 1 < cuts.size(); ++i) {
-            for (size_t at = y * stride + cuts[i]; at < y * stride + cuts[i + 1]; ++at) {
-                sums[i] += static_cast<uint32_t>(std::abs(current[at] - previous[at]));
-                previous[at] = current[at];
+            for (size_t x = cuts[i]; x < cuts[i + 1]; ++x) {
+                sums[i] += static_cast<uint32_t>(std::abs(current[x] - previous[x]));
+                previous[x] = current[x];
             }
         }
     }

@@ -102,15 +102,7 @@ LumaSummary summaryOfEvenBytesSimd(const uint8_t* data, size_t count) {
         addSummary(data + 2 * i, vectors, summary);
         i += vectors * lanes;
     }
-    const LumaSummary rest = summaryOfEvenBytesScalar(data + 2 * i, count - i);
-    summary.zero += rest.zero;
-    summary.below_30 += rest.below_30;
-    summary.below_61 += rest.below_61;
-    summary.below_200 += rest.below_200;
-    summary.first += rest.first;
-    summary.second += rest.second;
-    summary.third += rest.third;
-    return summary;
+    return summary += summaryOfEvenBytesScalar(data + 2 * i, count - i);
 }
 
 uint32_t zerosOfEveryFourthByteSimd(const uint8_t* data, size_t count) {
@@ -120,14 +112,14 @@ uint32_t zerosOfEveryFourthByteSimd(const uint8_t* data, size_t count) {
     const auto one = hn::Set(words, 1);
     auto zeros = hn::Zero(words);
     size_t i = 0;
-    for (; i + lanes <= count; i += lanes) {
+    for (; i + lanes < count; i += lanes) {  // not the last sample, behind which nothing may be read
         const auto sample = hn::And(hn::BitCast(words, hn::LoadU(bytes, data + 4 * i)), hn::Set(words, 0xFF));
         zeros = hn::Add(zeros, hn::IfThenElseZero(hn::Eq(sample, hn::Zero(words)), one));
     }
     return hn::GetLane(hn::SumOfLanes(words, zeros)) + zerosOfEveryFourthByteScalar(data + 4 * i, count - i);
 }
 
-/// What has changed between `first` and `last`, bytes of both planes, which are equal before `first`.
+/// What has changed between the columns `first` and `last` of a row, which is replaced up to `first`.
 HWY_INLINE uint32_t replaceRun(const uint8_t* current, size_t first, size_t last, uint8_t* previous) {
     const hn::ScalableTag<uint8_t> bytes;
     const hn::Repartition<uint64_t, decltype(bytes)> wide;
@@ -155,9 +147,9 @@ HWY_INLINE uint32_t replaceRun(const uint8_t* current, size_t first, size_t last
 
 void replaceAndCompareSimd(const uint8_t* current, size_t stride, size_t rows, std::span<const size_t> cuts,
                            uint8_t* previous, uint32_t* sums) {
-    for (size_t y = 0; y < rows; ++y) {
+    for (size_t y = 0; y < rows; ++y, current += stride, previous += cuts.back()) {
         for (size_t i = 0; i + 1 < cuts.size(); ++i) {
-            sums[i] += replaceRun(current, y * stride + cuts[i], y * stride + cuts[i + 1], previous);
+            sums[i] += replaceRun(current, cuts[i], cuts[i + 1], previous);
         }
     }
 }

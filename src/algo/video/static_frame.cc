@@ -6,6 +6,7 @@
 #include <new>
 
 #include "algo/video/luma_kernels.h"
+#include "algo/video/planes.h"
 #include "base/log_format.h"
 
 namespace ZELAlgo {
@@ -33,7 +34,7 @@ void resize(StaticFrame_t& state, uint32_t width, uint32_t height) {
 
 // The regions overlap. Their edges cut the plane into a grid of which every field lies wholly inside or
 // outside each of them, so that all are compared, and the plane copied, in one walk over it.
-float replaceAndScore(StaticFrame_t& state, const uint8_t* data) {
+float replaceAndScore(StaticFrame_t& state, const uint8_t* luma, size_t stride) {
     std::array<Region, kRounds> regions;
     std::array<size_t, 2 * kRounds + 2> rows{0, state.height};
     std::array<size_t, 2 * kRounds + 2> columns{0, state.width};
@@ -49,17 +50,20 @@ float replaceAndScore(StaticFrame_t& state, const uint8_t* data) {
 
     std::array<uint32_t, kRounds> distances{};
     for (size_t i = 0; i + 1 < rows.size(); ++i) {
-        const size_t first = rows[i] * state.width;
+        const uint8_t* const current = luma + rows[i] * stride;
+        uint8_t* previous = state.prev.get() + rows[i] * state.width;
         const size_t count = rows[i + 1] - rows[i];
         const auto crosses = [&](const Region& region) {
             return region.top <= rows[i] && rows[i] < region.bottom;
         };
         if (std::none_of(regions.begin(), regions.end(), crosses)) {
-            std::memcpy(state.prev.get() + first, data + first, count * state.width);
+            forEachRun(current, stride, state.width, count, [&previous](const uint8_t* run, size_t bytes) {
+                previous = std::copy_n(run, bytes, previous);
+            });
             continue;
         }
         std::array<uint32_t, 2 * kRounds + 1> sums{};
-        replaceAndCompare(data + first, state.width, count, columns, state.prev.get() + first, sums.data());
+        replaceAndCompare(current, stride, count, columns, previous, sums.data());
         for (size_t k = 0; k < sums.size(); ++k) {
             for (size_t r = 0; r < kRounds; ++r) {
                 if (crosses(regions[r]) && regions[r].left <= columns[k] && columns[k] < regions[r].right) {
@@ -117,17 +121,16 @@ StaticFrame_t* StaticFrameCreate(uint32_t width, uint32_t height, uint32_t limit
     return state;
 }
 
-int32_t StaticFrameExecute(StaticFrame_t* state, const uint8_t* data, uint32_t width, uint32_t height,
-                           uint32_t& is_static) {
-    if (state == nullptr || data == nullptr) {
+int32_t StaticFrameExecute(StaticFrame_t* state, const ZELVideoPlanes& picture, uint32_t& is_static) {
+    if (state == nullptr || picture.data[0] == nullptr) {
         ZEL::zel_log("StaticFrameExecute input is Null \n");
         return 1;
     }
-    if (width != state->width || height != state->height || !state->prev) {
-        resize(*state, width, height);
+    if (picture.width != state->width || picture.height != state->height || !state->prev) {
+        resize(*state, picture.width, picture.height);
     }
     if (state->prev) {
-        state->score = replaceAndScore(*state, data);
+        state->score = replaceAndScore(*state, picture.data[0], picture.stride[0]);
         state->still_count = state->score < kStillBelow ? state->still_count + 1 : 0;
     }
     if (state->still_count < state->limit) {

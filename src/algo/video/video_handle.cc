@@ -12,8 +12,7 @@ struct Step {
     bool (*enabled)(const VideoSettings&);
     bool (*create)(VideoAlgoHandle_t&, const VideoSettings&, uint32_t width, uint32_t height);
     bool (*present)(const VideoAlgoHandle_t&);
-    int32_t (*execute)(VideoAlgoHandle_t&, const uint8_t* data, uint32_t width, uint32_t height,
-                       VideoVerdicts&);
+    int32_t (*execute)(VideoAlgoHandle_t&, const ZELVideoPlanes&, VideoVerdicts&);
     const char* create_failed;
     const char* execute_failed;
 };
@@ -35,10 +34,8 @@ constexpr Step kSteps[] = {
          },
      .present = [](const VideoAlgoHandle_t& handle) { return handle.exposure != nullptr; },
      .execute =
-         [](VideoAlgoHandle_t& handle, const uint8_t* data, uint32_t width, uint32_t height,
-            VideoVerdicts& v) {
-             return ExposureExecute(handle.exposure.get(), data, width, height, v.screen_type,
-                                    v.exposure_type);
+         [](VideoAlgoHandle_t& handle, const ZELVideoPlanes& picture, VideoVerdicts& v) {
+             return ExposureExecute(handle.exposure.get(), picture, v.screen_type, v.exposure_type);
          },
      .create_failed = "exposure_handle create failed\n",
      .execute_failed = "Exposure dete process fail ! \n"},
@@ -49,9 +46,8 @@ constexpr Step kSteps[] = {
              return handle.block != nullptr;
          },
      .present = [](const VideoAlgoHandle_t& handle) { return handle.block != nullptr; },
-     .execute =
-         [](VideoAlgoHandle_t& handle, const uint8_t* data, uint32_t width, uint32_t height,
-            VideoVerdicts& v) { return BlockExecute(handle.block.get(), data, width, height, v.is_block); },
+     .execute = [](VideoAlgoHandle_t& handle, const ZELVideoPlanes& picture,
+                   VideoVerdicts& v) { return BlockExecute(handle.block.get(), picture, v.is_block); },
      .create_failed = "block_handle create failed\n",
      .execute_failed = "Block dete process fail ! \n"},
     // Returns failure for every frame that it finds static, and that is logged: intended.
@@ -63,9 +59,8 @@ constexpr Step kSteps[] = {
          },
      .present = [](const VideoAlgoHandle_t& handle) { return handle.static_frame != nullptr; },
      .execute =
-         [](VideoAlgoHandle_t& handle, const uint8_t* data, uint32_t width, uint32_t height,
-            VideoVerdicts& v) {
-             return StaticFrameExecute(handle.static_frame.get(), data, width, height, v.is_static);
+         [](VideoAlgoHandle_t& handle, const ZELVideoPlanes& picture, VideoVerdicts& v) {
+             return StaticFrameExecute(handle.static_frame.get(), picture, v.is_static);
          },
      .create_failed = "staticframe_handle create failed\n",
      .execute_failed = "Staticframe dete process fail ! \n"},
@@ -88,10 +83,9 @@ VideoAlgoHandle_t* VideoAlgoCreate(const VideoSettings& settings, uint32_t width
     return handle;
 }
 
-int32_t VideoAlgoExecute(VideoAlgoHandle_t* handle, const uint8_t* data, uint32_t width, uint32_t height,
-                         VideoVerdicts& verdicts) {
+int32_t VideoAlgoExecute(VideoAlgoHandle_t* handle, const ZELVideoPlanes& picture, VideoVerdicts& verdicts) {
     for (const Step& step : kSteps) {
-        if (step.present(*handle) && step.execute(*handle, data, width, height, verdicts) != 0) {
+        if (step.present(*handle) && step.execute(*handle, picture, verdicts) != 0) {
             ZEL::zel_log("%s", step.execute_failed);
             return -1;
         }

@@ -49,10 +49,9 @@ struct VideoAlgoHandle_t {
 /// Null, with a log line that names the detector, if one of them cannot be created.
 VideoAlgoHandle_t* VideoAlgoCreate(const VideoSettings& settings, uint32_t width, uint32_t height);
 
-/// Runs the detectors in their fixed order on one I420 picture of any size. 0, or -1 with a log line as soon
+/// Runs the detectors in their fixed order on one picture of any size. 0, or -1 with a log line as soon
 /// as one returns a failure; what was written by then stands.
-int32_t VideoAlgoExecute(VideoAlgoHandle_t* handle, const uint8_t* data, uint32_t width, uint32_t height,
-                         VideoVerdicts& verdicts);
+int32_t VideoAlgoExecute(VideoAlgoHandle_t* handle, const ZELVideoPlanes& picture, VideoVerdicts& verdicts);
 
 /// 0, for null as well.
 int32_t VideoAlgoDestroy(VideoAlgoHandle_t* handle);

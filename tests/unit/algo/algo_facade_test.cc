@@ -1,18 +1,25 @@
 #include <zel/algo/algo_facade.h>
 
 #include <algorithm>
+#include <array>
 #include <limits>
+#include <memory>
+#include <set>
+#include <tuple>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "support/log_capture.h"
+#include "support/pictures.h"
 
 namespace {
 
 using ZELAlgo::AlgoFacade;
 using ZELAlgo::ZELAlgoConfig;
 using ZELAlgo::ZELVideoFrame;
+using ZELAlgo::ZELVideoPlanes;
 using ZELAlgo::ZELVideoResult;
 
 constexpr const char* kStaticFailure = "Staticframe dete process fail ! \n";
@@ -112,6 +119,118 @@ TEST(AlgoFacade, AcceptsAnyFrameSizeInOneStream) {
             EXPECT_EQ(result.exposure_type, 0U);
             EXPECT_FALSE(result.is_block);
         }
+    }
+}
+
+/// The planes of an I420 picture apart from each other, with `gap` bytes between rows and none after the
+/// last.
+class Scattered {
+  public:
+    Scattered(const std::vector<uint8_t>& packed, uint32_t width, uint32_t height, size_t gap)
+        : planes_{.width = width, .height = height, .data = {}, .stride = {}} {
+        auto from = packed.begin();
+        for (size_t plane = 0; plane < 3; ++plane) {
+            const size_t columns = plane == 0 ? width : width / 2;
+            const size_t rows = plane == 0 ? height : height / 2;
+            const size_t stride = columns + gap * (plane + 1);
+            bytes_[plane] = std::make_unique<uint8_t[]>(stride * (rows - 1) + columns);
+            for (size_t y = 0; y < rows; ++y, from += static_cast<ptrdiff_t>(columns)) {
+                std::copy_n(from, columns, bytes_[plane].get() + y * stride);
+            }
+            planes_.data[plane] = bytes_[plane].get();
+            planes_.stride[plane] = stride;
+        }
+    }
+    const ZELVideoPlanes& planes() const { return planes_; }
+
+  private:
+    std::array<std::unique_ptr<uint8_t[]>, 3> bytes_;
+    ZELVideoPlanes planes_;
+};
+
+/// Pictures that bring every verdict about.
+std::vector<std::vector<uint8_t>> telling(uint32_t width, uint32_t height) {
+    const size_t luma = size_t{width} * height;
+    std::vector<std::vector<uint8_t>> pictures;
+    for (const support::Pattern pattern : support::kPatterns) {
+        pictures.push_back(support::picture(pattern, width, height * 3 / 2, width));
+        pictures.push_back(pictures.back());
+    }
+    pictures.emplace_back(luma * 3 / 2, 0);
+    std::vector<uint8_t> dark(luma * 3 / 2, 30);  // but for what is looked at
+    for (size_t i = 0; i < luma / 2; i += 2) {
+        dark[i] = 29;
+    }
+    pictures.push_back(std::move(dark));
+    return pictures;
+}
+
+TEST(AlgoFacade, FindsGreenInEveryFourthChromaByteOnFromRowToRowAndPlaneToPlane) {
+    for (uint32_t width = 2; width <= 24; width += 2) {
+        for (uint32_t height = 2; height <= 12; height += 2) {
+            for (const size_t place : {size_t{0}, size_t{1}, size_t{2}, size_t{3}}) {
+                const size_t luma = size_t{width} * height;
+                std::vector<uint8_t> picture(luma * 3 / 2, 0);
+                for (size_t i = 0; i < luma / 2; ++i) {
+                    picture[luma + i] = i % 4 == place ? 0 : 1;
+                }
+                // Each byte counts twice, and half of an odd count is rounded down.
+                const uint32_t want = place == 0 && luma / 4 % 2 == 0 ? 2 : 1;
+                ZELAlgoConfig config;
+                config.green_screen_ratio = 1.0F;
+                for (const size_t gap : {size_t{0}, size_t{1}, size_t{32}}) {
+                    ZELVideoResult result{};
+                    AlgoFacade facade(config);
+                    ASSERT_TRUE(facade.detectPlanes(Scattered(picture, width, height, gap).planes(), result));
+                    ASSERT_EQ(result.screen_type, want) << width << "x" << height << " gap " << gap;
+                }
+            }
+        }
+    }
+}
+
+TEST(AlgoFacade, SaysTheSameOfPlanesWhereverTheyLie) {
+    constexpr std::pair<uint32_t, uint32_t> kSizes[] = {{2, 2},   {2, 6},    {6, 6},     {10, 14},
+                                                        {64, 48}, {130, 70}, {222, 146}, {640, 360}};
+    std::set<uint32_t> screens;
+    int found = 0;
+    for (const auto& [width, height] : kSizes) {
+        for (const size_t gap : {size_t{0}, size_t{1}, size_t{32}}) {
+            AlgoFacade packed(ZELAlgoConfig{.staticframe_param = 1.0F});
+            AlgoFacade scattered(ZELAlgoConfig{.staticframe_param = 1.0F});
+            for (const std::vector<uint8_t>& picture : telling(width, height)) {
+                ZELVideoResult want{};
+                ZELVideoResult have{};
+                ASSERT_TRUE(packed.detectVideo({width, height, 0, picture.data()}, want));
+                ASSERT_TRUE(scattered.detectPlanes(Scattered(picture, width, height, gap).planes(), have));
+                ASSERT_EQ(std::tie(want.screen_type, want.exposure_type, want.is_block, want.is_staticframe),
+                          std::tie(have.screen_type, have.exposure_type, have.is_block, have.is_staticframe))
+                    << width << "x" << height << ", " << gap << " between rows";
+                screens.insert(have.screen_type);
+                found |= (have.exposure_type > 0 ? 1 : 0) | (have.is_block ? 2 : 0) |
+                         (have.is_staticframe ? 4 : 0);
+            }
+        }
+    }
+    EXPECT_EQ(screens, (std::set<uint32_t>{0, 1, 2}));
+    EXPECT_EQ(found, 7);
+}
+
+TEST(AlgoFacade, RefusesPlanesThatCannotBeRead) {
+    const Scattered picture(std::vector<uint8_t>(16 * 8 * 3 / 2), 16, 8, 0);
+    const auto refuses = [&picture](auto change) {
+        AlgoFacade facade;
+        ZELVideoPlanes planes = picture.planes();
+        change(planes);
+        ZELVideoResult result{7, 99, 99, true, true};
+        return !facade.detectPlanes(planes, result) && result.screen_type == 99;
+    };
+    EXPECT_FALSE(refuses([](ZELVideoPlanes&) {}));
+    EXPECT_TRUE(refuses([](ZELVideoPlanes& planes) { planes.width = 15; }));
+    EXPECT_TRUE(refuses([](ZELVideoPlanes& planes) { planes.height = 7; }));
+    for (size_t plane = 0; plane < 3; ++plane) {
+        EXPECT_TRUE(refuses([plane](ZELVideoPlanes& planes) { planes.data[plane] = nullptr; }));
+        EXPECT_TRUE(refuses([plane](ZELVideoPlanes& planes) { --planes.stride[plane]; }));
     }
 }
 

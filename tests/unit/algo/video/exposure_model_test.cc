@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "algo/video/exposure_frame.h"
+#include "algo/video/planes.h"
 #include "support/random.h"
 
 namespace {
@@ -97,7 +98,7 @@ TEST(ExposureFrame, WritesNothingThatItWasNotAskedFor) {
                                                                      .exposure_on = false,
                                                                      .green_on = true});
     const uint8_t black[6] = {16, 16, 16, 16, 128, 128};
-    EXPECT_EQ(ExposureExecute(state, black, 2, 2, screen, exposure), 0);
+    EXPECT_EQ(ExposureExecute(state, ZELAlgo::planesOf(black, 2, 2), screen, exposure), 0);
     EXPECT_EQ(screen, 77U);
     EXPECT_EQ(exposure, 77U);
     ExposureDestroy(state);

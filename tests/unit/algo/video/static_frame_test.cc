@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "algo/video/planes.h"
 #include "support/random.h"
 
 namespace {
@@ -23,7 +24,8 @@ class StaticFrame : public testing::Test {
 
     bool isStatic(const Bytes& luma, uint32_t width = kWidth, uint32_t height = kHeight) {
         uint32_t flag = 77;
-        const int32_t status = StaticFrameExecute(state_.get(), luma.data(), width, height, flag);
+        const int32_t status =
+            StaticFrameExecute(state_.get(), ZELAlgo::planesOf(luma.data(), width, height), flag);
         EXPECT_EQ(status, flag == 1 ? 1 : 0) << "a static picture is a failure, too";
         return flag == 1;
     }

@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "algo/video/planes.h"
 #include "support/allocations.h"
 #include "support/log_capture.h"
 #include "support/random.h"
@@ -16,6 +17,7 @@ namespace {
 
 using support::FailingNew;
 using support::LogCapture;
+using ZELAlgo::planesOf;
 using Bytes = std::vector<uint8_t>;
 
 Bytes noise(uint32_t width, uint32_t height) {
@@ -29,17 +31,23 @@ Bytes noise(uint32_t width, uint32_t height) {
 
 TEST(VideoDetectors, RefuseNullWithALogLine) {
     const LogCapture log;
-    const Bytes picture = noise(16, 16);
+    const Bytes bytes = noise(16, 16);
     uint32_t first = 0;
     uint32_t second = 0;
+    const ZELAlgo::ZELVideoPlanes planes = planesOf(bytes.data(), 16, 16);
+    const ZELAlgo::ZELVideoPlanes nothing = planesOf(nullptr, 16, 16);
     ZELAlgo::ExposureFrame_t exposure{};
-    EXPECT_EQ(ZELAlgo::ExposureExecute(nullptr, picture.data(), 16, 16, first, second), 1);
-    EXPECT_EQ(ZELAlgo::ExposureExecute(&exposure, nullptr, 16, 16, first, second), 1);
+    ZELAlgo::BlockFrame_t block{};
+    ZELAlgo::StaticFrame_t freeze{};
+    EXPECT_EQ(ZELAlgo::ExposureExecute(nullptr, planes, first, second), 1);
+    EXPECT_EQ(ZELAlgo::ExposureExecute(&exposure, nothing, first, second), 1);
     EXPECT_EQ(log.count("ExposureExecute input is Null \n"), 2U);
-    EXPECT_EQ(ZELAlgo::BlockExecute(nullptr, picture.data(), 16, 16, first), 1);
-    EXPECT_EQ(log.count("BlockExecute input is Null \n"), 1U);
-    EXPECT_EQ(ZELAlgo::StaticFrameExecute(nullptr, picture.data(), 16, 16, first), 1);
-    EXPECT_EQ(log.count("StaticFrameExecute input is Null \n"), 1U);
+    EXPECT_EQ(ZELAlgo::BlockExecute(nullptr, planes, first), 1);
+    EXPECT_EQ(ZELAlgo::BlockExecute(&block, nothing, first), 1);
+    EXPECT_EQ(log.count("BlockExecute input is Null \n"), 2U);
+    EXPECT_EQ(ZELAlgo::StaticFrameExecute(nullptr, planes, first), 1);
+    EXPECT_EQ(ZELAlgo::StaticFrameExecute(&freeze, nothing, first), 1);
+    EXPECT_EQ(log.count("StaticFrameExecute input is Null \n"), 2U);
     ZELAlgo::ExposureDestroy(nullptr);
     ZELAlgo::BlockDestroy(nullptr);
     ZELAlgo::StaticFrameDestroy(nullptr);
@@ -60,7 +68,7 @@ TEST(VideoDetectors, StopAtTheFirstFailureAndKeepWhatWasFoundBefore) {
     const LogCapture log;
     ZELAlgo::VideoVerdicts verdicts;
     const Bytes black(16 * 16 * 3 / 2, 0);
-    EXPECT_EQ(ZELAlgo::VideoAlgoExecute(handle, black.data(), 16, 16, verdicts), -1);
+    EXPECT_EQ(ZELAlgo::VideoAlgoExecute(handle, planesOf(black.data(), 16, 16), verdicts), -1);
     EXPECT_EQ(verdicts.screen_type, 1U);
     EXPECT_EQ(verdicts.is_static, 1U);
     EXPECT_EQ(log.messages(), std::vector<std::string>{"Staticframe dete process fail ! \n"});
