@@ -7,6 +7,8 @@
 #include <string_view>
 #include <utility>
 
+#include "packed_picture.h"
+
 namespace zel_monitor {
 namespace {
 
@@ -66,7 +68,9 @@ void Host::stop() {
 }
 
 bool Host::feed(const Picture& picture) {
-    return feed_video_frame(handle_, picture.data, picture.width, picture.height, next_picture_++);
+    packPlanes(picture.planes, packed_);
+    return feed_video_frame(handle_, packed_.data(), static_cast<int>(picture.planes.width),
+                            static_cast<int>(picture.planes.height), next_picture_++);
 }
 
 bool Host::feed(const Sound& sound) {

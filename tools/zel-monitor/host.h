@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <vector>
 
 #include "media_item.h"
 
@@ -37,6 +38,7 @@ class Host {
 
   private:
     ZELHandle* handle_;
+    std::vector<uint8_t> packed_;  ///< the picture being fed
     int64_t next_picture_ = 0;
     int64_t next_sound_ = 0;
 };

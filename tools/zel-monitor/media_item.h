@@ -1,11 +1,14 @@
 #ifndef ZEL_TOOLS_MEDIA_ITEM_H_
 #define ZEL_TOOLS_MEDIA_ITEM_H_
 
+#include <zel/algo/algo_types.h>
+
 #include <cstdint>
 #include <memory>
 #include <variant>
 
 struct AVBufferRef;
+struct AVFrame;
 
 namespace zel_monitor {
 
@@ -15,14 +18,18 @@ struct BufferRelease {
 /// One reference to a reference-counted block of bytes; may be released on any thread.
 using BufferHandle = std::unique_ptr<AVBufferRef, BufferRelease>;
 
-/// One decoded picture as I420 without gaps: width * height luma bytes, then the two chroma planes.
+struct FrameRelease {
+    void operator()(AVFrame* frame) const;
+};
+/// One reference to a frame's content; may be released on any thread.
+using FrameReference = std::unique_ptr<AVFrame, FrameRelease>;
+
+/// One decoded picture as I420.
 struct Picture {
-    double time;      ///< seconds since the start of the stream
-    double duration;  ///< seconds; 0 if the stream does not say
-    int width;        ///< even: an odd last column or row is left out
-    int height;       ///< even
-    const uint8_t* data;
-    BufferHandle buffer;  ///< keeps `data` alive
+    double time;                     ///< seconds since the start of the stream
+    double duration;                 ///< seconds; 0 if the stream does not say
+    ZELAlgo::ZELVideoPlanes planes;  ///< an odd last column or row is left out
+    FrameReference frame;            ///< keeps the planes alive
 };
 
 /// One block of decoded sound: `samples` times `channels` interleaved 16-bit samples.

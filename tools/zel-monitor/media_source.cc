@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "ffmpeg_handles.h"
-#include "frame_packer.h"
+#include "frame_converter.h"
 
 extern "C" {
 #include <libavdevice/avdevice.h>
@@ -241,13 +241,13 @@ class MediaSource::Reader {
                 noteDamage(FfmpegError(AVERROR_INVALIDDATA));
             }
             if (&track == &video_) {
-                Picture picture = pictures_.pack(*frame_);
+                Picture picture = pictures_.convert(*frame_);
                 picture.duration = pictureDuration();
                 picture.time =
                     place(track, picture.duration > 0 ? picture.duration : kFallbackPictureSeconds);
                 track.ready.emplace_back(std::move(picture));
             } else if (frame_->nb_samples > 0 && frame_->sample_rate > 0) {
-                Sound sound = sounds_.pack(*frame_);
+                Sound sound = sounds_.convert(*frame_);
                 sound.time = place(track, static_cast<double>(sound.samples) / sound.sample_rate);
                 track.ready.emplace_back(std::move(sound));
             }
@@ -301,8 +301,8 @@ class MediaSource::Reader {
     Track audio_;
     PacketHandle packet_{orOutOfMemory(av_packet_alloc())};
     FrameHandle frame_{orOutOfMemory(av_frame_alloc())};
-    PicturePacker pictures_;
-    SoundPacker sounds_;
+    PictureConverter pictures_;
+    SoundConverter sounds_;
     MediaFacts facts_;
     MediaCounts counts_;
     std::optional<double> origin_;  ///< timestamp, in seconds, that counts as the start of the stream

@@ -33,7 +33,7 @@ const std::string kTone = "-f lavfi -i sine=440:r=44100:d=2 ";
 
 struct Collected {
     std::vector<double> picture_times;
-    std::map<std::pair<int, int>, int> sizes;
+    std::map<std::pair<uint32_t, uint32_t>, int> sizes;
     double sound_seconds = 0;
     double latest = -1;
     double worst_step_back = 0;
@@ -46,7 +46,7 @@ Collected collect(MediaSource& source) {
         all.latest = std::max(all.latest, timeOf(*item));
         if (const auto* const picture = std::get_if<Picture>(&*item)) {
             all.picture_times.push_back(picture->time);
-            ++all.sizes[{picture->width, picture->height}];
+            ++all.sizes[{picture->planes.width, picture->planes.height}];
         } else {
             const auto& sound = std::get<Sound>(*item);
             all.sound_seconds += static_cast<double>(sound.samples) / sound.sample_rate;

@@ -46,11 +46,7 @@ void Analyser::take(Picture picture) {
         }
     }
     ZELAlgo::ZELVideoResult result{};
-    video_.detectVideo({.width = static_cast<uint32_t>(picture.width),
-                        .height = static_cast<uint32_t>(picture.height),
-                        .reserved = 0,
-                        .data = picture.data},
-                       result);
+    video_.detectPlanes(picture.planes, result);
     ++pictures_;
     shown_.emplace(Shown{std::move(picture), start_s, result});
     video_clock_.expectNext(start_s + lengthOfLast());

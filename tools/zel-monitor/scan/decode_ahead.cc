@@ -6,7 +6,7 @@ namespace zel_monitor::scan {
 namespace {
 
 size_t bytesOf(const Picture& picture) {
-    return static_cast<size_t>(picture.width) * static_cast<size_t>(picture.height) * 3 / 2;
+    return size_t{picture.planes.width} * picture.planes.height * 3 / 2;
 }
 
 size_t bytesOf(const Sound& sound) {

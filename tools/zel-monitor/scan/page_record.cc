@@ -7,14 +7,14 @@ namespace {
 
 constexpr double kCurveStepS = 0.1;
 constexpr size_t kMostThumbnails = 300;
-constexpr int kLumaGrid = 8;  // every so many rows and columns are enough for a mean
+constexpr uint32_t kLumaGrid = 8;  // every so many rows and columns are enough for a mean
 
-double meanLuma(const Picture& picture) {
+double meanLuma(const ZELAlgo::ZELVideoPlanes& planes) {
     uint64_t sum = 0;
     uint64_t count = 0;
-    for (int y = 0; y < picture.height; y += kLumaGrid) {
-        const uint8_t* const row = picture.data + static_cast<ptrdiff_t>(y) * picture.width;
-        for (int x = 0; x < picture.width; x += kLumaGrid) {
+    for (uint32_t y = 0; y < planes.height; y += kLumaGrid) {
+        const uint8_t* const row = planes.data[0] + y * planes.stride[0];
+        for (uint32_t x = 0; x < planes.width; x += kLumaGrid) {
             sum += row[x];
             ++count;
         }
@@ -40,7 +40,7 @@ PageRecord::PageRecord(double frame_rate)
 
 void PageRecord::onPicture(const Picture& picture, double time_s) {
     current_ = &picture;
-    luma_.add(time_s, meanLuma(picture));
+    luma_.add(time_s, meanLuma(picture.planes));
 }
 
 void PageRecord::onSilencePeriod(Span period, const ZELAlgo::ZELAudioResult& result) {

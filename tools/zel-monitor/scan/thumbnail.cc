@@ -28,22 +28,24 @@ std::string addressOf(const AVPacket& jpeg) {
 }  // namespace
 
 FrameHandle Thumbnailer::shrink(const Picture& picture) {
-    const int longest = std::max(picture.width, picture.height);
+    const ZELAlgo::ZELVideoPlanes& planes = picture.planes;
+    const auto width = static_cast<int>(planes.width);
+    const auto height = static_cast<int>(planes.height);
+    const int longest = std::max(width, height);
     FrameHandle small(orOutOfMemory(av_frame_alloc()));
     small->format = AV_PIX_FMT_YUVJ420P;
-    small->width = scaled(picture.width, longest);
-    small->height = scaled(picture.height, longest);
-    scaler_.reset(sws_getCachedContext(scaler_.release(), picture.width, picture.height, AV_PIX_FMT_YUV420P,
-                                       small->width, small->height, AV_PIX_FMT_YUVJ420P, SWS_AREA, nullptr,
-                                       nullptr, nullptr));
+    small->width = scaled(width, longest);
+    small->height = scaled(height, longest);
+    scaler_.reset(sws_getCachedContext(scaler_.release(), width, height, AV_PIX_FMT_YUV420P, small->width,
+                                       small->height, AV_PIX_FMT_YUVJ420P, SWS_AREA, nullptr, nullptr,
+                                       nullptr));
     if (!scaler_ || av_frame_get_buffer(small.get(), 0) < 0) {
         return nullptr;
     }
-    const ptrdiff_t luma = static_cast<ptrdiff_t>(picture.width) * picture.height;
-    const std::array<const uint8_t*, 3> planes{picture.data, picture.data + luma,
-                                               picture.data + luma + luma / 4};
-    const std::array<int, 3> strides{picture.width, picture.width / 2, picture.width / 2};
-    sws_scale(scaler_.get(), planes.data(), strides.data(), 0, picture.height, small->data, small->linesize);
+    std::array<int, 3> strides{};
+    std::transform(planes.stride, planes.stride + 3, strides.begin(),
+                   [](size_t stride) { return static_cast<int>(stride); });
+    sws_scale(scaler_.get(), planes.data, strides.data(), 0, height, small->data, small->linesize);
     return small;
 }
 

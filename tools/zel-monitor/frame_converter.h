@@ -1,39 +1,38 @@
-#ifndef ZEL_TOOLS_FRAME_PACKER_H_
-#define ZEL_TOOLS_FRAME_PACKER_H_
+#ifndef ZEL_TOOLS_FRAME_CONVERTER_H_
+#define ZEL_TOOLS_FRAME_CONVERTER_H_
 
 #include "ffmpeg_handles.h"
 #include "media_item.h"
 
 namespace zel_monitor {
 
-/// Turns decoded video frames of any format and size into I420 without gaps.
+/// Turns decoded video frames of any format and size into I420.
 ///
 /// Stored luma values are kept: detectors are tuned to what a decoder hands to a player, so full range stays
 /// full range and limited stays limited, and only deeper samples are brought to 8 bits. RGB becomes
-/// limited-range BT.601. An odd last column or row is left out, because width * height * 3 / 2 bytes cannot
-/// hold the chroma that belongs to it.
-class PicturePacker {
+/// limited-range BT.601. An odd last column or row is left out, because width * height * 3 / 2 bytes, as the
+/// library takes a picture, cannot hold the chroma that belongs to it.
+class PictureConverter {
   public:
     /// A picture without its times. A frame that already is what is wanted is shared, not copied. Throws
     /// FfmpegError for a frame that cannot be converted.
-    Picture pack(const AVFrame& frame);
+    Picture convert(const AVFrame& frame);
 
   private:
-    const AVFrame& planar(const AVFrame& frame);
+    FrameHandle scaled(const AVFrame& frame);
     AVBufferRef* newBuffer(size_t size);
 
     ScalerHandle scaler_;
-    FrameHandle scaled_;
     PoolHandle pool_;
     size_t pool_size_ = 0;
 };
 
 /// Turns decoded audio frames into interleaved 16-bit samples of the same rate and channels.
-class SoundPacker {
+class SoundConverter {
   public:
     /// A block without its time. Frames that are 16-bit interleaved already are shared, not copied. Throws
     /// FfmpegError for a frame that cannot be converted.
-    Sound pack(const AVFrame& frame);
+    Sound convert(const AVFrame& frame);
 
   private:
     void configureFor(const AVFrame& frame);
@@ -46,4 +45,4 @@ class SoundPacker {
 
 }  // namespace zel_monitor
 
-#endif  // ZEL_TOOLS_FRAME_PACKER_H_
+#endif  // ZEL_TOOLS_FRAME_CONVERTER_H_

@@ -1,4 +1,4 @@
-#include "frame_packer.h"
+#include "frame_converter.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -7,8 +7,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "packed_picture.h"
+
 extern "C" {
-#include <libavutil/imgutils.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -17,12 +18,16 @@ namespace {
 using testing::ElementsAre;
 using zel_monitor::FrameHandle;
 using zel_monitor::Picture;
-using zel_monitor::PicturePacker;
+using zel_monitor::PictureConverter;
 using zel_monitor::Sound;
-using zel_monitor::SoundPacker;
+using zel_monitor::SoundConverter;
 
 uint8_t lumaAt(int x, int y) {
     return static_cast<uint8_t>(x * 3 + y * 7);  // reaches every value, also those outside limited range
+}
+
+int lumaOf(const Picture& picture, int x, int y) {
+    return picture.planes.data[0][y * static_cast<ptrdiff_t>(picture.planes.stride[0]) + x];
 }
 
 FrameHandle videoFrame(AVPixelFormat format, int width, int height) {
@@ -45,52 +50,64 @@ FrameHandle videoFrame(AVPixelFormat format, int width, int height) {
     return frame;
 }
 
-TEST(PicturePacker, KeepsTheStoredLumaOfEveryPixelFormat) {
+TEST(PictureConverter, KeepsTheStoredLumaOfEveryPixelFormat) {
     for (const AVPixelFormat format :
          {AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUVJ420P, AV_PIX_FMT_NV12, AV_PIX_FMT_YUV422P, AV_PIX_FMT_YUVJ422P,
           AV_PIX_FMT_YUV444P, AV_PIX_FMT_YUVA420P, AV_PIX_FMT_GRAY8, AV_PIX_FMT_YUV420P10LE,
           AV_PIX_FMT_YUV422P10LE, AV_PIX_FMT_P010LE, AV_PIX_FMT_YUYV422}) {
         SCOPED_TRACE(av_get_pix_fmt_name(format));
-        PicturePacker packer;
-        const Picture picture = packer.pack(*videoFrame(format, 86, 48));
-        ASSERT_EQ(86, picture.width);
-        ASSERT_EQ(48, picture.height);
+        PictureConverter converter;
+        const Picture picture = converter.convert(*videoFrame(format, 86, 48));
+        ASSERT_EQ(86U, picture.planes.width);
+        ASSERT_EQ(48U, picture.planes.height);
         int worst = 0;
         for (int y = 0; y < 48; ++y) {
             for (int x = 0; x < 86; ++x) {
-                worst = std::max(worst, std::abs(picture.data[y * 86 + x] - lumaAt(x, y)));
+                worst = std::max(worst, std::abs(lumaOf(picture, x, y) - lumaAt(x, y)));
             }
         }
         EXPECT_LE(worst, av_pix_fmt_desc_get(format)->comp[0].depth > 8 ? 1 : 0);
     }
 }
 
-TEST(PicturePacker, LeavesOutAnOddLastColumnAndRow) {
-    PicturePacker packer;
+TEST(PictureConverter, LeavesOutAnOddLastColumnAndRow) {
+    PictureConverter converter;
     const FrameHandle frame = videoFrame(AV_PIX_FMT_YUV420P, 7, 5);
     frame->data[1][0] = 201;
     frame->data[2][frame->linesize[2] + 2] = 202;
-    const Picture picture = packer.pack(*frame);
-    ASSERT_EQ(6, picture.width);
-    ASSERT_EQ(4, picture.height);
-    EXPECT_EQ(lumaAt(5, 3), picture.data[3 * 6 + 5]);
-    EXPECT_EQ(201, picture.data[6 * 4]);
-    EXPECT_EQ(202, picture.data[6 * 4 * 3 / 2 - 1]);
-    EXPECT_THROW(packer.pack(*videoFrame(AV_PIX_FMT_YUV420P, 1, 16)), std::runtime_error);
+    const Picture picture = converter.convert(*frame);
+    ASSERT_EQ(6U, picture.planes.width);
+    ASSERT_EQ(4U, picture.planes.height);
+    std::vector<uint8_t> packed;
+    zel_monitor::packPlanes(picture.planes, packed);
+    ASSERT_EQ(6U * 4U * 3U / 2U, packed.size());
+    EXPECT_EQ(lumaAt(0, 3), packed[3 * 6]);
+    EXPECT_EQ(lumaAt(5, 3), packed[3 * 6 + 5]);
+    EXPECT_EQ(201, packed[6 * 4]);
+    EXPECT_EQ(202, packed.back());
+    EXPECT_THROW(converter.convert(*videoFrame(AV_PIX_FMT_YUV420P, 1, 16)), std::runtime_error);
 }
 
-TEST(PicturePacker, SharesAFrameThatIsPackedAlready) {
-    FrameHandle frame(av_frame_alloc());
-    frame->format = AV_PIX_FMT_YUV420P;
-    frame->width = 6;
-    frame->height = 4;
-    frame->buf[0] = av_buffer_alloc(6 * 4 * 3 / 2);
-    av_image_fill_arrays(frame->data, frame->linesize, frame->buf[0]->data, AV_PIX_FMT_YUV420P, 6, 4, 1);
-    PicturePacker packer;
-    const Picture picture = packer.pack(*frame);
-    EXPECT_EQ(frame->data[0], picture.data);
+TEST(PictureConverter, SharesPlanesThatCanBeReadAsTheyLie) {
+    FrameHandle frame = videoFrame(AV_PIX_FMT_YUV420P, 6, 4);
+    PictureConverter converter;
+    const Picture picture = converter.convert(*frame);
+    EXPECT_EQ(frame->data[0], picture.planes.data[0]);
     frame.reset();
-    EXPECT_EQ(1, av_buffer_get_ref_count(picture.buffer.get()));
+    EXPECT_EQ(1, av_buffer_get_ref_count(picture.frame->buf[0]));
+    EXPECT_EQ(lumaAt(5, 3), lumaOf(picture, 5, 3));
+}
+
+TEST(PictureConverter, TurnsAPictureThatIsStoredFromTheBottomUp) {
+    const FrameHandle frame = videoFrame(AV_PIX_FMT_YUV420P, 64, 8);
+    for (int plane = 0; plane < 3; ++plane) {
+        frame->data[plane] += (plane == 0 ? 7 : 3) * frame->linesize[plane];
+        frame->linesize[plane] *= -1;
+    }
+    PictureConverter converter;
+    const Picture picture = converter.convert(*frame);
+    EXPECT_EQ(lumaAt(9, 7), lumaOf(picture, 9, 0));
+    EXPECT_EQ(lumaAt(9, 0), lumaOf(picture, 9, 7));
 }
 
 FrameHandle audioFrame(AVSampleFormat format, int channels, int samples) {
@@ -107,7 +124,7 @@ std::vector<int16_t> samplesOf(const Sound& sound) {
     return {sound.data, sound.data + sound.samples * sound.channels};
 }
 
-TEST(SoundPacker, InterleavesAndConvertsWithoutResampling) {
+TEST(SoundConverter, InterleavesAndConvertsWithoutResampling) {
     const FrameHandle frame = audioFrame(AV_SAMPLE_FMT_FLTP, 2, 2);
     auto* const left = reinterpret_cast<float*>(frame->extended_data[0]);
     auto* const right = reinterpret_cast<float*>(frame->extended_data[1]);
@@ -115,17 +132,17 @@ TEST(SoundPacker, InterleavesAndConvertsWithoutResampling) {
     left[1] = -1.0F;
     right[0] = 0.25F;
     right[1] = 2.0F;
-    SoundPacker packer;
-    const Sound sound = packer.pack(*frame);
+    SoundConverter converter;
+    const Sound sound = converter.convert(*frame);
     EXPECT_EQ(44100, sound.sample_rate);
     EXPECT_EQ(2, sound.channels);
     EXPECT_THAT(samplesOf(sound), ElementsAre(16384, 8192, -32768, 32767));
 }
 
-TEST(SoundPacker, SharesInterleavedSamplesAndFollowsAChangeOfFormat) {
-    SoundPacker packer;
+TEST(SoundConverter, SharesInterleavedSamplesAndFollowsAChangeOfFormat) {
+    SoundConverter converter;
     const FrameHandle shared = audioFrame(AV_SAMPLE_FMT_S16, 1, 3);
-    EXPECT_EQ(reinterpret_cast<const int16_t*>(shared->data[0]), packer.pack(*shared).data);
+    EXPECT_EQ(reinterpret_cast<const int16_t*>(shared->data[0]), converter.convert(*shared).data);
 
     const FrameHandle wide = audioFrame(AV_SAMPLE_FMT_S32, 3, 1);
     wide->ch_layout.order = AV_CHANNEL_ORDER_UNSPEC;
@@ -133,11 +150,11 @@ TEST(SoundPacker, SharesInterleavedSamplesAndFollowsAChangeOfFormat) {
     samples[0] = 1 << 16;
     samples[1] = -(5 << 16);
     samples[2] = 300 << 16;
-    EXPECT_THAT(samplesOf(packer.pack(*wide)), ElementsAre(1, -5, 300));
+    EXPECT_THAT(samplesOf(converter.convert(*wide)), ElementsAre(1, -5, 300));
 
     const FrameHandle mono = audioFrame(AV_SAMPLE_FMT_S16P, 1, 1);
     reinterpret_cast<int16_t*>(mono->data[0])[0] = 77;
-    EXPECT_THAT(samplesOf(packer.pack(*mono)), ElementsAre(77));
+    EXPECT_THAT(samplesOf(converter.convert(*mono)), ElementsAre(77));
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
-#include "frame_packer.h"
+#include "frame_converter.h"
 
+#include <algorithm>
 #include <string_view>
 
 extern "C" {
@@ -10,10 +11,14 @@ extern "C" {
 namespace zel_monitor {
 namespace {
 
-constexpr int kPlanes = 3;
+constexpr int kAlignment = 64;  // of rows that the scaler writes, and what it may write behind the last one
 
-bool isPlanar420(int format) {
-    return format == AV_PIX_FMT_YUV420P || format == AV_PIX_FMT_YUVJ420P || format == AV_PIX_FMT_YUVA420P;
+/// Whether the frame's own planes can be read from the first row on.
+bool isShareable(const AVFrame& frame) {
+    const bool planar_420 = frame.format == AV_PIX_FMT_YUV420P || frame.format == AV_PIX_FMT_YUVJ420P ||
+                            frame.format == AV_PIX_FMT_YUVA420P;
+    return planar_420 && frame.buf[0] != nullptr &&
+           std::all_of(frame.linesize, frame.linesize + 3, [](int stride) { return stride > 0; });
 }
 
 /// The I420 format that lets the scaler leave the luma values alone: it takes these sources as full range.
@@ -25,60 +30,38 @@ AVPixelFormat targetFormat(AVPixelFormat source) {
                : AV_PIX_FMT_YUV420P;
 }
 
-/// Whether the planes already follow one another without gaps inside one buffer.
-bool isPacked(const AVFrame& frame, int width, int height) {
-    const ptrdiff_t luma = static_cast<ptrdiff_t>(width) * height;
-    const AVBufferRef* const buffer = frame.buf[0];
-    return frame.width == width && frame.height == height && frame.linesize[0] == width &&
-           frame.linesize[1] == width / 2 && frame.linesize[2] == width / 2 && buffer != nullptr &&
-           frame.data[1] == frame.data[0] + luma && frame.data[2] == frame.data[1] + luma / 4 &&
-           frame.data[0] >= buffer->data && frame.data[2] + luma / 4 <= buffer->data + buffer->size;
-}
-
 }  // namespace
 
 void BufferRelease::operator()(AVBufferRef* buffer) const {
     av_buffer_unref(&buffer);
 }
 
-Picture PicturePacker::pack(const AVFrame& frame) {
-    const int width = frame.width & ~1;
-    const int height = frame.height & ~1;
+void FrameRelease::operator()(AVFrame* frame) const {
+    av_frame_free(&frame);
+}
+
+Picture PictureConverter::convert(const AVFrame& frame) {
+    const auto width = static_cast<uint32_t>(frame.width & ~1);
+    const auto height = static_cast<uint32_t>(frame.height & ~1);
     if (width == 0 || height == 0) {
         throw FfmpegError(AVERROR_PATCHWELCOME, "picture is smaller than 2x2");
     }
-    const AVFrame& source = planar(frame);
-    if (isPacked(source, width, height)) {
-        return {.time = 0,
-                .duration = 0,
-                .width = width,
-                .height = height,
-                .data = source.data[0],
-                .buffer = BufferHandle(orOutOfMemory(av_buffer_ref(source.buf[0])))};
+    FrameHandle held =
+        isShareable(frame) ? FrameHandle(orOutOfMemory(av_frame_clone(&frame))) : scaled(frame);
+    Picture picture{.time = 0,
+                    .duration = 0,
+                    .planes = {.width = width, .height = height, .data = {}, .stride = {}},
+                    .frame = nullptr};
+    for (size_t plane = 0; plane < 3; ++plane) {
+        picture.planes.data[plane] = held->data[plane];
+        picture.planes.stride[plane] = static_cast<size_t>(held->linesize[plane]);
     }
-    const size_t luma = static_cast<size_t>(width) * static_cast<size_t>(height);
-    BufferHandle buffer(newBuffer(luma * 3 / 2));
-    uint8_t* target = buffer->data;
-    for (int plane = 0; plane < kPlanes; ++plane) {
-        const int columns = plane == 0 ? width : width / 2;
-        const int rows = plane == 0 ? height : height / 2;
-        av_image_copy_plane(target, columns, source.data[plane], source.linesize[plane], columns, rows);
-        target += static_cast<ptrdiff_t>(columns) * rows;
-    }
-    const uint8_t* const data = buffer->data;
-    return {.time = 0,
-            .duration = 0,
-            .width = width,
-            .height = height,
-            .data = data,
-            .buffer = std::move(buffer)};
+    picture.frame.reset(held.release());
+    return picture;
 }
 
-/// `frame` itself, or its content brought to planar 4:2:0 with padded rows, as the scaler needs them.
-const AVFrame& PicturePacker::planar(const AVFrame& frame) {
-    if (isPlanar420(frame.format)) {
-        return frame;
-    }
+/// The content of `frame` brought to planar 4:2:0.
+FrameHandle PictureConverter::scaled(const AVFrame& frame) {
     const auto format = static_cast<AVPixelFormat>(frame.format);
     const AVPixelFormat target = targetFormat(format);
     scaler_.reset(sws_getCachedContext(scaler_.release(), frame.width, frame.height, format, frame.width,
@@ -87,17 +70,20 @@ const AVFrame& PicturePacker::planar(const AVFrame& frame) {
     if (!scaler_) {
         throw FfmpegError(AVERROR_PATCHWELCOME, "pixel format cannot be converted");
     }
-    scaled_.reset(orOutOfMemory(av_frame_alloc()));
-    scaled_->format = target;
-    scaled_->width = frame.width;
-    scaled_->height = frame.height;
-    checked(av_frame_get_buffer(scaled_.get(), 0));
-    checked(sws_scale(scaler_.get(), frame.data, frame.linesize, 0, frame.height, scaled_->data,
-                      scaled_->linesize));
-    return *scaled_;
+    FrameHandle scaled(orOutOfMemory(av_frame_alloc()));
+    scaled->format = target;
+    scaled->width = frame.width;
+    scaled->height = frame.height;
+    const int size = checked(av_image_get_buffer_size(target, frame.width, frame.height, kAlignment));
+    scaled->buf[0] = newBuffer(static_cast<size_t>(size) + kAlignment);
+    checked(av_image_fill_arrays(scaled->data, scaled->linesize, scaled->buf[0]->data, target, frame.width,
+                                 frame.height, kAlignment));
+    checked(sws_scale(scaler_.get(), frame.data, frame.linesize, 0, frame.height, scaled->data,
+                      scaled->linesize));
+    return scaled;
 }
 
-AVBufferRef* PicturePacker::newBuffer(size_t size) {
+AVBufferRef* PictureConverter::newBuffer(size_t size) {
     if (size != pool_size_) {
         pool_.reset(orOutOfMemory(av_buffer_pool_init(size, nullptr)));
         pool_size_ = size;
@@ -105,7 +91,7 @@ AVBufferRef* PicturePacker::newBuffer(size_t size) {
     return orOutOfMemory(av_buffer_pool_get(pool_.get()));
 }
 
-Sound SoundPacker::pack(const AVFrame& frame) {
+Sound SoundConverter::convert(const AVFrame& frame) {
     Sound sound{.time = 0,
                 .sample_rate = frame.sample_rate,
                 .channels = frame.ch_layout.nb_channels,
@@ -128,7 +114,7 @@ Sound SoundPacker::pack(const AVFrame& frame) {
     return sound;
 }
 
-void SoundPacker::configureFor(const AVFrame& frame) {
+void SoundConverter::configureFor(const AVFrame& frame) {
     if (resampler_ && frame.format == format_ && frame.sample_rate == sample_rate_ &&
         frame.ch_layout.nb_channels == channels_) {
         return;
