@@ -79,17 +79,19 @@ void registerFrames(const std::string& name, size_t count, std::function<void(si
     })->Unit(benchmark::kMicrosecond);
 }
 
-void registerDetectors(const std::string& name, const ZELAlgoConfig& config, const Clip& clip) {
+using Detect = std::function<void(AlgoFacade&, size_t picture, ZELAlgo::ZELVideoResult&)>;
+
+void registerDetectors(const std::string& name, const ZELAlgoConfig& config, size_t count,
+                       const Detect& detect) {
     for (const int64_t target : hwy::SupportedAndGeneratedTargets()) {
         const auto facade = std::make_shared<AlgoFacade>(config);
-        registerFrames(
-            name + "/" + hwy::TargetName(target), clip.pictures.size(), [&clip, facade, target](size_t i) {
-                hwy::SetSupportedTargetsForTest(target);
-                ZELAlgo::ZELVideoResult result{};
-                facade->detectVideo({clip.width(), clip.height(), 0, clip.pictures[i].bytes.data()}, result);
-                benchmark::DoNotOptimize(result);
-                hwy::SetSupportedTargetsForTest(0);
-            });
+        registerFrames(name + "/" + hwy::TargetName(target), count, [detect, facade, target](size_t i) {
+            hwy::SetSupportedTargetsForTest(target);
+            ZELAlgo::ZELVideoResult result{};
+            detect(*facade, i, result);
+            benchmark::DoNotOptimize(result);
+            hwy::SetSupportedTargetsForTest(0);
+        });
     }
 }
 
@@ -99,8 +101,16 @@ void registerClip(Clip& clip) {
         clip.frames.push_back(bench::makeFrame(picture));
     }
     for (const Detectors& detectors : kDetectors) {
-        registerDetectors(size + "/" + detectors.name, detectors.config, clip);
+        registerDetectors(
+            size + "/" + detectors.name, detectors.config, clip.pictures.size(),
+            [&clip](AlgoFacade& facade, size_t i, ZELAlgo::ZELVideoResult& result) {
+                facade.detectVideo({clip.width(), clip.height(), 0, clip.pictures[i].bytes.data()}, result);
+            });
     }
+    registerDetectors(size + "/planes", {}, clip.frames.size(),
+                      [&clip](AlgoFacade& facade, size_t i, ZELAlgo::ZELVideoResult& result) {
+                          facade.detectPlanes(bench::planesOf(*clip.frames[i]), result);
+                      });
     for (const auto& [name, filters] : kFilters) {
         const auto chain = std::make_shared<bench::FilterChain>(filters, clip.width(), clip.height());
         registerFrames(size + "/ffmpeg/" + name, clip.frames.size(),

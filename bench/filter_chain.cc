@@ -31,6 +31,18 @@ Frame makeFrame(const support::RenderedPicture& picture) {
     return frame;
 }
 
+ZELAlgo::ZELVideoPlanes planesOf(const AVFrame& frame) {
+    ZELAlgo::ZELVideoPlanes planes{.width = static_cast<uint32_t>(frame.width),
+                                   .height = static_cast<uint32_t>(frame.height),
+                                   .data = {},
+                                   .stride = {}};
+    for (size_t plane = 0; plane < 3; ++plane) {
+        planes.data[plane] = frame.data[plane];
+        planes.stride[plane] = static_cast<size_t>(frame.linesize[plane]);
+    }
+    return planes;
+}
+
 void FilterChain::GraphDestroyer::operator()(AVFilterGraph* graph) const {
     avfilter_graph_free(&graph);
 }

@@ -1,6 +1,8 @@
 #ifndef ZEL_BENCH_FILTER_CHAIN_H_
 #define ZEL_BENCH_FILTER_CHAIN_H_
 
+#include <zel/algo/algo_types.h>
+
 #include <memory>
 #include <string>
 
@@ -19,6 +21,9 @@ using Frame = std::unique_ptr<AVFrame, FrameDestroyer>;
 
 /// A picture as FFmpeg's filters take it, in memory of its own.
 Frame makeFrame(const support::RenderedPicture& picture);
+
+/// The same picture as our detectors take it.
+ZELAlgo::ZELVideoPlanes planesOf(const AVFrame& frame);
 
 /// FFmpeg's filters in one thread, fed picture by picture. Throws std::runtime_error if there is no such
 /// chain.
