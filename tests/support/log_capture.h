@@ -4,9 +4,12 @@
 #include <zel/base/log.h>
 
 #include <algorithm>
+#include <condition_variable>
 #include <mutex>
 #include <string>
 #include <vector>
+
+#include "support/wait.h"
 
 namespace support {
 
@@ -19,6 +22,7 @@ class LogCapture {
                 auto* const self = static_cast<LogCapture*>(context);
                 const std::lock_guard<std::mutex> lock(self->mutex_);
                 self->messages_.emplace_back(text, length);
+                self->grown_.notify_all();
             },
             this);
     }
@@ -36,8 +40,16 @@ class LogCapture {
         return static_cast<size_t>(std::count(messages_.begin(), messages_.end(), message));
     }
 
+    bool waitFor(const std::string& message) const {
+        std::unique_lock<std::mutex> lock(mutex_);
+        return grown_.wait_for(lock, kPatience, [&] {
+            return std::find(messages_.begin(), messages_.end(), message) != messages_.end();
+        });
+    }
+
   private:
     mutable std::mutex mutex_;
+    mutable std::condition_variable grown_;
     std::vector<std::string> messages_;
 };
 
