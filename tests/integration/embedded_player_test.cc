@@ -117,8 +117,10 @@ TEST(EmbeddedPlayer, GoesOnWhenTimesStepBackAndTheSoundChanges) {
     both.close();
     const auto lines = play("'" + clip + "'");
     EXPECT_EQ(numberOf(lines, "playback:", "error_code"), 0);
-    EXPECT_LT(numberOf(lines, "playback:", "abnormal_total_time"), 900);
-    EXPECT_GE(numberOf(lines, "playback:", "play_time"), 1800);
+    const double play_time = numberOf(lines, "playback:", "play_time");
+    EXPECT_GE(play_time, 1800);
+    // The step back is a second that is no stall; a stall of a busy machine lengthens the playback as well.
+    EXPECT_GT(play_time - numberOf(lines, "playback:", "abnormal_total_time"), 1500);
 }
 
 TEST(EmbeddedPlayer, CountsTheFirstSoundWhereThereAreNoPictures) {
