@@ -23,6 +23,13 @@ VideoSettings videoSettings(const ZELAlgoConfig& config) {
             .staticframe_param = static_cast<uint32_t>(ZEL::truncateToInt32(config.staticframe_param))};
 }
 
+Planes planesOf(const ZELVideoPlanes& picture) {
+    return {.width = picture.width,
+            .height = picture.height,
+            .data = {picture.data[0], picture.data[1], picture.data[2]},
+            .stride = {picture.stride[0], picture.stride[1], picture.stride[2]}};
+}
+
 bool isWellFormed(const ZELVideoPlanes& picture) {
     const auto holds = [&picture](size_t plane, size_t row) {
         return picture.data[plane] != nullptr && picture.stride[plane] >= row;
@@ -64,10 +71,10 @@ bool AlgoFacade::detectVideo(const ZELVideoFrame& frame, ZELVideoResult& result)
 }
 
 bool AlgoFacade::detectPlanes(const ZELVideoPlanes& picture, ZELVideoResult& result) {
-    return isWellFormed(picture) && detect(picture, result);
+    return isWellFormed(picture) && detect(planesOf(picture), result);
 }
 
-bool AlgoFacade::detect(const ZELVideoPlanes& picture, ZELVideoResult& result) {
+bool AlgoFacade::detect(const Planes& picture, ZELVideoResult& result) {
     if (!video_) {
         video_.reset(VideoAlgoCreate(videoSettings(config_), picture.width, picture.height));
         if (!video_) {

@@ -8,6 +8,7 @@
 namespace ZELAlgo {
 
 struct AudioAlgoHandle_t;
+struct Planes;
 struct VideoAlgoHandle_t;
 
 /// All detectors of one stream. Not thread-safe: one thread at a time.
@@ -45,7 +46,7 @@ class AlgoFacade {
         void operator()(AudioAlgoHandle_t* handle) const;
     };
 
-    bool detect(const ZELVideoPlanes& picture, ZELVideoResult& result);
+    bool detect(const Planes& picture, ZELVideoResult& result);
 
     ZELAlgoConfig config_;
     std::unique_ptr<VideoAlgoHandle_t, VideoDestroyer> video_;

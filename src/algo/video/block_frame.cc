@@ -46,7 +46,7 @@ BlockFrame_t* BlockCreate(uint32_t width, uint32_t height, uint32_t threshold) {
     return state;
 }
 
-int32_t BlockExecute(BlockFrame_t* state, const ZELVideoPlanes& picture, uint32_t& is_block) {
+int32_t BlockExecute(BlockFrame_t* state, const Planes& picture, uint32_t& is_block) {
     if (state == nullptr || picture.data[0] == nullptr) {
         ZEL::zel_log("BlockExecute input is Null \n");
         return 1;

@@ -1,13 +1,12 @@
 #ifndef ZEL_SRC_ALGO_VIDEO_BLOCK_FRAME_H_
 #define ZEL_SRC_ALGO_VIDEO_BLOCK_FRAME_H_
 
-#include <zel/algo/algo_types.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 
 #include "algo/video/block_corners.h"
+#include "algo/video/planes.h"
 #include "algo/video/smoothing_kernels.h"
 
 namespace ZELAlgo {
@@ -32,7 +31,7 @@ BlockFrame_t* BlockCreate(uint32_t width, uint32_t height, uint32_t threshold);
 
 /// Sets `is_block` to 1 for a blocky picture, else to 0. Returns 0, or 1 for null input or if there is
 /// no memory for the buffers.
-int32_t BlockExecute(BlockFrame_t* state, const ZELVideoPlanes& picture, uint32_t& is_block);
+int32_t BlockExecute(BlockFrame_t* state, const Planes& picture, uint32_t& is_block);
 
 void BlockDestroy(BlockFrame_t* state);
 

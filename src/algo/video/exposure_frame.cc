@@ -17,19 +17,19 @@ namespace {
 /// Calls `visit(first byte, samples)` for the bytes at even positions of the first half of the luma plane:
 /// the lower half of the picture is never looked at, which is intended.
 template <typename Visit>
-void forEachLumaRun(const ZELVideoPlanes& picture, const Visit& visit) {
+void forEachLumaRun(const Planes& picture, const Visit& visit) {
     forEachRun(picture.data[0], evenStride(picture), 2 * (picture.width / 2), picture.height / 2,
                [&visit](const uint8_t* run, size_t bytes) { visit(run, bytes / 2); });
 }
 
-LumaSummary lumaSummary(const ZELVideoPlanes& picture) {
+LumaSummary lumaSummary(const Planes& picture) {
     LumaSummary sum;
     forEachLumaRun(picture,
                    [&sum](const uint8_t* run, size_t samples) { sum += summaryOfEvenBytes(run, samples); });
     return sum;
 }
 
-Histogram lumaHistogram(const ZELVideoPlanes& picture) {
+Histogram lumaHistogram(const Planes& picture) {
     Histogram sum{};
     forEachLumaRun(picture, [&sum](const uint8_t* run, size_t samples) {
         const Histogram part = histogramOfEvenBytes(run, samples);
@@ -40,7 +40,7 @@ Histogram lumaHistogram(const ZELVideoPlanes& picture) {
 
 /// How many of the first `samples` of every fourth chroma byte are zero. They are counted on from row to row
 /// and from one plane to the other.
-uint32_t zeroChroma(const ZELVideoPlanes& picture, size_t samples) {
+uint32_t zeroChroma(const Planes& picture, size_t samples) {
     uint32_t zeros = 0;
     size_t skipped = 0;  // bytes before the next sample
     for (const size_t plane : {size_t{1}, size_t{2}}) {
@@ -66,7 +66,7 @@ ExposureFrame_t* ExposureCreate(const ExposureSettings& settings) {
     return state;
 }
 
-int32_t ExposureExecute(ExposureFrame_t* state, const ZELVideoPlanes& picture, uint32_t& screen_type,
+int32_t ExposureExecute(ExposureFrame_t* state, const Planes& picture, uint32_t& screen_type,
                         uint32_t& exposure_type) {
     if (state == nullptr || picture.data[0] == nullptr) {
         ZEL::zel_log("ExposureExecute input is Null \n");

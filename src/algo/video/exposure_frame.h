@@ -1,9 +1,9 @@
 #ifndef ZEL_SRC_ALGO_VIDEO_EXPOSURE_FRAME_H_
 #define ZEL_SRC_ALGO_VIDEO_EXPOSURE_FRAME_H_
 
-#include <zel/algo/algo_types.h>
-
 #include <cstdint>
+
+#include "algo/video/planes.h"
 
 namespace ZELAlgo {
 
@@ -26,7 +26,7 @@ struct ExposureFrame_t {
 ExposureFrame_t* ExposureCreate(const ExposureSettings& settings);
 
 /// Writes the verdicts on one picture; what is not examined is not written. 0, or 1 for null input.
-int32_t ExposureExecute(ExposureFrame_t* state, const ZELVideoPlanes& picture, uint32_t& screen_type,
+int32_t ExposureExecute(ExposureFrame_t* state, const Planes& picture, uint32_t& screen_type,
                         uint32_t& exposure_type);
 
 void ExposureDestroy(ExposureFrame_t* state);

@@ -1,15 +1,23 @@
 #ifndef ZEL_SRC_ALGO_VIDEO_PLANES_H_
 #define ZEL_SRC_ALGO_VIDEO_PLANES_H_
 
-#include <zel/algo/algo_types.h>
-
 #include <cstddef>
+#include <cstdint>
 
 namespace ZELAlgo {
 
+/// One I420 picture in memory: luma, Cb and Cr, their rows any distance apart. Even sizes, but for a picture
+/// without gaps.
+struct Planes {
+    uint32_t width;  ///< of the luma
+    uint32_t height;
+    const uint8_t* data[3];
+    size_t stride[3];  ///< bytes from one row to the next
+};
+
 /// The planes of a picture without gaps, also of an odd size: then its chroma counts as if the size were
 /// rounded down, in bytes of luma as well, which is intended. All null if `data` is.
-inline ZELVideoPlanes planesOf(const uint8_t* data, uint32_t width, uint32_t height) {
+inline Planes planesOf(const uint8_t* data, uint32_t width, uint32_t height) {
     const size_t chroma = static_cast<size_t>(width / 2) * (height / 2);
     const bool empty = data == nullptr;
     return {.width = width,
@@ -20,7 +28,7 @@ inline ZELVideoPlanes planesOf(const uint8_t* data, uint32_t width, uint32_t hei
 
 /// From row to row of the luma as all but the freeze detector count: an odd width makes it one byte short,
 /// which is intended.
-inline size_t evenStride(const ZELVideoPlanes& picture) {
+inline size_t evenStride(const Planes& picture) {
     return picture.stride[0] - picture.width % 2;
 }
 

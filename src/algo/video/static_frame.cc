@@ -121,7 +121,7 @@ StaticFrame_t* StaticFrameCreate(uint32_t width, uint32_t height, uint32_t limit
     return state;
 }
 
-int32_t StaticFrameExecute(StaticFrame_t* state, const ZELVideoPlanes& picture, uint32_t& is_static) {
+int32_t StaticFrameExecute(StaticFrame_t* state, const Planes& picture, uint32_t& is_static) {
     if (state == nullptr || picture.data[0] == nullptr) {
         ZEL::zel_log("StaticFrameExecute input is Null \n");
         return 1;

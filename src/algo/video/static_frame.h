@@ -1,11 +1,11 @@
 #ifndef ZEL_SRC_ALGO_VIDEO_STATIC_FRAME_H_
 #define ZEL_SRC_ALGO_VIDEO_STATIC_FRAME_H_
 
-#include <zel/algo/algo_types.h>
-
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+
+#include "algo/video/planes.h"
 
 namespace ZELAlgo {
 
@@ -36,7 +36,7 @@ StaticFrame_t* StaticFrameCreate(uint32_t width, uint32_t height, uint32_t limit
 /// Compares a picture with the one before. `is_static` becomes 1 when `limit` like pictures in a row
 /// have been seen, and their count starts anew. Returns 0 if `is_static` is 0; 1 if it is 1 or an input is
 /// null.
-int32_t StaticFrameExecute(StaticFrame_t* state, const ZELVideoPlanes& picture, uint32_t& is_static);
+int32_t StaticFrameExecute(StaticFrame_t* state, const Planes& picture, uint32_t& is_static);
 
 void StaticFrameDestroy(StaticFrame_t* state);
 

@@ -12,7 +12,7 @@ struct Step {
     bool (*enabled)(const VideoSettings&);
     bool (*create)(VideoAlgoHandle_t&, const VideoSettings&, uint32_t width, uint32_t height);
     bool (*present)(const VideoAlgoHandle_t&);
-    int32_t (*execute)(VideoAlgoHandle_t&, const ZELVideoPlanes&, VideoVerdicts&);
+    int32_t (*execute)(VideoAlgoHandle_t&, const Planes&, VideoVerdicts&);
     const char* create_failed;
     const char* execute_failed;
 };
@@ -34,7 +34,7 @@ constexpr Step kSteps[] = {
          },
      .present = [](const VideoAlgoHandle_t& handle) { return handle.exposure != nullptr; },
      .execute =
-         [](VideoAlgoHandle_t& handle, const ZELVideoPlanes& picture, VideoVerdicts& v) {
+         [](VideoAlgoHandle_t& handle, const Planes& picture, VideoVerdicts& v) {
              return ExposureExecute(handle.exposure.get(), picture, v.screen_type, v.exposure_type);
          },
      .create_failed = "exposure_handle create failed\n",
@@ -46,7 +46,7 @@ constexpr Step kSteps[] = {
              return handle.block != nullptr;
          },
      .present = [](const VideoAlgoHandle_t& handle) { return handle.block != nullptr; },
-     .execute = [](VideoAlgoHandle_t& handle, const ZELVideoPlanes& picture,
+     .execute = [](VideoAlgoHandle_t& handle, const Planes& picture,
                    VideoVerdicts& v) { return BlockExecute(handle.block.get(), picture, v.is_block); },
      .create_failed = "block_handle create failed\n",
      .execute_failed = "Block dete process fail ! \n"},
@@ -59,7 +59,7 @@ constexpr Step kSteps[] = {
          },
      .present = [](const VideoAlgoHandle_t& handle) { return handle.static_frame != nullptr; },
      .execute =
-         [](VideoAlgoHandle_t& handle, const ZELVideoPlanes& picture, VideoVerdicts& v) {
+         [](VideoAlgoHandle_t& handle, const Planes& picture, VideoVerdicts& v) {
              return StaticFrameExecute(handle.static_frame.get(), picture, v.is_static);
          },
      .create_failed = "staticframe_handle create failed\n",
@@ -83,7 +83,7 @@ VideoAlgoHandle_t* VideoAlgoCreate(const VideoSettings& settings, uint32_t width
     return handle;
 }
 
-int32_t VideoAlgoExecute(VideoAlgoHandle_t* handle, const ZELVideoPlanes& picture, VideoVerdicts& verdicts) {
+int32_t VideoAlgoExecute(VideoAlgoHandle_t* handle, const Planes& picture, VideoVerdicts& verdicts) {
     for (const Step& step : kSteps) {
         if (step.present(*handle) && step.execute(*handle, picture, verdicts) != 0) {
             ZEL::zel_log("%s", step.execute_failed);

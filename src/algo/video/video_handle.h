@@ -51,7 +51,7 @@ VideoAlgoHandle_t* VideoAlgoCreate(const VideoSettings& settings, uint32_t width
 
 /// Runs the detectors in their fixed order on one picture of any size. 0, or -1 with a log line as soon
 /// as one returns a failure; what was written by then stands.
-int32_t VideoAlgoExecute(VideoAlgoHandle_t* handle, const ZELVideoPlanes& picture, VideoVerdicts& verdicts);
+int32_t VideoAlgoExecute(VideoAlgoHandle_t* handle, const Planes& picture, VideoVerdicts& verdicts);
 
 /// 0, for null as well.
 int32_t VideoAlgoDestroy(VideoAlgoHandle_t* handle);

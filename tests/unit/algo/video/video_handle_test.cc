@@ -34,8 +34,8 @@ TEST(VideoDetectors, RefuseNullWithALogLine) {
     const Bytes bytes = noise(16, 16);
     uint32_t first = 0;
     uint32_t second = 0;
-    const ZELAlgo::ZELVideoPlanes planes = planesOf(bytes.data(), 16, 16);
-    const ZELAlgo::ZELVideoPlanes nothing = planesOf(nullptr, 16, 16);
+    const ZELAlgo::Planes planes = planesOf(bytes.data(), 16, 16);
+    const ZELAlgo::Planes nothing = planesOf(nullptr, 16, 16);
     ZELAlgo::ExposureFrame_t exposure{};
     ZELAlgo::BlockFrame_t block{};
     ZELAlgo::StaticFrame_t freeze{};
