@@ -5,6 +5,9 @@
 
 namespace zel_monitor::scan {
 
+/// Timestamps are sums of rounded fractions; a microsecond decides nothing.
+inline constexpr double kSlackS = 1e-6;
+
 /// A stretch of stream time, in seconds from the stream's first timestamp.
 struct Span {
     double start_s = 0.0;

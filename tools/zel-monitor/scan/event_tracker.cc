@@ -5,9 +5,6 @@
 namespace zel_monitor::scan {
 namespace {
 
-// Timestamps are sums of rounded fractions; a microsecond decides nothing.
-constexpr double kSlackS = 1e-6;
-
 // A stretch in which the fault was seen less than half of the time is not one event.
 constexpr double kLeastShare = 0.5;
 

@@ -34,7 +34,7 @@ std::vector<std::string> violations(const InputReport& report, const Policy& pol
     for (const KindInfo& info : kinds()) {
         const Event* const event = longest[indexOf(info.kind)];
         const std::optional<double>& limit_s = policy[indexOf(info.kind)];
-        if (limit_s && event != nullptr && event->span.length() >= *limit_s) {
+        if (limit_s && event != nullptr && event->span.length() + kSlackS >= *limit_s) {
             lines.push_back(fmt::format("{} for {:.3f} s at {} (limit {:g} s)", info.name,
                                         event->span.length(), clockText(event->span.start_s), *limit_s));
         }
