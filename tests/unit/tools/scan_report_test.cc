@@ -55,6 +55,22 @@ TEST(ScanReport, PolicyLooksAtTheLongestEventOfAKind) {
                 testing::ElementsAre("black for 8.000 s at 0:00:50.000 (limit 2 s)"));
 }
 
+TEST(ScanReport, EventAsLongAsTheLimitIsAViolationHoweverItsTimesWereRounded) {
+    for (const double start_s : {0.32, 0.1, 8.04, 1234.56}) {
+        const InputReport report = reportOf({{Kind::kBlack, {start_s, start_s + 2.0 - 1e-9}, 1.0, false}});
+        EXPECT_EQ(verdictOn(report, failOn(Kind::kBlack, 2.0)), Verdict::kFail) << start_s;
+    }
+    EXPECT_EQ(verdictOn(reportOf({kShortBlack}), failOn(Kind::kBlack, 2.001)), Verdict::kPass);
+}
+
+TEST(ScanReport, TableTellsOfDamage) {
+    InputReport report = reportOf({});
+    EXPECT_THAT(inputTable(report, {}), testing::Not(HasSubstr("damaged")));
+    report.counts.damaged = 225;
+    EXPECT_THAT(inputTable(report, failOn(Kind::kBlack, 2.0)),
+                testing::AllOf(HasSubstr("225 damaged packets or frames"), HasSubstr("PASS")));
+}
+
 TEST(ScanReport, WhatWasNotAnalysedToItsEndIsNeverAPass) {
     InputReport broken = reportOf({});
     broken.problem = "it broke off";
@@ -71,6 +87,9 @@ TEST(ScanReport, WritersQuoteNamesAndNeverPrintANumberThatIsNone) {
     EXPECT_THAT(eventLine("a\xff.mp4", odd),
                 testing::AllOf(HasSubstr("\"end_s\":null"), HasSubstr("\"share\":null"),
                                HasSubstr("\xef\xbf\xbd.mp4")));
+    const Event early{Kind::kBlack, {-1e-9, 1.0}, 1.0, false};
+    EXPECT_THAT(eventLine("a.mp4", early), HasSubstr("\"start_s\":0.0"));
+    EXPECT_THAT(csvLine("a.mp4", early), HasSubstr("black,0.000000,1.000000"));
     EXPECT_EQ(csvLine("clip, \"one\".mp4", kShortBlack),
               "\"clip, \"\"one\"\".mp4\",black,10.000000,12.000000,2.000000,1.000000,false\n");
 }
@@ -94,6 +113,8 @@ TEST(ScanText, ReadsLengthsOfTime) {
         EXPECT_FALSE(parseSeconds(bad)) << bad;
     }
     EXPECT_EQ(clockText(3661.9996), "1:01:02.000");
+    EXPECT_EQ(clockText(-61.5), "-0:01:01.500");
+    EXPECT_EQ(clockText(-0.0004), "0:00:00.000");
 }
 
 TEST(ScanSeries, HalvesItsStepsInsteadOfGrowing) {

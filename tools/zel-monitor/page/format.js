@@ -1,15 +1,16 @@
-/// Stream time as h:mm:ss.mmm.
+/// Stream time as h:mm:ss.mmm, with a sign if it is before the stream's beginning.
 export function clock(seconds) {
-  const ms = Math.round(seconds * 1000);
+  const signed = Math.round(seconds * 1000);
+  const ms = Math.abs(signed);
   const pad = (value, width) => String(value).padStart(width, "0");
   const whole = Math.floor(ms / 1000);
-  return `${Math.floor(whole / 3600)}:${pad(Math.floor(whole / 60) % 60, 2)}:${pad(whole % 60, 2)}.${pad(ms % 1000, 3)}`;
+  return `${signed < 0 ? "-" : ""}${Math.floor(whole / 3600)}:${pad(Math.floor(whole / 60) % 60, 2)}:${pad(whole % 60, 2)}.${pad(ms % 1000, 3)}`;
 }
 
 /// The same for an axis: no more digits than the ticks need.
 export function tick(seconds) {
   const text = clock(seconds).replace(/\.?0+$/, (zeros) => (zeros.startsWith(".") ? "" : zeros));
-  return text.startsWith("0:") ? text.slice(2) : text;
+  return text.replace(/^(-?)0:/, "$1");
 }
 
 export const seconds = (value) => `${value.toFixed(3)} s`;

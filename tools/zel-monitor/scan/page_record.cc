@@ -1,6 +1,9 @@
 #include "scan/page_record.h"
 
 #include <algorithm>
+#include <cmath>
+
+#include "scan/text.h"
 
 namespace zel_monitor::scan {
 namespace {
@@ -68,7 +71,7 @@ nlohmann::ordered_json PageRecord::json() const {
     nlohmann::ordered_json thumbnails = nlohmann::ordered_json::array();
     for (const Thumbnail& thumbnail : thumbnails_) {
         thumbnails.push_back({{"kind", infoOf(thumbnail.kind).name},
-                              {"start_s", std::round(thumbnail.start_s * 1e6) / 1e6},
+                              {"start_s", toMicroseconds(thumbnail.start_s)},
                               {"image", thumbnail.address}});
     }
     return {{"luma", curveJson(luma_, 10.0)},

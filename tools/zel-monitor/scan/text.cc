@@ -3,6 +3,7 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdlib>
 #include <fmt/format.h>
 #include <utility>
 
@@ -26,8 +27,14 @@ std::optional<double> parseSeconds(std::string_view text) {
 }
 
 std::string clockText(double seconds) {
-    const auto ms = std::llround(seconds * 1000.0);
-    return fmt::format("{}:{:02}:{:02}.{:03}", ms / 3'600'000, ms / 60'000 % 60, ms / 1000 % 60, ms % 1000);
+    const auto signed_ms = std::llround(seconds * 1000.0);
+    const auto ms = std::abs(signed_ms);
+    return fmt::format("{}{}:{:02}:{:02}.{:03}", signed_ms < 0 ? "-" : "", ms / 3'600'000, ms / 60'000 % 60,
+                       ms / 1000 % 60, ms % 1000);
+}
+
+double toMicroseconds(double seconds) {
+    return std::round(seconds * 1e6) / 1e6 + 0.0;  // the sum of -0 and 0 is 0
 }
 
 }  // namespace zel_monitor::scan

@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 
+#include "scan/text.h"
 #include "scan/writers.h"
 
 namespace zel_monitor::scan {
@@ -25,8 +26,8 @@ std::string csvHeader() {
 
 std::string csvLine(const std::string& input, const Event& event) {
     return fmt::format("{},{},{:.6f},{:.6f},{:.6f},{:.6f},{}\n", field(input), infoOf(event.kind).name,
-                       event.span.start_s, event.span.end_s, event.span.length(), event.share,
-                       event.open_at_end);
+                       toMicroseconds(event.span.start_s), toMicroseconds(event.span.end_s),
+                       toMicroseconds(event.span.length()), event.share, event.open_at_end);
 }
 
 }  // namespace zel_monitor::scan

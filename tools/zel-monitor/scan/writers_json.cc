@@ -2,6 +2,7 @@
 #include <cmath>
 
 #include "scan/analyser.h"
+#include "scan/text.h"
 #include "scan/writers.h"
 
 namespace zel_monitor::scan {
@@ -13,7 +14,7 @@ constexpr int kFormatVersion = 1;
 
 /// To the microsecond; null for what is not finite.
 Json number(double value) {
-    return std::isfinite(value) ? Json(std::round(value * 1e6) / 1e6) : Json(nullptr);
+    return std::isfinite(value) ? Json(toMicroseconds(value)) : Json(nullptr);
 }
 
 Json number(const std::optional<double>& value) {

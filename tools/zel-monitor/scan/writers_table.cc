@@ -85,6 +85,9 @@ std::string inputTable(const InputReport& report, const Policy& policy) {
         appendTotals(text, totalsOf(report));
         appendEvents(text, report.events);
     }
+    if (report.counts.damaged > 0) {
+        text += fmt::format("  {} damaged packets or frames in the input\n", report.counts.damaged);
+    }
     if (report.problem) {
         text += "  NOT ANALYSED TO ITS END: " + *report.problem + "\n";
     }
