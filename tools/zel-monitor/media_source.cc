@@ -1,7 +1,9 @@
 #include "media_source.h"
 
 #include <algorithm>
+#include <cmath>
 #include <deque>
+#include <string_view>
 #include <utility>
 
 #include "ffmpeg_handles.h"
@@ -9,6 +11,8 @@
 
 extern "C" {
 #include <libavdevice/avdevice.h>
+#include <libavutil/dict.h>
+#include <libavutil/parseutils.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -33,7 +37,8 @@ struct Track {
     CodecHandle codec;
     std::deque<MediaItem> ready;
     size_t most_ahead = 0;
-    double next_time = 0;  ///< where a frame without a timestamp is placed: the end of the one before it
+    double next_time = 0;       ///< where a frame without a timestamp is placed: the end of the one before it
+    bool corrupt_last = false;  ///< the demuxer could not fill the packet that it gave last
 
     explicit operator bool() const { return stream != nullptr; }
 };
@@ -62,6 +67,42 @@ std::optional<Track> openTrack(AVFormatContext& format, AVMediaType type, size_t
     checked(avcodec_open2(track.codec.get(), decoder, nullptr));
     stream->discard = AVDISCARD_DEFAULT;
     return track;
+}
+
+/// Matroska states the time of the last end, not how long it is from the first start.
+bool countsFromZero(const AVFormatContext& format) {
+    return std::string_view(format.iformat->name).starts_with("matroska");
+}
+
+/// Whether a WAV or AVI file says that it is longer than it is; libavformat lets that pass. Programs that
+/// write into a pipe say nothing there, or the most that fits. Leaves the file near its beginning.
+bool isShorterThanItsHeader(const AVFormatContext& format) {
+    constexpr uint32_t kLeastUnknown = 0x7fff0000;
+    const std::string_view name = format.iformat->name;
+    const int64_t length = name == "wav" || name == "avi" ? avio_size(format.pb) : -1;
+    if (length < 0 || avio_seek(format.pb, 4, SEEK_SET) < 0) {
+        return false;
+    }
+    const uint32_t size = avio_rl32(format.pb);
+    return size < kLeastUnknown && size > 0 && int64_t{size} + 8 > length;
+}
+
+/// Where the stream is said to end, in seconds on the input's own clock.
+std::optional<double> declaredEnd(const AVStream& stream, bool from_zero) {
+    const double start = stream.start_time != AV_NOPTS_VALUE
+                             ? static_cast<double>(stream.start_time) * av_q2d(stream.time_base)
+                             : 0.0;
+    if (stream.duration != AV_NOPTS_VALUE && stream.duration > 0) {
+        return start + static_cast<double>(stream.duration) * av_q2d(stream.time_base);
+    }
+    const AVDictionaryEntry* const entry =
+        av_dict_get(stream.metadata, "DURATION", nullptr, AV_DICT_IGNORE_SUFFIX);
+    int64_t microseconds = 0;
+    if (entry == nullptr || av_parse_time(&microseconds, entry->value, 1) < 0 || microseconds <= 0) {
+        return std::nullopt;
+    }
+    const double length = static_cast<double>(microseconds) / AV_TIME_BASE;
+    return from_zero && length > start ? length : start + length;
 }
 
 }  // namespace
@@ -125,6 +166,7 @@ class MediaSource::Reader {
             format->interrupt_callback = {.callback = &isInterrupted,
                                           .opaque = const_cast<std::atomic<bool>*>(interrupted_)};
         }
+        format->correct_ts_overflow = 0;  // it takes a jump back for a wrap; unwrapped() tells the two apart
         const std::string url = input == "-" ? "pipe:0" : input;
         // On failure the context is freed and the pointer cleared.
         const int result = avformat_open_input(&format, url.c_str(), forced, nullptr);
@@ -157,12 +199,12 @@ class MediaSource::Reader {
         if (options.duration > 0) {
             facts_.duration = options.duration;
         }
-        if (format_->duration != AV_NOPTS_VALUE && format_->duration > 0) {
-            facts_.duration = static_cast<double>(format_->duration) / AV_TIME_BASE;
-            facts_.duration_estimated = format_->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE;
-        }
         if (format_->start_time != AV_NOPTS_VALUE) {
             origin_ = static_cast<double>(format_->start_time) / AV_TIME_BASE;
+        }
+        if (format_->duration != AV_NOPTS_VALUE && format_->duration > 0) {
+            facts_.duration = declaredDuration();
+            facts_.duration_estimated = format_->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE;
         }
         if (video_) {
             const char* const pixels = av_get_pix_fmt_name(video_.codec->pix_fmt);
@@ -177,6 +219,27 @@ class MediaSource::Reader {
                             .sample_rate = audio_.codec->sample_rate,
                             .channels = audio_.codec->ch_layout.nb_channels};
         }
+    }
+
+    /// Seconds from the first timestamp to the declared end. The container speaks for streams too that are
+    /// left out here; then the chosen ones are asked, if all of them have an answer.
+    double declaredDuration() const {
+        const double start = origin_.value_or(0.0);
+        const bool from_zero = countsFromZero(*format_);
+        double end = 0.0;
+        bool all_known = format_->nb_streams > (video_ ? 1U : 0U) + (audio_ ? 1U : 0U);
+        for (const Track* const track : {&video_, &audio_}) {
+            if (*track) {
+                const auto track_end = declaredEnd(*track->stream, from_zero);
+                all_known = all_known && track_end;
+                end = std::max(end, track_end.value_or(0.0));
+            }
+        }
+        if (all_known && end > start) {
+            return end - start;
+        }
+        const double whole = static_cast<double>(format_->duration) / AV_TIME_BASE;
+        return from_zero && whole > start ? whole - start : whole;
     }
 
     /// The track whose first item is due next; null if more must be read to know.
@@ -207,12 +270,17 @@ class MediaSource::Reader {
                     decode(*track, nullptr);
                 }
             }
+            // Where the container does not know its end, the last packet is as long as the file lasts.
+            const bool end_is_known = facts_.duration && !facts_.duration_estimated;
+            counts_.cut_off = (end_is_known && (video_.corrupt_last || audio_.corrupt_last)) ||
+                              isShorterThanItsHeader(*format_);
             ended_ = true;
             return;
         }
         counts_.bytes_read += static_cast<uint64_t>(packet_->size);
         for (Track* const track : {&video_, &audio_}) {
             if (*track && track->stream->index == packet_->stream_index) {
+                track->corrupt_last = (packet_->flags & AV_PKT_FLAG_CORRUPT) != 0;
                 decode(*track, packet_.get());
             }
         }
@@ -270,10 +338,17 @@ class MediaSource::Reader {
         if (frame_->best_effort_timestamp != AV_NOPTS_VALUE) {
             const double stored =
                 static_cast<double>(frame_->best_effort_timestamp) * av_q2d(track.stream->time_base);
-            time = stored - (origin_ ? *origin_ : origin_.emplace(stored));
+            time = unwrapped(track, stored - (origin_ ? *origin_ : origin_.emplace(stored)));
         }
         track.next_time = time + duration;
         return time;
+    }
+
+    /// Timestamps of few bits begin again at zero; this finds the turn in which `time` goes on from the
+    /// track.
+    static double unwrapped(const Track& track, double time) {
+        const double turn = std::ldexp(av_q2d(track.stream->time_base), track.stream->pts_wrap_bits);
+        return time + std::round((track.next_time - time) / turn) * turn;
     }
 
     void noteDamage(const FfmpegError& damage) {

@@ -43,7 +43,7 @@ struct AudioFacts {
 struct MediaFacts {
     std::string input;  ///< the name to show to people
     std::string container;
-    std::optional<double> duration;   ///< seconds
+    std::optional<double> duration;   ///< seconds from the first timestamp to the end of the chosen streams
     bool duration_estimated = false;  ///< guessed from size and bit rate
     std::optional<VideoFacts> video;
     std::optional<AudioFacts> audio;
@@ -55,6 +55,7 @@ struct MediaCounts {
     uint64_t pictures = 0;
     uint64_t sounds = 0;
     uint64_t damaged = 0;  ///< packets that a decoder refused, and frames that it marked as damaged
+    bool cut_off = false;  ///< the input ended within a packet, or before the end that its header gives
 };
 
 struct MediaOptions {

@@ -155,6 +155,66 @@ TEST(MediaSource, DeliversWhatATruncatedFileStillHolds) {
     EXPECT_GT(source.counts().damaged, 0U);
 }
 
+TEST(MediaSource, DeclaredDurationIsThatOfTheChosenStreams) {
+    const ScratchDir scratch;
+    ffmpeg(kSmallVideo + "-c:v mpeg4 -output_ts_offset 30", scratch.file("late.mkv"));
+    EXPECT_NEAR(2.0, MediaSource(scratch.file("late.mkv")).facts().duration.value(), 0.01);
+    for (const std::string name : {"two.mkv", "two.mp4"}) {
+        ffmpeg(kSmallVideo + kTone + "-f lavfi -i sine=880:d=9 -map 0 -map 1 -map 2 -c:v mpeg4 -c:a aac " +
+                   "-disposition:a:0 default -disposition:a:1 0",
+               scratch.file(name));
+        EXPECT_NEAR(2.0, MediaSource(scratch.file(name)).facts().duration.value(), 0.05) << name;
+    }
+}
+
+TEST(MediaSource, TellsAnInputThatIsCutOff) {
+    const ScratchDir scratch;
+    const auto cutOff = [&](const std::string& name, const std::string& arguments) {
+        ffmpeg(arguments, scratch.file(name));
+        auto bytes = support::readFile(scratch.file(name));
+        const auto is_cut = [&] {
+            MediaSource source(scratch.file(name));
+            collect(source);
+            return source.counts().cut_off;
+        };
+        EXPECT_FALSE(is_cut()) << name;
+        bytes.resize(bytes.size() * 3 / 5 + 1);
+        support::writeFile(scratch.file(name), bytes);
+        return is_cut();
+    };
+    EXPECT_TRUE(cutOff("a.avi", kSmallVideo + kTone + "-c:v mpeg4 -c:a mp2"));
+    EXPECT_TRUE(cutOff("a.wav", kTone));
+    EXPECT_TRUE(cutOff("a.mp4", kSmallVideo + "-c:v mpeg4 -g 10 -movflags frag_keyframe+empty_moov"));
+
+    ffmpeg(kTone + "-f wav pipe: >", scratch.file("piped.wav"));
+    MediaSource piped(scratch.file("piped.wav"));
+    collect(piped);
+    EXPECT_FALSE(piped.counts().cut_off) << "a length that was never known is none that is missed";
+}
+
+TEST(MediaSource, TellsWrapsOfTheTimestampsFromJumpsBack) {
+    const ScratchDir scratch;
+    // 33 bits at 90 kHz are used up after 95443.7 s.
+    ffmpeg(kSmallVideo + "-c:v mpeg2video -bf 0 -muxdelay 0 -output_ts_offset 95442.7",
+           scratch.file("wrap.ts"));
+    MediaSource wrap(scratch.file("wrap.ts"));
+    const Collected wrapped = collect(wrap);
+    EXPECT_EQ(50U, wrapped.picture_times.size());
+    EXPECT_NEAR(1.96, wrapped.latest, 0.1);
+    EXPECT_EQ(0.0, wrapped.worst_step_back);
+
+    ffmpeg(kSmallVideo + "-c:v mpeg2video -bf 0 -output_ts_offset 1000", scratch.file("a.ts"));
+    ffmpeg(kSmallVideo + "-c:v mpeg2video -bf 0", scratch.file("b.ts"));
+    auto bytes = support::readFile(scratch.file("a.ts"));
+    const auto more = support::readFile(scratch.file("b.ts"));
+    bytes.insert(bytes.end(), more.begin(), more.end());
+    support::writeFile(scratch.file("back.ts"), bytes);
+    MediaSource back(scratch.file("back.ts"));
+    const Collected jumped = collect(back);
+    EXPECT_LT(jumped.latest, 3.0);
+    EXPECT_NEAR(jumped.worst_step_back, 1001.96, 0.5);
+}
+
 TEST(MediaSource, TakesACoverPictureForNoVideo) {
     const ScratchDir scratch;
     ffmpeg("-f lavfi -i color=red:s=64x64 -frames:v 1", scratch.file("cover.png"));
