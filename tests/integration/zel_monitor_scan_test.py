@@ -92,6 +92,64 @@ class Inputs(ScanTest):
         no_index.write_bytes(self.clip_of("late.mp4", FAULTY, "-c:v mpeg4").read_bytes()[:20000])
         self.assert_refused(no_index, "Invalid data")
 
+        report = self.scan_one(cut, "--min", "short=1h", "--fail-on", "black=1h", status=3)
+        self.assertEqual((report["verdict"], report["totals"]["short"]["events"]), ("incomplete", 0))
+
+    def test_file_that_is_cut_off(self):
+        tone = "-f lavfi -i sine=440:d=6 "
+        for name, arguments in {
+            "whole.avi": tone + "-c:v mpeg4 -c:a mp2",
+            "whole.wav": tone + "-map 1",
+            "fragments.mp4": "-c:v mpeg4 -g 10 -movflags frag_keyframe+empty_moov",
+        }.items():
+            with self.subTest(name):
+                whole = self.clip_of(name, FAULTY, arguments)
+                self.assertTrue(self.scan_one(whole)["complete"])
+                whole.write_bytes(whole.read_bytes()[: whole.stat().st_size * 3 // 5 + 1])
+                self.assert_refused(whole, "cut off")
+
+    def test_whole_files_that_declare_more_than_is_scanned(self):
+        subtitles = self.folder / "late.srt"
+        subtitles.write_text("1\n00:00:01,000 --> 00:00:20,000\nNothing to see\n")
+        tones = "-f lavfi -i sine=440:d=6 -f lavfi -i sine=880:d=12 -map 0 -map 1 -map 2"
+        for name, arguments in {
+            "offset.mkv": "-c:v mpeg4 -output_ts_offset 30",
+            "offset.webm": "-c:v vp8 -output_ts_offset 30",
+            "subtitles.mkv": f"-i {subtitles} -c:v mpeg4",
+            "subtitles.mp4": f"-i {subtitles} -c:v mpeg4 -c:s mov_text",
+            "two_tracks.mp4": f"{tones} -c:v mpeg4 -c:a aac -disposition:a:0 default -disposition:a:1 0",
+        }.items():
+            with self.subTest(name):
+                report = self.scan_one(self.clip_of(name, FAULTY, arguments), "--fail-on", "short")
+                self.assert_events(report, BLACK_EVENT)
+                self.assertAlmostEqual(report["totals"]["black"]["share"], 1 / 3, delta=0.02)
+
+    def test_long_last_picture(self):
+        report = self.scan_one(self.clip_of("last.gif", f"{MOVING},trim=duration=2", "-final_delay 300"))
+        self.assertEqual(report["totals"]["short"]["events"], 0)
+        self.assertAlmostEqual(report["stream"]["analysed_duration_s"], 5.0, delta=0.1)
+
+    def test_track_that_is_missing_for_a_while(self):
+        picture = f"{MOVING},trim=duration=4"
+        tone = "-f lavfi -i sine=440:d=10 -c:v mpeg4 -c:a pcm_s16le"
+        for name, graph, arguments, expected in (
+            ("ends.mkv", picture, tone, ("stall", 4.0, 10.0)),
+            ("begins.mkv", picture, f"{tone} -vf setpts=PTS+6/TB -fps_mode passthrough", ("stall", 0.0, 6.0)),
+            ("both.mkv", f"{MOVING},trim=duration=6,setpts=PTS+gte(T\\,2)*3/TB",
+             f"{tone} -af aselect=not(between(t\\,2.1\\,5.4)) -fps_mode passthrough -shortest", ("stall", 2.0, 5.4)),
+        ):
+            with self.subTest(name):
+                report = self.scan_one(self.clip_of(name, graph, arguments), "--fail-on", "stall=3s", status=1)
+                self.assert_events(report, expected, within=0.1)
+
+    def test_timestamps_that_jump_back(self):
+        late = self.clip_of("late.ts", FAULTY, "-c:v mpeg2video -output_ts_offset 1000")
+        both = self.folder / "twice.ts"
+        both.write_bytes(late.read_bytes() + self.clip_of("early.ts", FAULTY, "-c:v mpeg2video").read_bytes())
+        report = self.scan_one(both)
+        self.assert_events(report, BLACK_EVENT, ("black", 8.0, 10.0), within=0.15)
+        self.assertEqual(report["totals"]["stall"]["events"], 0)
+
     def test_no_media_at_all(self):
         zeros = self.folder / "zeros.mp4"
         zeros.write_bytes(bytes(200_000))
@@ -140,6 +198,11 @@ class Outputs(ScanTest):
         self.assertEqual([part["verdict"] for part in report["inputs"]], ["pass", "pass"])
         report = self.scan(self.faulty, self.folder / "missing", "--fail-on", "black", status=3)
         self.assertEqual([part["verdict"] for part in report["inputs"]], ["fail", "incomplete"])
+
+    def test_limit_holds_however_times_are_rounded(self):
+        graph = f"{MOVING},trim=duration=4,drawbox=t=fill:c=black:enable='between(n,8,57)'"
+        clip = self.clip_of("fifty.mkv", graph, "-c:v mpeg4")
+        self.assertEqual(self.scan_one(clip, "--fail-on", "black=2s", status=1)["verdict"], "fail")
 
     def test_rules_can_be_set(self):
         self.assertEqual(self.scan_one(self.faulty, "--min", "black=3s")["totals"]["black"]["events"], 0)

@@ -1,14 +1,23 @@
+#include <array>
+#include <cstdint>
+#include <string>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "scan/analyser.h"
+#include "scan/audio_periods.h"
 #include "scan/event_maker.h"
 #include "scan/event_tracker.h"
+#include "scan/timeline.h"
 
 namespace {
 
 using namespace zel_monitor::scan;
+using zel_monitor::Picture;
+using zel_monitor::Sound;
 using ZELAlgo::ZELAudioResult;
 using ZELAlgo::ZELVideoResult;
 
@@ -17,7 +26,7 @@ constexpr double kFrame = 0.04;
 /// Plays pictures and audio periods to an EventMaker and keeps what it makes of them.
 class Stage : public EventListener {
   public:
-    explicit Stage(const EventRules& rules = defaultRules()) : maker_(rules, *this) {}
+    explicit Stage(const EventRules& rules = defaultRules()) : maker_(rules, Tracks{}, *this) {}
 
     void pictures(int count, const ZELVideoResult& result) {
         for (int i = 0; i < count; ++i, video_s_ += kFrame) {
@@ -31,7 +40,7 @@ class Stage : public EventListener {
         }
     }
     void videoGap(double seconds) {
-        maker_.gap({video_s_, video_s_ + seconds});
+        maker_.gap(Track::kVideo, {video_s_, video_s_ + seconds});
         video_s_ += seconds;
     }
     const std::vector<Event>& finish(StreamEnd end = {}) {
@@ -182,6 +191,218 @@ TEST(ScanEvents, StillPictureNeedsNoMinimum) {
     stage.pictures(1, kBlackPicture);
     EXPECT_THAT(stage.finish({.declared_s = {}, .still_picture = true}),
                 testing::ElementsAre(isEvent(Kind::kBlack, 0.0, kFrame, true)));
+}
+
+/// Gives an Analyser pictures that are all alike and silence, and keeps the stalls that it finds.
+class Screening : public AnalysisListener {
+  public:
+    explicit Screening(Tracks tracks, double stall_s = 1.0) : analyser_(rules(stall_s), tracks, *this) {}
+
+    /// A picture every `step_s` from `from_s` up to `to_s`, each said to last `stated_s`.
+    void film(double from_s, double to_s, double step_s = kFrame, double stated_s = kFrame) {
+        for (int i = 0; from_s + i * step_s < to_s - 1e-9; ++i) {
+            picture(from_s + i * step_s, stated_s);
+        }
+    }
+    void picture(double time_s, double stated_s = kFrame) {
+        const ZELAlgo::ZELVideoPlanes planes{.width = 16,
+                                             .height = 16,
+                                             .data = {grey_.data(), grey_.data(), grey_.data()},
+                                             .stride = {16, 8, 8}};
+        analyser_.take(Picture{.time = time_s, .duration = stated_s, .planes = planes, .frame = {}});
+    }
+    void sound(double from_s, double to_s) {
+        for (int i = 0; from_s + i * 0.02 < to_s - 1e-9; ++i) {
+            analyser_.take(Sound{.time = from_s + i * 0.02,
+                                 .sample_rate = 8000,
+                                 .channels = 1,
+                                 .samples = 160,
+                                 .data = silence_.data(),
+                                 .buffer = {}});
+        }
+    }
+    const std::vector<Event>& stalls() {
+        analyser_.finish(std::nullopt);
+        return stalls_;
+    }
+    double reached() const { return analyser_.reached(); }
+
+    void onRunBegan(Kind /*kind*/) override {}
+    void onEvent(const Event& event) override {
+        if (event.kind == Kind::kStall) {
+            stalls_.push_back(event);
+        }
+    }
+    void onPicture(const Picture& /*picture*/, double /*time_s*/) override {}
+    void onSilencePeriod(Span /*period*/, const ZELAudioResult& /*result*/) override {}
+    void onVoicePeriod(Span /*period*/, const ZELAudioResult& /*result*/) override {}
+
+  private:
+    static EventRules rules(double stall_s) {
+        EventRules rules = defaultRules();
+        rules[indexOf(Kind::kStall)].min_s = stall_s;
+        return rules;
+    }
+
+    std::array<uint8_t, 256> grey_{};
+    std::array<int16_t, 160> silence_{};
+    std::vector<Event> stalls_;
+    Analyser analyser_;
+};
+
+constexpr Tracks kVideoOnly{.video = true, .audio = false};
+
+TEST(ScanStalls, GrowingGapsInAFilmAreAllStalls) {
+    Screening film(kVideoOnly);
+    film.film(0.0, 3.0);
+    film.film(3.9, 5.0);
+    film.film(6.8, 8.0);
+    film.film(10.8, 12.0);
+    film.film(15.6, 17.0);
+    EXPECT_THAT(film.stalls(),
+                testing::ElementsAre(isEvent(Kind::kStall, 5.02, 6.8), isEvent(Kind::kStall, 8.0, 10.8),
+                                     isEvent(Kind::kStall, 12.0, 15.6)));
+}
+
+TEST(ScanStalls, GapThatTheContainerStatesAsALongPictureIsAStall) {
+    Screening film(kVideoOnly);
+    film.film(0.0, 2.0);
+    film.picture(2.0, 3.04);
+    film.film(5.04, 7.0);
+    EXPECT_THAT(film.stalls(), testing::ElementsAre(isEvent(Kind::kStall, 2.04, 5.04)));
+}
+
+TEST(ScanStalls, VariableFrameRatesAndSlideShowsAreWhole) {
+    Screening film(kVideoOnly);
+    film.film(0.0, 3.0, 0.2);
+    film.film(3.0, 6.0, 0.04);
+    film.film(6.0, 9.0, 0.12, 0.12);
+    EXPECT_THAT(film.stalls(), testing::IsEmpty());
+
+    Screening stated(kVideoOnly);
+    stated.picture(0.0, 0.5);
+    stated.picture(0.5, 8.0);
+    stated.picture(8.5, 3.0);
+    stated.picture(11.5, 60.0);
+    EXPECT_THAT(stated.stalls(), testing::IsEmpty());
+    EXPECT_DOUBLE_EQ(stated.reached(), 71.5);
+
+    Screening unstated(kVideoOnly);
+    for (const double time_s : {0.0, 1.0, 2.0, 7.0}) {
+        unstated.picture(time_s);
+    }
+    EXPECT_THAT(unstated.stalls(), testing::IsEmpty());
+}
+
+TEST(ScanStalls, LongLastPictureIsBelieved) {
+    Screening film(kVideoOnly);
+    film.film(0.0, 2.0);
+    film.picture(2.0, 3.0);
+    EXPECT_THAT(film.stalls(), testing::IsEmpty());
+    EXPECT_DOUBLE_EQ(film.reached(), 5.0);
+}
+
+TEST(ScanStalls, RoundedTimestampsAreNoStallsEvenWhenEveryGapIs) {
+    Screening film(kVideoOnly, 0.0);
+    for (const double time_s : {0.0, 0.033, 0.067, 0.1, 0.133, 0.167}) {
+        film.picture(time_s, 1.0 / 30);
+    }
+    EXPECT_THAT(film.stalls(), testing::IsEmpty());
+}
+
+TEST(ScanStalls, TrackThatIsMissingAtEitherEndIsAStall) {
+    Screening late_video({});
+    late_video.sound(0.0, 4.0);
+    late_video.film(4.0, 6.0);
+    late_video.sound(4.0, 6.0);
+    EXPECT_THAT(late_video.stalls(), testing::ElementsAre(isEvent(Kind::kStall, 0.0, 4.0)));
+
+    Screening early_end({});
+    early_end.film(0.0, 3.0);
+    early_end.sound(0.0, 3.0);
+    early_end.film(3.0, 10.0);
+    EXPECT_THAT(early_end.stalls(), testing::ElementsAre(isEvent(Kind::kStall, 3.0, 10.0, true)));
+
+    Screening no_sound({});
+    no_sound.film(0.0, 2.0);
+    EXPECT_THAT(no_sound.stalls(), testing::ElementsAre(isEvent(Kind::kStall, 0.0, 2.0, true)));
+}
+
+TEST(ScanStalls, CoversAndShortDelaysAreNoStalls) {
+    Screening song({});
+    song.picture(0.0);
+    song.sound(0.0, 10.0);
+    EXPECT_THAT(song.stalls(), testing::IsEmpty());
+
+    Screening primed({});
+    primed.film(0.0, 5.0);
+    primed.sound(0.1, 5.5);
+    EXPECT_THAT(primed.stalls(), testing::IsEmpty());
+}
+
+TEST(ScanStalls, WhatIsMissingInBothTracksIsOneStall) {
+    Screening both({});
+    both.film(0.0, 2.0);
+    both.sound(0.0, 2.1);
+    both.film(5.0, 7.0);
+    both.sound(5.4, 7.0);
+    const std::vector<Event>& stalls = both.stalls();
+    ASSERT_THAT(stalls, testing::ElementsAre(isEvent(Kind::kStall, 2.0, 5.4)));
+    EXPECT_DOUBLE_EQ(stalls.front().share, 1.0);
+}
+
+/// Where a Timeline puts items of a tenth of a second that carry these stamps.
+std::vector<double> placesOf(const std::vector<double>& stamps, size_t most_held = 4) {
+    Timeline<int> timeline(most_held);
+    std::vector<double> places;
+    const auto give = [&](int item, double start_s) {
+        EXPECT_EQ(item, static_cast<int>(places.size()));
+        places.push_back(start_s);
+    };
+    for (size_t i = 0; i < stamps.size(); ++i) {
+        timeline.take(static_cast<int>(i), stamps[i], 0.1, give);
+    }
+    timeline.finish(give);
+    return places;
+}
+
+TEST(ScanTimeline, TellsWrongStampsFromJumps) {
+    using testing::DoubleNear;
+    using testing::Pointwise;
+    const std::vector<double> even{1.0, 1.1, 1.2, 1.3, 1.4, 1.5};
+    const auto isNear = [](const std::vector<double>& places) { return Pointwise(DoubleNear(1e-9), places); };
+    EXPECT_THAT(placesOf({1.0, 1.1, 9000.0, 1.3, 1.4, 1.5}), isNear(even)) << "one stamp ahead";
+    EXPECT_THAT(placesOf({1.0, 1.1, 9000.0, 9000.1, 1.4, 1.5}), isNear(even)) << "two stamps ahead";
+    EXPECT_THAT(placesOf({1.0, 1.1, 0.2, 1.3, 1.4, 1.5}), isNear(even)) << "one stamp back";
+    EXPECT_THAT(placesOf({1.0, 1.1, 1.2, 0.0, 0.1, 0.2}), isNear(even)) << "the stream begins again";
+    EXPECT_THAT(placesOf({1.0, 1.1, 7.2, 7.3, 7.4, 7.5}), isNear({1.0, 1.1, 7.2, 7.3, 7.4, 7.5})) << "a gap";
+    EXPECT_THAT(placesOf({1.0, 1.1, 7.2}), isNear({1.0, 1.1, 7.2})) << "a gap before the last";
+    EXPECT_THAT(placesOf({1.0, 7.2, 7.3, 7.4, 1.1}, 2), isNear({1.0, 7.2, 7.3, 7.4, 7.5}))
+        << "back after more than is held";
+}
+
+TEST(ScanAudioPeriods, LieEndToEndAtEverySampleRate) {
+    for (const int rate : {8000, 11025, 22050, 44100}) {
+        AudioPeriods periods(scanConfig(0.1), rate);
+        const std::vector<int16_t> samples(1000, 3000);
+        double end_s = 5.0;
+        int count = 0;
+        for (int block = 0; block < 20; ++block) {
+            const Sound sound{.time = 5.0 + 1000.0 * block / rate,
+                              .sample_rate = rate,
+                              .channels = 1,
+                              .samples = 1000,
+                              .data = samples.data(),
+                              .buffer = {}};
+            periods.feed(sound, sound.time, [&](Span period, const ZELAudioResult&) {
+                EXPECT_NEAR(period.start_s, end_s, 1e-9) << rate;
+                EXPECT_NEAR(period.length(), 0.1, 0.001) << rate;
+                end_s = period.end_s;
+                ++count;
+            });
+        }
+        EXPECT_GE(count, 4) << rate;
+    }
 }
 
 TEST(ScanEvents, EveryKindStandsOnceInTheTable) {

@@ -7,6 +7,13 @@ namespace zel_monitor::scan {
 namespace {
 
 constexpr double kFallbackPictureS = 1.0 / 25;
+constexpr double kStampGrainS = 0.001;  // many containers count in milliseconds
+constexpr size_t kMostPicturesHeld = 4;
+constexpr size_t kMostSoundsHeld = 32;  // one packet of a transport stream holds several, under one timestamp
+
+double lengthOf(const Sound& sound) {
+    return static_cast<double>(sound.samples) / sound.sample_rate;
+}
 
 }  // namespace
 
@@ -17,47 +24,85 @@ ZELAlgo::ZELAlgoConfig scanConfig(double audio_period_s) {
     return config;
 }
 
-double TrackClock::place(double time_s) {
-    if (any_ && time_s + shift_ < last_) {
-        shift_ = expected_ - time_s;
-    }
-    any_ = true;
-    return last_ = time_s + shift_;
-}
-
-Analyser::Analyser(const EventRules& rules, double frame_rate, AnalysisListener& listener)
+Analyser::Analyser(const EventRules& rules, Tracks tracks, AnalysisListener& listener)
     : listener_(listener),
-      maker_(rules, listener),
+      maker_(rules, tracks, listener),
       stall_s_(rules[indexOf(Kind::kStall)].min_s),
-      video_(scanConfig(kSilencePeriodS)),
-      usual_s_(frame_rate > 0.0 ? 1.0 / frame_rate : kFallbackPictureS) {}
+      detector_(scanConfig(kSilencePeriodS)),
+      tracks_(tracks),
+      video_line_(kMostPicturesHeld),
+      audio_line_(kMostSoundsHeld),
+      shortest_s_(kFallbackPictureS) {}
 
 void Analyser::take(Picture picture) {
-    const double start_s = video_clock_.place(picture.time);
+    const double time_s = picture.time;
+    const double length_s = picture.duration > 0.0 ? picture.duration : kFallbackPictureS;
+    video_line_.take(std::move(picture), time_s, length_s,
+                     [this](Picture placed, double start_s) { show(std::move(placed), start_s); });
+}
+
+void Analyser::take(Sound sound) {
+    const double time_s = sound.time;
+    const double length_s = lengthOf(sound);
+    audio_line_.take(std::move(sound), time_s, length_s,
+                     [this](const Sound& placed, double start_s) { hear(placed, start_s); });
+}
+
+void Analyser::finish(std::optional<double> declared_s) {
+    video_line_.finish([this](Picture placed, double start_s) { show(std::move(placed), start_s); });
+    audio_line_.finish([this](const Sound& placed, double start_s) { hear(placed, start_s); });
     if (shown_) {
-        const double length_s = start_s - shown_->start_s;
-        if (length_s - usual_s_ >= stall_s_) {
-            const double end_s = shown_->start_s + usual_s_;
-            settle(end_s);
-            maker_.gap({end_s, start_s});
+        settle(video_->end_s);
+    }
+    tellMissingEnd();
+    maker_.finish({.video_s = video_ ? video_->end_s : 0.0,
+                   .audio_s = audio_ ? audio_->end_s : 0.0,
+                   .declared_s = declared_s,
+                   .still_picture = pictures_ == 1 && !audio_});
+}
+
+double Analyser::reached() const {
+    return std::max(video_ ? video_->end_s : 0.0, audio_ ? audio_->end_s : 0.0);
+}
+
+void Analyser::show(Picture picture, double start_s) {
+    if (shown_) {
+        const Span missing{shown_->start_s + ownLength(start_s), start_s};
+        if (isGap(missing)) {
+            settle(missing.start_s);
+            maker_.gap(Track::kVideo, missing);
         } else {
-            usual_s_ = length_s > 0.0 ? length_s : usual_s_;
             settle(start_s);
         }
+        const bool unstated = shown_->stated_s < stall_s_ && start_s - shown_->start_s + kSlackS >= stall_s_;
+        long_pictures_ += unstated ? uint64_t{1} : uint64_t{0};
     }
     ZELAlgo::ZELVideoResult result{};
-    video_.detectPlanes(picture.planes, result);
+    detector_.detectPlanes(picture.planes, result);
+    const double stated_s = picture.duration > 0.0 ? picture.duration : kFallbackPictureS;
     ++pictures_;
-    shown_.emplace(Shown{std::move(picture), start_s, result});
-    video_clock_.expectNext(start_s + lengthOfLast());
+    long_pictures_ += stated_s >= stall_s_ ? uint64_t{1} : uint64_t{0};
+    shortest_s_ = pictures_ == 1 ? stated_s : std::min(shortest_s_, stated_s);
+    shown_.emplace(Shown{std::move(picture), start_s, stated_s, result});
+    if (!video_) {
+        video_ = {start_s, start_s};
+        tellMissingStart(Track::kVideo);
+    }
+    video_->end_s = start_s + stated_s;
     listener_.onPicture(shown_->picture, start_s);
 }
 
-void Analyser::take(const Sound& sound) {
-    const double start_s = audio_clock_.place(sound.time);
-    const double expected_s = audio_clock_.expected();
-    if (silence_ && start_s - expected_s >= stall_s_) {
-        maker_.gap({expected_s, start_s});
+void Analyser::hear(const Sound& sound, double start_s) {
+    if (!audio_) {
+        audio_ = {start_s, start_s};
+        tellMissingStart(Track::kAudio);
+    }
+    if (const Span missing{audio_->end_s, start_s}; isGap(missing)) {
+        maker_.gap(Track::kAudio, missing);
+        if (silence_) {
+            silence_->skipTo(start_s);
+            voice_->skipTo(start_s);
+        }
     }
     if (!silence_ || silence_->sampleRate() != sound.sample_rate) {
         silence_.emplace(scanConfig(kSilencePeriodS), sound.sample_rate);
@@ -71,32 +116,55 @@ void Analyser::take(const Sound& sound) {
         maker_.voicePeriod(period, result);
         listener_.onVoicePeriod(period, result);
     });
-    audio_clock_.expectNext(start_s + static_cast<double>(sound.samples) / sound.sample_rate);
-}
-
-void Analyser::finish(std::optional<double> declared_s) {
-    const double video_end_s = video_clock_.expected();
-    if (shown_) {
-        settle(video_end_s);
-    }
-    maker_.finish({.video_s = video_end_s,
-                   .audio_s = audio_clock_.expected(),
-                   .declared_s = declared_s,
-                   .still_picture = pictures_ == 1 && !silence_});
-}
-
-double Analyser::reached() const {
-    return std::max(video_clock_.expected(), audio_clock_.expected());
+    audio_->end_s = start_s + lengthOf(sound);
 }
 
 void Analyser::settle(double end_s) {
     maker_.picture({shown_->start_s, std::max(end_s, shown_->start_s)}, shown_->result);
 }
 
-/// What the stream says of the last picture, unless that hides a gap behind it.
-double Analyser::lengthOfLast() const {
-    const double said_s = shown_->picture.duration;
-    return said_s > 0.0 && said_s - usual_s_ < stall_s_ ? said_s : usual_s_;
+/// How long the picture that is shown lasts if nothing is missing before `next_s`. Some containers state the
+/// time to the next picture and so hide a gap, others state the shortest time for every picture. In a slide
+/// show, where at least every other picture lasts as long as a gap, a long time is right.
+double Analyser::ownLength(double next_s) const {
+    const bool slide_show = 2 * long_pictures_ >= pictures_;
+    if (shown_->stated_s >= stall_s_) {
+        return slide_show ? shown_->stated_s : shortest_s_;
+    }
+    return slide_show ? next_s - shown_->start_s : shown_->stated_s;
+}
+
+bool Analyser::isGap(Span span) const {
+    return span.length() > kStampGrainS && span.length() + kSlackS >= stall_s_;
+}
+
+/// Tells that `late`, which just began, was not there when the other track was.
+void Analyser::tellMissingStart(Track late) {
+    const std::optional<Span>& other = late == Track::kVideo ? audio_ : video_;
+    const std::optional<Span>& mine = late == Track::kVideo ? video_ : audio_;
+    if (other && isGap({other->start_s, mine->start_s})) {
+        maker_.gap(late, {other->start_s, mine->start_s});
+    }
+}
+
+/// Tells that one track ended before the other, or never came. A single picture that goes with sound is its
+/// cover.
+void Analyser::tellMissingEnd() {
+    const auto tell = [this](Track track, const std::optional<Span>& mine, const std::optional<Span>& other) {
+        if (!other) {
+            return;
+        }
+        const Span missing{mine ? mine->end_s : other->start_s, other->end_s};
+        if (isGap(missing)) {
+            maker_.gap(track, missing);
+        }
+    };
+    if (tracks_.video && pictures_ != 1) {
+        tell(Track::kVideo, video_, audio_);
+    }
+    if (tracks_.audio) {
+        tell(Track::kAudio, audio_, video_);
+    }
 }
 
 }  // namespace zel_monitor::scan

@@ -9,6 +9,8 @@
 #include "media_item.h"
 #include "scan/audio_periods.h"
 #include "scan/event_maker.h"
+#include "scan/gaps.h"
+#include "scan/timeline.h"
 
 namespace zel_monitor::scan {
 
@@ -29,30 +31,13 @@ class AnalysisListener : public EventListener {
     virtual void onVoicePeriod(Span period, const ZELAlgo::ZELAudioResult& result) = 0;
 };
 
-/// Makes stream time out of one track's timestamps: they never run backwards, and gaps are told.
-class TrackClock {
-  public:
-    /// Where an item that carries the timestamp `time_s` begins in stream time.
-    double place(double time_s);
-    /// Where the track would go on if nothing were missing.
-    double expected() const { return expected_; }
-    void expectNext(double time_s) { expected_ = time_s; }
-
-  private:
-    double shift_ = 0.0;  // added to what the stream says since it last jumped back
-    double last_ = 0.0;
-    double expected_ = 0.0;
-    bool any_ = false;
-};
-
 /// Runs the detectors on every picture and every audio period of one stream. One thread at a time.
 class Analyser {
   public:
-    /// `frame_rate` is what the stream says of itself; 0 if it says nothing.
-    Analyser(const EventRules& rules, double frame_rate, AnalysisListener& listener);
+    Analyser(const EventRules& rules, Tracks tracks, AnalysisListener& listener);
 
     void take(Picture picture);
-    void take(const Sound& sound);
+    void take(Sound sound);
     /// The stream is over. `declared_s` is how long it said it was.
     void finish(std::optional<double> declared_s);
 
@@ -63,22 +48,32 @@ class Analyser {
     struct Shown {
         Picture picture;
         double start_s;
+        double stated_s;  // how long the stream says that it lasts
         ZELAlgo::ZELVideoResult result;
     };
+    void show(Picture picture, double start_s);
+    void hear(const Sound& sound, double start_s);
     void settle(double end_s);
-    double lengthOfLast() const;
+    double ownLength(double next_s) const;
+    bool isGap(Span span) const;
+    void tellMissingStart(Track late);
+    void tellMissingEnd();
 
     AnalysisListener& listener_;
     EventMaker maker_;
     double stall_s_;
-    ZELAlgo::AlgoFacade video_;
+    ZELAlgo::AlgoFacade detector_;
     std::optional<AudioPeriods> silence_;
     std::optional<AudioPeriods> voice_;
     std::optional<Shown> shown_;
-    double usual_s_;  // from one picture to the next, as long as there is no gap
-    TrackClock video_clock_;
-    TrackClock audio_clock_;
+    Tracks tracks_;
+    Timeline<Picture> video_line_;
+    Timeline<Sound> audio_line_;
+    std::optional<Span> video_;  // from the first picture's start to the last one's end
+    std::optional<Span> audio_;
+    double shortest_s_;  // of the pictures' stated lengths
     uint64_t pictures_ = 0;
+    uint64_t long_pictures_ = 0;  // those that lasted as long as a gap, as stated or as it came
 };
 
 }  // namespace zel_monitor::scan

@@ -13,8 +13,7 @@ constexpr uint32_t kComplete = 2;
 AudioPeriods::AudioPeriods(const ZELAlgo::ZELAlgoConfig& config, int sample_rate)
     : facade_(config),
       sample_rate_(sample_rate),
-      chunk_(static_cast<size_t>(sample_rate / kChunksPerSecond)),
-      period_s_(config.longtime_period_s) {
+      chunk_(static_cast<size_t>(sample_rate / kChunksPerSecond)) {
     pending_.reserve(chunk_);
 }
 
@@ -23,6 +22,9 @@ void AudioPeriods::feed(const Sound& sound, double time_s, const Sink& sink) {
         return;
     }
     for (int i = 0; i < sound.samples; ++i) {
+        if (!start_s_) {
+            start_s_ = time_s + static_cast<double>(i) / sample_rate_;
+        }
         const int16_t* const first = sound.data + static_cast<ptrdiff_t>(i) * sound.channels;
         const int sum = std::accumulate(first, first + sound.channels, 0);
         pending_.push_back(static_cast<int16_t>(sum / sound.channels));
@@ -37,9 +39,15 @@ void AudioPeriods::feed(const Sound& sound, double time_s, const Sink& sink) {
                             result);
         pending_.clear();
         if (result.status == kComplete) {
-            const double end_s = time_s + static_cast<double>(i + 1) / sample_rate_;
-            sink({end_s - period_s_, end_s}, result);
+            sink({*start_s_, time_s + static_cast<double>(i + 1) / sample_rate_}, result);
+            start_s_.reset();
         }
+    }
+}
+
+void AudioPeriods::skipTo(double time_s) {
+    if (start_s_) {
+        start_s_ = time_s;
     }
 }
 

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <vector>
 
 #include "media_item.h"
@@ -25,14 +26,17 @@ class AudioPeriods {
     /// Takes in a block that starts at `time_s` of the stream; of several channels their mean is heard.
     void feed(const Sound& sound, double time_s, const Sink& sink);
 
+    /// Sound is missing before `time_s`: the period at hand begins there.
+    void skipTo(double time_s);
+
     int sampleRate() const { return sample_rate_; }
 
   private:
     ZELAlgo::AlgoFacade facade_;
     int sample_rate_;
-    size_t chunk_;  // samples in 10 ms
-    double period_s_;
-    std::vector<int16_t> pending_;  // less than a chunk, then up to one
+    size_t chunk_;                   // samples in 10 ms
+    std::vector<int16_t> pending_;   // less than a chunk, then up to one
+    std::optional<double> start_s_;  // of the period at hand, once there is sound in it
 };
 
 }  // namespace zel_monitor::scan

@@ -6,7 +6,8 @@
 
 namespace zel_monitor::scan {
 
-EventMaker::EventMaker(const EventRules& rules, EventListener& listener) : listener_(listener) {
+EventMaker::EventMaker(const EventRules& rules, Tracks tracks, EventListener& listener)
+    : listener_(listener), gaps_(tracks) {
     trackers_.reserve(kKindCount);
     for (const KindInfo& info : kinds()) {
         trackers_.emplace_back(info.kind, rules[indexOf(info.kind)]);
@@ -29,13 +30,15 @@ void EventMaker::picture(Span shown, const ZELAlgo::ZELVideoResult& result) {
         see(info.kind, {reaches_back ? *like_start_ : shown.start_s, shown.end_s},
             sights[indexOf(info.kind)]);
     }
-    see(Kind::kStall, shown, Sight::kAbsent);
+    gaps_.reach(Track::kVideo, shown.end_s);
+    seeStalls(gaps_.settledTo());
     like_start_ = freeze == Sight::kUnknown ? std::nullopt : std::optional(shown.start_s);
 }
 
 void EventMaker::silencePeriod(Span period, const ZELAlgo::ZELAudioResult& result) {
     see(Kind::kMute, period, sightsOf(result)[indexOf(Kind::kMute)]);
-    see(Kind::kStall, period, Sight::kAbsent);
+    gaps_.reach(Track::kAudio, period.end_s);
+    seeStalls(gaps_.settledTo());
 }
 
 void EventMaker::voicePeriod(Span period, const ZELAlgo::ZELAudioResult& result) {
@@ -45,13 +48,19 @@ void EventMaker::voicePeriod(Span period, const ZELAlgo::ZELAudioResult& result)
     }
 }
 
-void EventMaker::gap(Span span) {
-    like_start_.reset();
-    see(Kind::kStall, span, Sight::kPresent);
+void EventMaker::gap(Track track, Span span) {
+    if (track == Track::kVideo) {
+        like_start_.reset();
+    }
+    gaps_.add(track, span);
+    seeStalls(gaps_.settledTo());
 }
 
 void EventMaker::finish(const StreamEnd& end) {
     const double reached_s = std::max(end.video_s, end.audio_s);
+    gaps_.reach(Track::kVideo, reached_s);
+    gaps_.reach(Track::kAudio, reached_s);
+    seeStalls(reached_s);
     if (end.declared_s && *end.declared_s > reached_s) {
         see(Kind::kShort, {reached_s, *end.declared_s}, Sight::kPresent);
         see(Kind::kShort, {*end.declared_s, *end.declared_s}, Sight::kAbsent);
@@ -72,6 +81,17 @@ void EventMaker::see(Kind kind, Span span, Sight sight) {
     report(step.ended);
     if (step.began) {
         listener_.onRunBegan(kind);
+    }
+}
+
+/// Sees the gaps up to `settled_s`, which no track can add anything to.
+void EventMaker::seeStalls(double settled_s) {
+    for (const Span& gap : gaps_.takeSettled()) {
+        see(Kind::kStall, gap, Sight::kPresent);
+        missing_to_s_ = std::max(missing_to_s_, gap.end_s);
+    }
+    if (settled_s > missing_to_s_) {
+        see(Kind::kStall, {settled_s, settled_s}, Sight::kAbsent);
     }
 }
 

@@ -3,11 +3,13 @@
 
 #include <zel/algo/algo_types.h>
 
+#include <limits>
 #include <optional>
 #include <vector>
 
 #include "scan/event.h"
 #include "scan/event_tracker.h"
+#include "scan/gaps.h"
 #include "scan/kinds.h"
 
 namespace zel_monitor::scan {
@@ -36,25 +38,28 @@ struct StreamEnd {
 /// Turns the verdicts on one stream, in its order, into events.
 class EventMaker {
   public:
-    EventMaker(const EventRules& rules, EventListener& listener);
+    EventMaker(const EventRules& rules, Tracks tracks, EventListener& listener);
 
     /// A picture and how long it was shown.
     void picture(Span shown, const ZELAlgo::ZELVideoResult& result);
     /// A period that is judged for silence only, and one that is judged for speech only.
     void silencePeriod(Span period, const ZELAlgo::ZELAudioResult& result);
     void voicePeriod(Span period, const ZELAlgo::ZELAudioResult& result);
-    /// Nothing has a timestamp here. Tell this before what follows the gap.
-    void gap(Span span);
+    /// Nothing of `track` has a timestamp here. Tell this before what follows the gap.
+    void gap(Track track, Span span);
     /// A single picture has no length, so no minimum is asked of it.
     void finish(const StreamEnd& end);
 
   private:
     void see(Kind kind, Span span, Sight sight);
+    void seeStalls(double settled_s);
     void report(const std::optional<Event>& event);
 
     EventListener& listener_;
     std::vector<EventTracker> trackers_;  // one per kind
-    std::optional<double> like_start_;    // start of the last picture, if a freeze may have begun with it
+    Gaps gaps_;
+    double missing_to_s_ = -std::numeric_limits<double>::infinity();  // end of the last gap seen
+    std::optional<double> like_start_;  // start of the last picture, if a freeze may have begun with it
     bool any_picture_ = false;
 };
 

@@ -16,7 +16,11 @@ constexpr PerKind<KindInfo> kKinds{{
     {Kind::kLowVoice, "low-voice", Source::kAudio, {3.0, 2.0}, "speech with a mean level of at most 500"},
     {Kind::kHighVoice, "high-voice", Source::kAudio, {1.0, 2.0}, "speech with a mean level from 20000"},
     {Kind::kNoVoice, "no-voice", Source::kAudio, {5.0, 0.5}, "sound, but nobody speaks"},
-    {Kind::kStall, "stall", Source::kTimestamps, {1.0, 0.1}, "a gap in the stream's own timestamps"},
+    {Kind::kStall,
+     "stall",
+     Source::kTimestamps,
+     {1.0, 0.1},
+     "no picture or no sound: a gap in the timestamps, or a track begins late or ends early"},
     {Kind::kShort, "short", Source::kTimestamps, {1.0, 0.0}, "the stream ends before its declared end"},
 }};
 

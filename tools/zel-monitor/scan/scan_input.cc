@@ -58,20 +58,24 @@ std::string reasonFrom(const std::string& message, const std::string& input) {
     return message.starts_with(prefix) ? message.substr(prefix.size()) : message;
 }
 
-/// An end before the declared one: whatever was there is gone, so the stream has not been seen to its end.
-std::optional<std::string> missingEnd(const InputReport& report) {
-    const auto missing = std::find_if(report.events.begin(), report.events.end(),
-                                      [](const Event& event) { return event.kind == Kind::kShort; });
-    if (missing == report.events.end()) {
-        return std::nullopt;
+/// An end before the declared one, or a cut: whatever was there is gone, so the stream
+/// has not been seen to its end. This does not hang on the rules for events.
+std::optional<std::string> missingEnd(const InputReport& report, const std::optional<double>& declared_s) {
+    const double missing_s = declared_s.value_or(0.0) - report.length_s;
+    if (missing_s + kSlackS >= infoOf(Kind::kShort).rule.min_s) {
+        return fmt::format("it ends {:.3f} s before its declared end", missing_s);
     }
-    return fmt::format("it ends {:.3f} s before its declared end", missing->span.length());
+    if (report.counts.cut_off) {
+        return "it is cut off before its end";
+    }
+    return std::nullopt;
 }
 
 void analyse(MediaSource& source, const EventRules& rules, InputScan& scan, Progress::Slot& progress,
              Findings& findings) {
     InputReport& report = scan.report;
-    Analyser analyser(rules, report.facts.video ? report.facts.video->frame_rate : 0.0, findings);
+    const Tracks tracks{.video = report.facts.video.has_value(), .audio = report.facts.audio.has_value()};
+    Analyser analyser(rules, tracks, findings);
     {
         DecodeAhead ahead(source);
         try {
@@ -84,12 +88,13 @@ void analyse(MediaSource& source, const EventRules& rules, InputScan& scan, Prog
         }
     }
     report.counts = source.counts();
-    const bool declared = report.facts.duration && !report.facts.duration_estimated;
     const bool anything = report.counts.pictures + report.counts.sounds > 0;
-    analyser.finish(declared && anything ? report.facts.duration : std::nullopt);
+    const auto declared_s =
+        anything && !report.facts.duration_estimated ? report.facts.duration : std::nullopt;
+    analyser.finish(declared_s);
     report.length_s = analyser.reached();
     if (!report.problem) {
-        report.problem = missingEnd(report);
+        report.problem = missingEnd(report, declared_s);
     }
 }
 
