@@ -8,6 +8,8 @@ namespace {
 
 constexpr double kFallbackPictureS = 1.0 / 25;
 constexpr double kStampGrainS = 0.001;  // many containers count in milliseconds
+constexpr double kShortestSlideS = 0.5;
+constexpr double kMostOfStated = 3.0;
 constexpr size_t kMostPicturesHeld = 4;
 constexpr size_t kMostSoundsHeld = 32;  // one packet of a transport stream holds several, under one timestamp
 
@@ -74,14 +76,15 @@ void Analyser::show(Picture picture, double start_s) {
         } else {
             settle(start_s);
         }
-        const bool unstated = shown_->stated_s < stall_s_ && start_s - shown_->start_s + kSlackS >= stall_s_;
-        long_pictures_ += unstated ? uint64_t{1} : uint64_t{0};
+        if (!isSlide(shown_->stated_s) && isSlide(start_s - shown_->start_s)) {
+            ++slides_;
+        }
     }
     ZELAlgo::ZELVideoResult result{};
     detector_.detectPlanes(picture.planes, result);
     const double stated_s = picture.duration > 0.0 ? picture.duration : kFallbackPictureS;
     ++pictures_;
-    long_pictures_ += stated_s >= stall_s_ ? uint64_t{1} : uint64_t{0};
+    slides_ += isSlide(stated_s) ? uint64_t{1} : uint64_t{0};
     shortest_s_ = pictures_ == 1 ? stated_s : std::min(shortest_s_, stated_s);
     shown_.emplace(Shown{std::move(picture), start_s, stated_s, result});
     if (!video_) {
@@ -123,15 +126,22 @@ void Analyser::settle(double end_s) {
     maker_.picture({shown_->start_s, std::max(end_s, shown_->start_s)}, shown_->result);
 }
 
+/// Whether a picture of that length is rather one of a slide show than one of a film.
+bool Analyser::isSlide(double length_s) const {
+    return length_s + kSlackS >= std::max(stall_s_, kShortestSlideS);
+}
+
 /// How long the picture that is shown lasts if nothing is missing before `next_s`. Some containers state the
-/// time to the next picture and so hide a gap, others state the shortest time for every picture. In a slide
-/// show, where at least every other picture lasts as long as a gap, a long time is right.
+/// time to the next picture, which hides gaps, others one length for all. So a film's pictures are never
+/// believed to last as long as a gap, and in a slide show, where at least every other picture is a slide,
+/// only far more than the stated time is a gap.
 double Analyser::ownLength(double next_s) const {
-    const bool slide_show = 2 * long_pictures_ >= pictures_;
-    if (shown_->stated_s >= stall_s_) {
-        return slide_show ? shown_->stated_s : shortest_s_;
+    const double length_s = next_s - shown_->start_s;
+    if (2 * slides_ >= pictures_) {
+        const bool too_long = isSlide(shown_->stated_s) && length_s > kMostOfStated * shown_->stated_s;
+        return too_long ? shown_->stated_s : length_s;
     }
-    return slide_show ? next_s - shown_->start_s : shown_->stated_s;
+    return shown_->stated_s < stall_s_ ? shown_->stated_s : shortest_s_;
 }
 
 bool Analyser::isGap(Span span) const {

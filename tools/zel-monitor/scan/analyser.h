@@ -54,6 +54,7 @@ class Analyser {
     void show(Picture picture, double start_s);
     void hear(const Sound& sound, double start_s);
     void settle(double end_s);
+    bool isSlide(double length_s) const;
     double ownLength(double next_s) const;
     bool isGap(Span span) const;
     void tellMissingStart(Track late);
@@ -73,7 +74,7 @@ class Analyser {
     std::optional<Span> audio_;
     double shortest_s_;  // of the pictures' stated lengths
     uint64_t pictures_ = 0;
-    uint64_t long_pictures_ = 0;  // those that lasted as long as a gap, as stated or as it came
+    uint64_t slides_ = 0;  // those that lasted too long for a film, as stated or as it came
 };
 
 }  // namespace zel_monitor::scan
