@@ -240,6 +240,23 @@ TEST(ZelMonitor, SaysWhatIsWrongOnStandardError) {
                 testing::AllOf(HasSubstr("absent.mp4"), HasSubstr("No such file")));
 }
 
+TEST(ZelMonitor, SaysThatAnOutputTookNoMore) {
+    const ScratchDir scratch;
+    const std::string clip = scratch.file("clip.ts");
+    ffmpeg("-f lavfi -i testsrc2=s=160x90:r=25:d=4 -c:v mpeg2video", clip);
+    const std::string watch = "watch '" + clip + "' --speed 4 ";
+    for (const std::string& failing : {watch + "--json", watch, std::string("--help"),
+                                       std::string("watch --help"), std::string("scan --list-detectors")}) {
+        const Outcome said = run(failing + " 2>&1 >/dev/full");
+        EXPECT_EQ(3, said.status) << failing;
+        EXPECT_THAT(said.lines, testing::ElementsAre("zel-monitor: standard output: No space left on device"))
+            << failing;
+    }
+    EXPECT_THAT(run(watch + "--log /dev/full 2>&1 >/dev/null").lines,
+                testing::ElementsAre("zel-monitor: /dev/full: No space left on device"));
+    EXPECT_EQ(3, run(watch + "--log /dev/full").status);
+}
+
 TEST(ZelMonitor, DemoShowsEveryFault) {
     const auto objects = objectsOf("demo --json --speed 2 --interval 1");
     ASSERT_FALSE(objects.empty());

@@ -1,10 +1,11 @@
 #include "console.h"
 
-#include <cstdio>
 #include <cstdlib>
-#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include "standard_streams.h"
+#include "stop_signal.h"
 
 namespace zel_monitor {
 namespace {
@@ -14,8 +15,8 @@ std::string_view environment(const char* name) {
     return value != nullptr ? value : "";
 }
 
-bool isTerminal(std::FILE* file) {
-    return isatty(fileno(file)) != 0 && environment("TERM") != "dumb";
+bool isTerminal(int descriptor) {
+    return isatty(descriptor) != 0 && environment("TERM") != "dumb";
 }
 
 /// Whether another program reads standard output; what it prints would run into a status line.
@@ -24,20 +25,11 @@ bool feedsAnotherProgram() {
     return fstat(STDOUT_FILENO, &state) == 0 && S_ISFIFO(state.st_mode);
 }
 
-size_t terminalColumns() {
-    winsize size = {};
-    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
-}
-
-void write(std::FILE* file, std::string_view text) {
-    std::fwrite(text.data(), 1, text.size(), file);
-}
-
 }  // namespace
 
 Console::Console()
-    : colour_(isTerminal(stdout) && environment("NO_COLOR").empty()),
-      shows_status_(isTerminal(stderr) && !feedsAnotherProgram()) {}
+    : colour_(isTerminal(STDOUT_FILENO) && environment("NO_COLOR").empty()),
+      shows_status_(isTerminal(STDERR_FILENO) && !feedsAnotherProgram()) {}
 
 Console::~Console() {
     eraseStatus();
@@ -45,10 +37,15 @@ Console::~Console() {
 
 void Console::line(std::string_view text) {
     const std::lock_guard<std::mutex> lock(mutex_);
+    if (output_error_ != 0) {
+        return;
+    }
     eraseStatus();
-    write(stdout, std::string(text) + '\n');
-    std::fflush(stdout);
+    output_error_ = writeAll(STDOUT_FILENO, std::string(text) + '\n');
     drawStatus();
+    if (output_error_ != 0) {
+        requestStop();
+    }
 }
 
 void Console::status(std::string text) {
@@ -65,18 +62,25 @@ void Console::error(std::string_view text) {
     const std::lock_guard<std::mutex> lock(mutex_);
     eraseStatus();
     status_.clear();
-    write(stderr, "zel-monitor: " + std::string(text) + '\n');
+    complain(text);
+}
+
+void Console::requireOutput() {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (output_error_ != 0) {
+        throw OutputError(output_error_, "standard output");
+    }
 }
 
 void Console::eraseStatus() {
     if (!status_.empty()) {
-        write(stderr, "\r\033[K");
+        writeError("\r\033[K");
     }
 }
 
 void Console::drawStatus() {
     if (!status_.empty()) {
-        write(stderr, std::string_view(status_).substr(0, terminalColumns() - 1));
+        writeError(std::string_view(status_).substr(0, terminalColumns() - 1));
     }
 }
 

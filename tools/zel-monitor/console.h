@@ -16,8 +16,13 @@ class Console {
     Console& operator=(const Console&) = delete;
     ~Console();
 
-    /// Writes `text` and a newline at once, so that a reader of a pipe sees it.
+    /// Writes `text` and a newline at once, so that a reader of a pipe sees it. Does not throw, since
+    /// heartbeats come on a thread of the library's: the first line that is not taken requests a stop, and
+    /// requireOutput() tells.
     void line(std::string_view text);
+
+    /// Throws OutputError if a line was not taken.
+    void requireOutput();
 
     /// Replaces the status line, cut to the terminal's width; empty removes it.
     void status(std::string text);
@@ -37,7 +42,8 @@ class Console {
     bool colour_;
     bool shows_status_;
     std::mutex mutex_;
-    std::string status_;
+    std::string status_;    // guarded by mutex_
+    int output_error_ = 0;  // guarded by mutex_
 };
 
 }  // namespace zel_monitor

@@ -89,7 +89,9 @@ MediaSource openInput(const std::string& input, MediaOptions options) {
         return MediaSource(input, options);
     }
     options.format = "lavfi";
-    options.label = "demo stream";
+    if (options.label.empty()) {
+        options.label = "demo stream";
+    }
     options.duration = lengthOf(kPictures);
     return MediaSource(demoGraph(), options);
 }

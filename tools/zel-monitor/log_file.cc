@@ -3,8 +3,10 @@
 #include <zel/base/log.h>
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <mutex>
 #include <system_error>
 
@@ -12,14 +14,25 @@ extern "C" {
 #include <libavutil/log.h>
 }
 
+#include "standard_streams.h"
+
 namespace zel_monitor {
 namespace {
 
 /// Never closed: detached threads of the library may log while the process ends.
 std::FILE* log_file = nullptr;
+std::string log_name;
+std::atomic<int> log_error = 0;  ///< of the first line that was not taken
+
+void noteLogError() {
+    int none = 0;
+    log_error.compare_exchange_strong(none, errno);
+}
 
 void writeToLog(const char* text, size_t length, void* /*context*/) {
-    std::fwrite(text, 1, length, log_file);
+    if (std::fwrite(text, 1, length, log_file) != length) {
+        noteLogError();
+    }
 }
 
 void drop(const char* /*text*/, size_t /*length*/, void* /*context*/) {}
@@ -34,7 +47,7 @@ void writeFfmpegLine(void* context, int level, const char* format, va_list argum
     std::array<char, 1024> line;
     av_log_format_line2(context, level, format, arguments, line.data(), static_cast<int>(line.size()),
                         &print_prefix);
-    std::fputs(line.data(), log_file);
+    writeToLog(line.data(), std::strlen(line.data()), nullptr);
 }
 
 }  // namespace
@@ -49,8 +62,21 @@ void redirectLogs(const std::string& path) {
     if (log_file == nullptr) {
         throw std::system_error(errno, std::generic_category(), path);
     }
+    log_name = path;
     ZEL::setLogSink(&writeToLog, nullptr);
     av_log_set_callback(&writeFfmpegLine);
+}
+
+void requireLogs() {
+    if (log_file == nullptr) {
+        return;
+    }
+    if (std::fflush(log_file) != 0) {
+        noteLogError();
+    }
+    if (const int error = log_error.load(); error != 0) {
+        throw OutputError(error, log_name);
+    }
 }
 
 }  // namespace zel_monitor

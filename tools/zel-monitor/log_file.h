@@ -10,6 +10,9 @@ namespace zel_monitor {
 /// the file cannot be written.
 void redirectLogs(const std::string& path);
 
+/// Throws OutputError if the file did not take every line so far.
+void requireLogs();
+
 }  // namespace zel_monitor
 
 #endif  // ZEL_TOOLS_LOG_FILE_H_

@@ -1,13 +1,15 @@
 #include <CLI/App.hpp>
-#include <cstdio>
+#include <csignal>
 #include <exception>
 #include <system_error>
 
 #include "console.h"
+#include "file_names.h"
 #include "log_file.h"
 #include "options.h"
 #include "scan/scan.h"
 #include "selftest/selftest.h"
+#include "standard_streams.h"
 #include "stop_signal.h"
 #include "watch.h"
 
@@ -16,24 +18,23 @@ namespace {
 using namespace zel_monitor;  // NOLINT(google-build-using-namespace): the program is the namespace
 
 int watch(const WatchOptions& options) {
-    Console console;
-    try {
-        redirectLogs(options.log_file);
-    } catch (const std::system_error& error) {
-        console.error(error.what());
+    if (writesOver(options.log_file, options.input)) {
+        complain("--log: " + options.log_file + " is the input");
         return kExitUsage;
     }
     try {
-        return runWatch(options, console, watchStopSignals());
-    } catch (const std::exception& error) {
-        console.error(error.what());
-        return kExitStream;
+        redirectLogs(options.log_file);
+    } catch (const std::system_error& error) {
+        complain(error.what());
+        return kExitUsage;
     }
+    Console console;
+    const int status = runWatch(options, console, watchStopSignals());
+    requireLogs();
+    return status;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
     const auto app = makeCommandLine();
     WatchOptions watch_options;
     WatchOptions demo_options;
@@ -44,8 +45,8 @@ int main(int argc, char** argv) {
     selftest::SelftestOptions selftest_options;
     selftest::addSelftestCommand(*app, selftest_options);
     if (const auto answer = parseArguments(*app, {argv + 1, argv + argc})) {
-        std::fputs(answer->output.c_str(), stdout);
-        std::fputs(answer->error.c_str(), stderr);
+        writeError(answer->error);
+        writeOutput(answer->output);
         return answer->status;
     }
     if (demo_command->parsed()) {
@@ -55,4 +56,23 @@ int main(int argc, char** argv) {
         return watch(watch_options);
     }
     return scan_command->parsed() ? scan::runScan(scan_options) : selftest::runSelftest(selftest_options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    occupyStandardStreams();
+    std::signal(SIGPIPE, SIG_IGN);  // outputs tidy up first
+    try {
+        return run(argc, argv);
+    } catch (const OutputError& error) {
+        if (error.code() == std::errc::broken_pipe) {  // the reader has seen enough
+            std::signal(SIGPIPE, SIG_DFL);
+            std::raise(SIGPIPE);
+        }
+        complain(error.what());
+    } catch (const std::exception& error) {
+        complain(error.what());
+    }
+    return kExitStream;
 }

@@ -7,7 +7,9 @@
 #include <utility>
 
 #include "ffmpeg_handles.h"
+#include "file_names.h"
 #include "frame_converter.h"
+#include "standard_input.h"
 
 extern "C" {
 #include <libavdevice/avdevice.h>
@@ -161,15 +163,25 @@ class MediaSource::Reader {
                 throw FfmpegError(AVERROR_DEMUXER_NOT_FOUND, "unknown input format " + options.format);
             }
         }
+        AVDictionary* settings = nullptr;
         AVFormatContext* format = orOutOfMemory(avformat_alloc_context());
         if (interrupted_ != nullptr) {
             format->interrupt_callback = {.callback = &isInterrupted,
                                           .opaque = const_cast<std::atomic<bool>*>(interrupted_)};
         }
         format->correct_ts_overflow = 0;  // it takes a jump back for a wrap; unwrapped() tells the two apart
-        const std::string url = input == "-" ? "pipe:0" : input;
+        std::string url = input;
+        if (input == "-") {
+            url = "pipe:0";
+            standard_input_ = openStandardInput(interrupted_);
+            format->pb = standard_input_.get();
+        } else if (forced == nullptr && namesFile(input)) {  // whatever colons and patterns are in its name
+            url = "file:" + input;
+            checked(av_dict_set(&settings, "pattern_type", "none", 0));
+        }
         // On failure the context is freed and the pointer cleared.
-        const int result = avformat_open_input(&format, url.c_str(), forced, nullptr);
+        const int result = avformat_open_input(&format, url.c_str(), forced, &settings);
+        av_dict_free(&settings);
         format_.reset(format);
         checked(result);
         checked(avformat_find_stream_info(format_.get(), nullptr));
@@ -371,6 +383,7 @@ class MediaSource::Reader {
     }
 
     const std::atomic<bool>* interrupted_;
+    InputContext standard_input_;  ///< outlives `format_`
     FormatHandle format_;
     Track video_;
     Track audio_;

@@ -4,20 +4,28 @@
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <algorithm>
+#include <cmath>
+#include <cstdlib>
 #include <sstream>
 
 #include "demo_source.h"
+#include "file_names.h"
 
 namespace zel_monitor {
 namespace {
 
+/// "nan" is in every CLI::Range.
+std::string isNumber(const std::string& text) {
+    return std::isnan(std::strtod(text.c_str(), nullptr)) ? text + " is no number" : "";
+}
+
 void addSharedOptions(CLI::App& command, WatchOptions& options) {
     command.footer(
         "Exit status: 0 monitored to the end or stopped with Ctrl-C, 2 wrong usage, 3 the stream could not "
-        "be "
-        "opened or decoded.");
+        "be opened or decoded, or the output not be written.");
     command.add_option("--speed", options.speed, "Stream seconds per second, 0.01 to 1000")
         ->check(CLI::Range(0.01, 1000.0).description(""))
+        ->check(isNumber)
         ->type_name("FACTOR")
         ->capture_default_str();
     command.add_option("--interval", options.interval, "Seconds between heartbeats, 1 to 86400")
@@ -37,8 +45,12 @@ std::shared_ptr<CLI::App> makeCommandLine() {
     auto app = std::make_shared<CLI::App>("Monitors the quality of video and audio streams.", "zel-monitor");
     app->set_version_flag("--version", "zel-monitor " ZEL_VERSION);
     app->require_subcommand(1);
-    app->failure_message([](const CLI::App* /*app*/, const CLI::Error& error) {
-        return std::string("zel-monitor: ") + error.what() + " (--help tells more)\n";
+    app->failure_message([](const CLI::App* program, const CLI::Error& error) {
+        const std::vector<std::string> unknown = program->remaining();
+        const std::string fault = program->get_subcommands().empty() && !unknown.empty()
+                                      ? "'" + unknown.front() + "' is neither a command nor an option"
+                                      : error.what();
+        return "zel-monitor: " + printable(fault) + " (--help tells more)\n";
     });
     return app;
 }

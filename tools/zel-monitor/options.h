@@ -14,9 +14,10 @@ class App;
 namespace zel_monitor {
 
 /// Exit statuses; scripts rely on them. 1 is kept for a stream that violates a policy.
-inline constexpr int kExitDone = 0;    ///< monitored to the end, or stopped by the user
-inline constexpr int kExitUsage = 2;   ///< wrong usage
-inline constexpr int kExitStream = 3;  ///< the stream could not be opened or decoded
+inline constexpr int kExitDone = 0;   ///< monitored to the end, or stopped by the user
+inline constexpr int kExitUsage = 2;  ///< wrong usage
+inline constexpr int kExitStream =
+    3;  ///< the stream could not be opened or decoded, or an output took no more
 
 struct WatchOptions {
     std::string input;

@@ -23,4 +23,8 @@ const std::atomic<bool>& watchStopSignals() {
     return stop_wanted;
 }
 
+void requestStop() {
+    stop_wanted.store(true);
+}
+
 }  // namespace zel_monitor

@@ -9,6 +9,9 @@ namespace zel_monitor {
 /// call that the main thread waits in; the second one ends the program.
 const std::atomic<bool>& watchStopSignals();
 
+/// Sets the same flag. Any thread.
+void requestStop();
+
 }  // namespace zel_monitor
 
 #endif  // ZEL_TOOLS_STOP_SIGNAL_H_

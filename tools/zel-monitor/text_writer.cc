@@ -5,6 +5,7 @@
 #include <set>
 #include <vector>
 
+#include "file_names.h"
 #include "report_fields.h"
 #include "report_writer.h"
 #include "time_text.h"
@@ -24,7 +25,7 @@ constexpr std::string_view kPlainColour = "\033[0m";
 
 /// "match.mp4: h264 1920x1080 25 fps, aac 48000 Hz 2 channels, 0:02:00.0".
 std::string describe(const MediaFacts& facts) {
-    std::string text = facts.input + ':';
+    std::string text = printable(facts.input) + ':';
     std::string_view separator = " ";
     if (facts.video) {
         text +=

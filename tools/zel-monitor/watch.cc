@@ -54,6 +54,7 @@ class Watch {
         if (failure) {
             console_.error(failure->what());
         }
+        console_.requireOutput();
         return failure ? kExitStream : kExitDone;
     }
 

@@ -65,10 +65,12 @@ TEST(Options, WrongUsageIsRefusedWithOneLineThatNamesTheFault) {
         {{"watch", "a", "b"}, "b"},
         {{"watch", "a", "--speed", "0"}, "--speed"},
         {{"watch", "a", "--speed", "fast"}, "--speed"},
+        {{"watch", "a", "--speed", "nan"}, "--speed"},
         {{"watch", "a", "--interval", "-1"}, "--interval"},
         {{"watch", "a", "--interval", "0"}, "--interval"},
         {{"watch", "a", "--frob"}, "--frob"},
         {{"demo", "a"}, "a"},
+        {{"frobnicate"}, "'frobnicate'"},
     };
     for (const auto& [arguments, fault] : cases) {
         const EarlyExit answer = refused(arguments);

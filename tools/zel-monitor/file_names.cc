@@ -1,0 +1,53 @@
+#include "file_names.h"
+
+#include <filesystem>
+#include <fmt/format.h>
+
+namespace zel_monitor {
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path localPath(std::string_view name) {
+    constexpr std::string_view kProtocol = "file:";
+    if (name == "-") {
+        return "/dev/stdin";
+    }
+    return name.starts_with(kProtocol) ? name.substr(kProtocol.size()) : name;
+}
+
+}  // namespace
+
+bool namesFile(const std::string& name) {
+    std::error_code ignored;
+    return fs::exists(name, ignored) && !fs::is_directory(name, ignored);
+}
+
+bool writesOver(const std::string& output, const std::string& other) {
+    std::error_code ignored;
+    const fs::path path = localPath(other);
+    if (fs::exists(output, ignored) || fs::exists(path, ignored)) {
+        return fs::is_regular_file(output, ignored) && fs::equivalent(output, path, ignored);
+    }
+    return fs::weakly_canonical(fs::absolute(output, ignored), ignored) ==
+           fs::weakly_canonical(fs::absolute(path, ignored), ignored);
+}
+
+std::string printable(std::string_view text) {
+    std::string shown;
+    unsigned char previous = 0;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        // Terminals also obey U+0080 to U+009F, in UTF-8 two bytes of which 0xc2 is the first.
+        const bool ends_long_control = previous == 0xc2 && byte >= 0x80 && byte < 0xa0;
+        if (byte < 0x20 || byte == 0x7f || ends_long_control) {
+            shown += fmt::format("\\x{:02x}", byte);
+        } else {
+            shown += c;
+        }
+        previous = byte;
+    }
+    return shown;
+}
+
+}  // namespace zel_monitor
