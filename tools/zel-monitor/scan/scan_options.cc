@@ -4,6 +4,7 @@
 #include <fmt/format.h>
 #include <functional>
 #include <string_view>
+#include <utility>
 
 #include "scan/text.h"
 
@@ -12,20 +13,20 @@ namespace {
 
 constexpr unsigned kMostJobs = 64;
 
-double seconds(std::string_view text) {
+double seconds(const std::string& option, std::string_view text) {
     const auto value = parseSeconds(text);
     if (!value) {
         throw CLI::ValidationError(
-            fmt::format("'{}' is no length of time; write for example 0.5s, 500ms or 2m", text));
+            option, fmt::format("'{}' is no length of time; write for example 0.5s, 500ms or 2m", text));
     }
     return *value;
 }
 
-Kind kind(std::string_view name) {
+Kind kind(const std::string& option, std::string_view name) {
     const auto found = kindByName(name);
     if (!found) {
         throw CLI::ValidationError(
-            fmt::format("'{}' is not a kind of fault; --list-detectors names them all", name));
+            option, fmt::format("'{}' is not a kind of fault; --list-detectors names them all", name));
     }
     return *found;
 }
@@ -37,15 +38,20 @@ void addPerKind(CLI::App& command, const std::string& name, const std::string& h
     command
         .add_option_function<std::vector<std::string>>(
             name,
-            [bare, set = std::move(set)](const std::vector<std::string>& items) {
+            [name, bare, set = std::move(set)](const std::vector<std::string>& items) {
+                PerKind<bool> given{};
                 for (const std::string& item : items) {
                     const size_t equals = item.find('=');
                     if (equals == std::string::npos && !bare) {
                         throw CLI::ValidationError(
-                            fmt::format("'{}' lacks a length of time; write {}=0.5s", item, item));
+                            name, fmt::format("'{}' lacks a length of time; write {}=0.5s", item, item));
                     }
-                    set(kind(item.substr(0, equals)),
-                        equals == std::string::npos ? 0.0 : seconds(item.substr(equals + 1)));
+                    const Kind wanted = kind(name, item.substr(0, equals));
+                    if (std::exchange(given[indexOf(wanted)], true)) {
+                        throw CLI::ValidationError(name,
+                                                   fmt::format("{} is given twice", infoOf(wanted).name));
+                    }
+                    set(wanted, equals == std::string::npos ? 0.0 : seconds(name, item.substr(equals + 1)));
                 }
             },
             help)
@@ -60,8 +66,7 @@ CLI::App* addScanCommand(CLI::App& app, ScanOptions& options) {
     CLI::App* const command = app.add_subcommand("scan", "Find out when a file is broken, and how");
     command->footer(
         "Exit status: 0 clean, 1 an input violates --fail-on, 2 usage, 3 an input could not be analysed to "
-        "its "
-        "end.");
+        "its end, or an output not be written.");
     command->add_option("INPUT", options.inputs, "Files, URLs, or - for standard input");
     command->add_flag("--list-detectors", options.list_detectors,
                       "List the kinds of faults, with the defaults");
@@ -73,7 +78,7 @@ CLI::App* addScanCommand(CLI::App& app, ScanOptions& options) {
         ->add_option_function<std::string>(
             "--stall",
             [&options](const std::string& text) {
-                options.rules[indexOf(Kind::kStall)].min_s = seconds(text);
+                options.rules[indexOf(Kind::kStall)].min_s = seconds("--stall", text);
             },
             "Shortest gap in the timestamps that is an event; as --min stall=TIME")
         ->type_name("TIME");
@@ -90,7 +95,7 @@ CLI::App* addScanCommand(CLI::App& app, ScanOptions& options) {
     auto* const csv = add_format("--csv", Format::kCsv, "One line per event");
     json->excludes(lines)->excludes(csv);
     lines->excludes(csv);
-    formats->add_option("-o,--output", options.output, "Write there instead of to standard output")
+    formats->add_option("-o,--output", options.output, "Write there instead of to standard output (-)")
         ->type_name("FILE");
     formats->add_option("--html", options.html, "Also write a page with the timeline")->type_name("FILE");
     formats->add_flag("-y,--overwrite", options.overwrite, "Overwrite files that exist");
@@ -101,6 +106,12 @@ CLI::App* addScanCommand(CLI::App& app, ScanOptions& options) {
     command->final_callback([&options] {
         if (options.inputs.empty() && !options.list_detectors) {
             throw CLI::RequiredError("INPUT");
+        }
+        if (options.html == "-") {
+            throw CLI::ValidationError("--html", "a page needs a file");
+        }
+        if (options.output == "-") {
+            options.output.clear();
         }
     });
     return command;

@@ -12,14 +12,14 @@ namespace zel_monitor::scan {
 std::optional<double> parseSeconds(std::string_view text) {
     double value = 0.0;
     const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc{} || !std::isfinite(value) || value < 0.0) {
+    if (error != std::errc{} || std::signbit(value)) {
         return std::nullopt;
     }
     const std::string_view unit = text.substr(static_cast<size_t>(rest - text.data()));
     constexpr std::array<std::pair<std::string_view, double>, 5> kUnits{
         {{"", 1.0}, {"s", 1.0}, {"ms", 0.001}, {"m", 60.0}, {"h", 3600.0}}};
     for (const auto& [name, seconds] : kUnits) {
-        if (unit == name) {
+        if (unit == name && std::isfinite(value * seconds)) {
             return value * seconds;
         }
     }

@@ -7,7 +7,7 @@
 
 namespace zel_monitor::scan {
 
-/// "0.5s", "500ms", "2m", "1h" or plain seconds; none if it is anything else or negative.
+/// "0.5s", "500ms", "2m", "1h" or plain seconds; none if it is anything else, negative or too large.
 std::optional<double> parseSeconds(std::string_view text);
 
 /// Stream time as "h:mm:ss.mmm", with a sign if it is before the stream's beginning.
