@@ -1,9 +1,14 @@
 #!/usr/bin/python3
 """Walks `zel-monitor scan` through inputs of every sort, its outputs and its exit statuses."""
+import contextlib
 import csv
 import io
 import json
+import os
+import pty
+import signal
 import subprocess
+import termios
 import time
 import unittest
 
@@ -229,12 +234,15 @@ class Outputs(ScanTest):
             ["--min", "black", self.faulty],
             ["--fail-on", "black=soon", self.faulty],
             ["--json", "--csv", self.faulty],
+            ["--gap", "black=-0", self.faulty],
+            ["--min", "black=1s,black=2s", self.faulty],
             ["-j", "0", self.faulty],
+            ["--html", "-", self.faulty],
         ):
             with self.subTest(wrong):
                 done = run("scan", *wrong)
                 self.assertEqual(done.returncode, 2, done.stdout)
-                self.assertTrue(done.stderr)
+                self.assertIn(wrong[0] if wrong else "INPUT", done.stderr.decode())
 
     def test_first_progress_line_comes_within_a_second_of_an_input_that_says_nothing(self):
         start = time.monotonic()
@@ -244,6 +252,140 @@ class Outputs(ScanTest):
             self.assertIn(b"0:00:00", line)
             process.stdin.close()
         self.assertEqual(process.returncode, 3)
+
+    def test_bar_fits_the_terminal_and_counts_inputs_of_unknown_length(self):
+        primary, terminal = pty.openpty()
+        termios.tcsetwinsize(terminal, (24, 34))
+        with subprocess.Popen([PROGRAM, "scan", self.faulty, "-"], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, stderr=terminal) as process:
+            shown = b""
+            while shown.count(b"\r") < 3:
+                shown += os.read(primary, 1000)
+            process.stdin.close()
+        bars = [bar.removesuffix(b"\x1b[K") for bar in shown.split(b"\r")[1:-1]]
+        self.assertIn(b"[############............]  50% ", bars[-1])
+        self.assertEqual(len(bars[-1]), 33)
+        os.close(primary)
+        os.close(terminal)
+
+
+class Endings(ScanTest):
+    """Outputs that fail, files that must not be lost, and scans that are stopped."""
+
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.faulty = cls.clip_of("faulty.mkv", FAULTY, "-c:v mpeg4")
+
+    def setUp(self):
+        self.work = self.folder / self.id().rpartition(".")[2]
+        self.work.mkdir()
+
+    def files(self):
+        return sorted(path.name for path in self.work.iterdir())
+
+    def start(self, *arguments, **options):
+        """A scan of standard input, whose writer stays silent."""
+        streams = {"stdin": subprocess.PIPE, "stdout": subprocess.PIPE, "stderr": subprocess.PIPE} | options
+        return subprocess.Popen([PROGRAM, "scan", *map(str, arguments)], **streams)
+
+    def feed(self, process):
+        """Writes a clip to the scan, which may end before it has read all."""
+        with contextlib.suppress(BrokenPipeError):
+            process.stdin.write(self.faulty.read_bytes())
+            process.stdin.flush()
+
+    def test_standard_error_that_takes_nothing_ends_nothing(self):
+        with open("/dev/full", "wb") as full, self.start("-", stderr=full) as process:
+            time.sleep(1)  # the first progress line
+            table, _ = process.communicate(self.faulty.read_bytes())
+            self.assertEqual(process.returncode, 0)
+            self.assertIn(b"black", table)
+            refused = subprocess.run([PROGRAM, "scan", self.faulty, "-o", self.faulty], stderr=full, check=False)
+            self.assertEqual(refused.returncode, 2)
+
+    def test_closed_standard_streams_are_not_taken_by_files(self):
+        target = self.work / "events.csv"
+        with self.start("-", "--csv", "-o", target, preexec_fn=lambda: os.close(2)) as process:
+            time.sleep(1)  # the first progress line
+            process.communicate(self.faulty.read_bytes())
+        self.assertEqual({line.split(",")[0] for line in target.read_text().splitlines()}, {"input", "-"})
+
+    def test_output_that_takes_no_more_ends_the_run_and_no_input_is_blamed(self):
+        for output in (["--jsonl", "-o", "/dev/full"], ["--csv", "-o", "/dev/full"], ["-o", "/dev/full"]):
+            with self.subTest(output):
+                done = run("scan", "-q", self.faulty, self.faulty, *output)
+                self.assertEqual(done.returncode, 3)
+                self.assertEqual(done.stderr, b"zel-monitor: /dev/full: No space left on device\n")
+                self.assertEqual(done.stdout, b"")
+
+    def test_output_that_takes_no_more_does_not_wait_for_a_silent_input(self):
+        with self.start("-q", "--jsonl", "-", "-o", "/dev/full") as process:
+            self.feed(process)
+            self.assertIn(b"No space left", process.stderr.read())
+            self.assertEqual(process.wait(), 3)
+
+    def test_reader_that_has_seen_enough_ends_the_run_quietly(self):
+        with self.start("-q", "--csv", "-", "--html", self.work / "page.html") as process:
+            process.stdout.readline()
+            process.stdout.close()
+            self.feed(process)
+            self.assertEqual(process.stderr.read(), b"")
+            self.assertEqual(process.wait(), -signal.SIGPIPE)
+        self.assertEqual(self.files(), [])
+
+    def test_no_input_or_output_is_written_over(self):
+        clip = self.work / "clip.mkv"
+        clip.write_bytes(self.faulty.read_bytes())
+        for outputs in (["-o", clip], ["--html", f"{self.work}/../{self.work.name}/clip.mkv"], ["-o", "x", "--html", "./x"]):
+            with self.subTest(outputs):
+                done = run("scan", "-q", clip, *outputs, "-y", cwd=self.work)
+                self.assertEqual(done.returncode, 2)
+                self.assertEqual(self.files(), ["clip.mkv"])
+        with clip.open("rb") as stream:
+            self.assertEqual(run("scan", "-", "-o", clip, "-y", stdin=stream).returncode, 2)
+        self.assertEqual(run("watch", clip, "--log", clip).returncode, 2)
+        self.assertEqual(clip.read_bytes(), self.faulty.read_bytes())
+
+    def test_refused_run_leaves_no_file(self):
+        for form in ("--json", "--jsonl", "--csv"):
+            done = run("scan", "-q", self.faulty, form, "-o", self.work / "report", "--html", self.work / "none/page")
+            self.assertEqual(done.returncode, 2)
+            self.assertEqual(self.files(), [])
+
+    def test_interrupted_scan_reports_what_was_analysed(self):
+        page = self.work / "page.html"
+        with self.start("-q", "--jsonl", "-", self.faulty, "--fail-on", "mute", "--html", page) as process:
+            self.feed(process)
+            while json.loads(process.stdout.readline())["kind"] != "black":
+                pass
+            process.send_signal(signal.SIGINT)
+            self.assertNotIn(b"short", process.stdout.read())  # a stop is no early end of the stream
+            first, second = process.stderr.read().decode().splitlines()
+            self.assertEqual(process.wait(), 3)
+        self.assertEqual(first, "-: INCOMPLETE, no pass: stopped before its end")
+        self.assertEqual(second, f"{self.faulty}: INCOMPLETE, no pass: not begun, the scan was stopped")
+        self.assertTrue(page.stat().st_size)
+
+    def test_names_that_look_like_urls_and_patterns(self):
+        (self.work / "12:30.mkv").write_bytes(self.faulty.read_bytes())
+        (self.work / "p%03d.png").write_bytes(self.clip_of("black.png", BLACK, "-frames:v 1").read_bytes())
+        report = self.scan("12:30.mkv", "p%03d.png", cwd=self.work)
+        self.assertEqual([part["input"] for part in report["inputs"]], ["12:30.mkv", "p%03d.png"])
+        self.assert_events(report["inputs"][0], BLACK_EVENT)
+        self.assert_events(report["inputs"][1], ("black", 0.0, 0.04))
+
+    def test_names_are_exact_for_machines_and_harmless_on_terminals(self):
+        name = "a\x1b[2J\nb.mkv"
+        (self.work / name).write_bytes(self.faulty.read_bytes())
+        self.assertEqual(self.scan_one(name, cwd=self.work)["input"], name)
+        self.assertIn(b"a\\x1b[2J\\x0ab.mkv\n", run("scan", "-q", name, "-o", "-", cwd=self.work).stdout)
+        self.assertEqual(self.files(), [name])
+
+    def test_demo_stream_has_one_name(self):
+        report = self.work / "report.json"
+        done = run("scan", "-q", "demo:", "--json", "-o", report)
+        self.assertEqual(done.stdout.splitlines()[0], b"demo:")
+        self.assertEqual(json.loads(report.read_text())["inputs"][0]["input"], "demo:")
 
 
 if __name__ == "__main__":

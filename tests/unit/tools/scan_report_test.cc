@@ -1,4 +1,5 @@
 #include <cmath>
+#include <filesystem>
 #include <limits>
 #include <string>
 #include <vector>
@@ -6,12 +7,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "file_names.h"
 #include "scan/output_file.h"
 #include "scan/progress.h"
 #include "scan/report.h"
 #include "scan/series.h"
 #include "scan/text.h"
 #include "scan/writers.h"
+#include "standard_streams.h"
 #include "support/clip.h"
 
 namespace {
@@ -94,14 +97,82 @@ TEST(ScanReport, WritersQuoteNamesAndNeverPrintANumberThatIsNone) {
               "\"clip, \"\"one\"\".mp4\",black,10.000000,12.000000,2.000000,1.000000,false\n");
 }
 
-TEST(ScanReport, ExistingFileIsOverwrittenOnlyWhenAskedFor) {
+std::string contentOf(const std::string& path) {
+    const auto bytes = support::readFile(path);
+    return {bytes.begin(), bytes.end()};
+}
+
+void writeWhole(const std::string& path, bool overwrite, std::string_view text) {
+    OutputFile file(path, overwrite, Appears::kWhenComplete);
+    file.write(text);
+    file.complete();
+}
+
+TEST(OutputFile, ReplacesWhatExistsOnlyWhenAskedFor) {
     const support::ScratchDir dir;
     const std::string path = dir.file("report.json");
-    OutputFile(path, false).write("first");
-    EXPECT_THROW(OutputFile(path, false), std::runtime_error);
-    OutputFile(path, true).write("2nd");
-    EXPECT_EQ(support::readFile(path), std::vector<char>({'2', 'n', 'd'}));
-    EXPECT_THROW(OutputFile(dir.file("no/such/place"), false), std::runtime_error);
+    writeWhole(path, false, "first");
+    EXPECT_THROW(OutputFile(path, false, Appears::kAtOnce), std::runtime_error);
+    EXPECT_EQ(contentOf(path), "first");
+    writeWhole(path, true, "2nd");
+    EXPECT_EQ(contentOf(path), "2nd");
+    std::filesystem::create_symlink(path, dir.file("link"));
+    writeWhole(dir.file("link"), true, "third");
+    EXPECT_EQ(contentOf(path), "third") << "where the link points to";
+    EXPECT_THROW(OutputFile(dir.file("no/such/place"), false, Appears::kAtOnce), std::runtime_error);
+    EXPECT_THROW(OutputFile(dir.file(""), true, Appears::kAtOnce), std::runtime_error);
+}
+
+TEST(OutputFile, NeverReplacesWhatCameMeanwhile) {
+    const support::ScratchDir dir;
+    const std::string path = dir.file("report.json");
+    {
+        OutputFile file(path, false, Appears::kWhenComplete);
+        support::writeFile(path, {'x'});
+        EXPECT_THROW(file.complete(), zel_monitor::OutputError);
+    }
+    EXPECT_EQ(contentOf(path), "x");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.file("")), {}), 1) << "nothing else left";
+}
+
+TEST(OutputFile, LeavesNothingBehindThatBlocksTheNextRun) {
+    const support::ScratchDir dir;
+    const std::string path = dir.file("events.jsonl");
+    for (const Appears appears : {Appears::kAtOnce, Appears::kWhenComplete}) {
+        { const OutputFile empty(path, false, appears); }
+        EXPECT_TRUE(std::filesystem::is_empty(dir.file("")));
+    }
+    {
+        OutputFile file(path, false, Appears::kAtOnce);
+        file.write("an event\n");
+        EXPECT_EQ(contentOf(path), "an event\n") << "can be followed";
+    }
+    EXPECT_EQ(contentOf(path), "an event\n") << "what was found stays";
+    OutputFile(dir.file("none.jsonl"), false, Appears::kAtOnce).complete();
+    EXPECT_EQ(contentOf(dir.file("none.jsonl")), "");
+}
+
+TEST(FileNames, KnowWhenAnOutputWouldDestroyAnotherFile) {
+    const support::ScratchDir dir;
+    const std::string file = dir.file("a.mkv");
+    support::writeFile(file, {'x'});
+    std::filesystem::create_symlink(file, dir.file("link"));
+    using zel_monitor::writesOver;
+    EXPECT_TRUE(writesOver(dir.file("./a.mkv"), file));
+    EXPECT_TRUE(writesOver(dir.file("link"), file));
+    EXPECT_TRUE(writesOver(file, "file:" + file));
+    EXPECT_TRUE(writesOver("new.html", "./new.html"));
+    EXPECT_FALSE(writesOver(dir.file("b.mkv"), file));
+    EXPECT_FALSE(writesOver("/dev/null", "/dev/null"));
+    EXPECT_FALSE(writesOver("", "-"));
+}
+
+TEST(FileNames, AreShownWithoutControlCharacters) {
+    EXPECT_EQ(zel_monitor::printable("a\x1b[2J"
+                                     "b\n\x7f.mkv"),
+              "a\\x1b[2Jb\\x0a\\x7f.mkv");
+    EXPECT_EQ(zel_monitor::printable("\xc2\x9b"), "\xc2\\x9b");
+    EXPECT_EQ(zel_monitor::printable("\u00dcbung \u00b0.mkv"), "\u00dcbung \u00b0.mkv");
 }
 
 TEST(ScanText, ReadsLengthsOfTime) {
@@ -109,7 +180,7 @@ TEST(ScanText, ReadsLengthsOfTime) {
     EXPECT_EQ(parseSeconds("500ms"), 0.5);
     EXPECT_EQ(parseSeconds("2m"), 120.0);
     EXPECT_EQ(parseSeconds("3"), 3.0);
-    for (const char* const bad : {"", "s", "-1s", "1 s", "1x", "nan", "inf"}) {
+    for (const char* const bad : {"", "s", "-1s", "1 s", "1x", "nan", "inf", "-0", "1e308h"}) {
         EXPECT_FALSE(parseSeconds(bad)) << bad;
     }
     EXPECT_EQ(clockText(3661.9996), "1:01:02.000");
@@ -132,8 +203,17 @@ TEST(ScanSeries, HalvesItsStepsInsteadOfGrowing) {
 TEST(ScanProgress, LineTellsSpeedAndTimeToGo) {
     EXPECT_EQ(progressText({.position_s = 30, .length_s = 120, .elapsed_s = 3, .events = 1}, 8),
               "[##......]  25% 0:00:30/0:02:00, 10.0x, 0:00:09 to go, 1 event");
-    EXPECT_EQ(progressText({.position_s = 30, .length_s = {}, .elapsed_s = 3, .events = 2, .inputs = 3}, 8),
-              "0:00:30, 10.0x, 2 events, input 1 of 3");
+    EXPECT_EQ(progressText({.position_s = 30, .length_s = {}, .elapsed_s = 3, .events = 2}, 8),
+              "0:00:30, 10.0x, 2 events");
+    EXPECT_EQ(progressText({.position_s = 30,
+                            .length_s = {},
+                            .elapsed_s = 3,
+                            .events = 2,
+                            .inputs = 4,
+                            .inputs_done = 1,
+                            .inputs_share = 0.375},
+                           8),
+              "[###.....]  38% 0:00:30, 10.0x, 0:00:05 to go, 2 events, input 2 of 4");
 }
 
 }  // namespace

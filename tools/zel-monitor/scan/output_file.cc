@@ -1,39 +1,121 @@
 #include "scan/output_file.h"
 
 #include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
 #include <filesystem>
 #include <stdexcept>
+#include <sys/stat.h>
 #include <system_error>
+#include <unistd.h>
+
+#include "standard_streams.h"
 
 namespace zel_monitor::scan {
 namespace {
 
-std::string systemReason() {
-    return std::generic_category().message(errno);
+namespace fs = std::filesystem;
+
+/// Renames a file unless the new name is taken.
+bool moveToFreeName(const std::string& from, const std::string& to) {
+    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
+        return true;
+    }
+    // Not every file system can do that.
+    return errno == EINVAL && link(from.c_str(), to.c_str()) == 0 && unlink(from.c_str()) == 0;
+}
+
+/// The permissions of the file that is replaced, or those of any new file.
+mode_t permissionsFor(const std::string& path) {
+    struct stat state = {};
+    if (stat(path.c_str(), &state) == 0) {
+        return state.st_mode & 07777U;
+    }
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666U & ~mask;
 }
 
 }  // namespace
 
+OutputFile::OutputFile(const std::string& path, bool overwrite, Appears appears)
+    : OutputFile(path, overwrite) {
+    if (appears == Appears::kAtOnce) {
+        publish();
+    }
+}
+
 OutputFile::OutputFile(const std::string& path, bool overwrite)
-    : name_(path.empty() ? "standard output" : path), file_(path.empty() ? stdout : nullptr) {
-    if (file_) {
+    : name_(path.empty() ? "standard output" : path),
+      path_(path),
+      overwrite_(overwrite),
+      descriptor_(STDOUT_FILENO) {
+    if (path.empty()) {
         return;
     }
     std::error_code ignored;
-    const bool may_replace = overwrite || std::filesystem::is_character_file(path, ignored) ||
-                             std::filesystem::is_fifo(path, ignored);
-    file_.reset(std::fopen(path.c_str(), may_replace ? "wb" : "wbx"));
-    if (!file_) {
-        throw std::runtime_error(errno == EEXIST ? path + " exists already; give -y to overwrite it"
-                                                 : path + ": " + systemReason());
+    const fs::file_status status = fs::status(path, ignored);
+    const bool replaceable =
+        !fs::is_character_file(status) && !fs::is_fifo(status) && !fs::is_directory(status);
+    if (replaceable && !overwrite && fs::exists(fs::symlink_status(path, ignored))) {
+        throw std::runtime_error(path + " exists already; give -y to overwrite it");
+    }
+    if (fs::exists(status) && !fs::is_regular_file(status)) {
+        descriptor_ = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    } else {
+        create();
+    }
+    if (descriptor_ < 0) {
+        throw std::runtime_error(path + ": " + std::generic_category().message(errno));
+    }
+}
+
+OutputFile::~OutputFile() {
+    if (!pending_.empty()) {
+        unlink(pending_.c_str());
+    }
+    if (descriptor_ != STDOUT_FILENO) {
+        close(descriptor_);
     }
 }
 
 void OutputFile::write(std::string_view text) {
-    if (std::fwrite(text.data(), 1, text.size(), file_.get()) != text.size() ||
-        std::fflush(file_.get()) != 0) {
-        throw std::runtime_error(name_ + ": " + systemReason());
+    if (const int error = writeAll(descriptor_, text); error != 0) {
+        throw OutputError(error, name_);
     }
+    if (published_) {
+        pending_.clear();
+    }
+}
+
+void OutputFile::complete() {
+    publish();
+    pending_.clear();
+}
+
+void OutputFile::create() {
+    std::error_code ignored;
+    if (const fs::path target = fs::canonical(path_, ignored); !target.empty()) {
+        path_ = target.string();
+    }
+    std::string file = (fs::path(path_).parent_path() / ".zel-monitor-XXXXXX").string();
+    descriptor_ = mkostemp(file.data(), O_CLOEXEC);
+    if (descriptor_ >= 0) {
+        pending_ = file;
+        fchmod(descriptor_, permissionsFor(path_));
+    }
+}
+
+void OutputFile::publish() {
+    if (pending_.empty() || published_) {
+        return;
+    }
+    if (overwrite_ ? std::rename(pending_.c_str(), path_.c_str()) != 0 : !moveToFreeName(pending_, path_)) {
+        throw OutputError(errno, name_);
+    }
+    published_ = true;
+    pending_ = path_;
 }
 
 }  // namespace zel_monitor::scan

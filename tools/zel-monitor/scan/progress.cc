@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "scan/text.h"
+#include "standard_streams.h"
 
 namespace zel_monitor::scan {
 namespace {
@@ -25,23 +26,25 @@ std::string coarseClock(double seconds) {
 }  // namespace
 
 std::string progressText(const ProgressState& state, size_t bar_width) {
+    const bool known = state.length_s && *state.length_s > 0.0;
+    const double share =
+        std::clamp(known ? state.position_s / *state.length_s : state.inputs_share, 0.0, 1.0);
     const double speed = state.elapsed_s > 0.0 ? state.position_s / state.elapsed_s : 0.0;
     std::string text;
-    if (state.length_s && *state.length_s > 0.0) {
-        const double share = std::clamp(state.position_s / *state.length_s, 0.0, 1.0);
+    if (known || state.inputs > 1) {
         if (bar_width > 0) {
             const auto full = static_cast<size_t>(share * static_cast<double>(bar_width));
             text = fmt::format("[{}{}] ", std::string(full, '#'), std::string(bar_width - full, '.'));
         }
-        text += fmt::format("{:3.0f}% {}/{}", share * 100.0, coarseClock(state.position_s),
-                            coarseClock(*state.length_s));
-    } else {
-        text = coarseClock(state.position_s);
+        text += fmt::format("{:3.0f}% ", share * 100.0);
+    }
+    text += coarseClock(state.position_s);
+    if (known) {
+        text += '/' + coarseClock(*state.length_s);
     }
     text += fmt::format(", {:.1f}x", speed);
-    if (state.length_s && speed > 0.0) {
-        const double left_s = std::max(*state.length_s - state.position_s, 0.0) / speed;
-        text += fmt::format(", {} to go", coarseClock(left_s));
+    if (share > 0.0) {
+        text += fmt::format(", {} to go", coarseClock(state.elapsed_s * (1.0 - share) / share));
     }
     text += fmt::format(", {} event{}", state.events, state.events == 1 ? "" : "s");
     if (state.inputs > 1) {
@@ -80,11 +83,11 @@ void Progress::run() {
     milliseconds wait = kFirst;
     while (!ended_.wait_for(lock, wait, [this] { return stopping_; })) {
         if (terminal_) {
-            fmt::print(stderr, "\r{}\x1b[K", progressText(state(), kBarWidth));
-            std::fflush(stderr);
+            // A bar that wraps could not be drawn over.
+            writeError('\r' + progressText(state(), kBarWidth).substr(0, terminalColumns() - 1) + "\x1b[K");
             bar_shown_ = true;
         } else {
-            fmt::print(stderr, "{}\n", progressText(state(), 0));
+            writeError(progressText(state(), 0) + '\n');
         }
         wait = terminal_ ? kBarEvery : kLineEvery;
     }
@@ -101,19 +104,24 @@ ProgressState Progress::state() const {
         all.position_s += position_s;
         all.events += slot.events;
         all.inputs_done += slot.done ? size_t{1} : size_t{0};
+        if (slot.done) {
+            all.inputs_share += 1.0;
+        } else if (length_s > 0.0) {
+            all.inputs_share += std::min(position_s / length_s, 1.0);
+        }
         if (length_s <= 0.0 && !slot.done) {
             all.length_s.reset();  // and stays unknown
         } else if (all.length_s) {
             *all.length_s += length_s;
         }
     }
+    all.inputs_share /= static_cast<double>(slots_.size());
     return all;
 }
 
 void Progress::clearBar() {
     if (bar_shown_) {
-        fmt::print(stderr, "\r\x1b[K");
-        std::fflush(stderr);
+        writeError("\r\x1b[K");
         bar_shown_ = false;
     }
 }

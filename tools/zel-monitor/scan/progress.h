@@ -22,6 +22,7 @@ struct ProgressState {
     size_t events = 0;
     size_t inputs = 1;
     size_t inputs_done = 0;
+    double inputs_share = 0.0;  ///< mean share of each input that is done; 0 for one that does not say
 };
 
 /// One line without its end: position, speed as a multiple of real time, time to go, events; with a bar that

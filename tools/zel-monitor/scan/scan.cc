@@ -3,12 +3,12 @@
 #include <zel/base/log.h>
 
 #include <atomic>
-#include <cstdio>
 #include <exception>
 #include <fmt/format.h>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -16,41 +16,72 @@ extern "C" {
 #include <libavutil/log.h>
 }
 
+#include "file_names.h"
 #include "scan/output_file.h"
 #include "scan/page.h"
 #include "scan/progress.h"
 #include "scan/scan_input.h"
 #include "scan/writers.h"
+#include "standard_streams.h"
+#include "stop_signal.h"
 
 namespace zel_monitor::scan {
 namespace {
 
-void complain(const std::exception& error) {
-    fmt::print(stderr, "zel-monitor: {}\n", error.what());
+/// What stands for an input that is not begun, because the scan was stopped.
+InputScan notBegun(const std::string& input) {
+    InputScan scan;
+    scan.report.facts.input = input;
+    scan.report.problem = "not begun, the scan was stopped";
+    return scan;
 }
 
-/// The files of one scan, opened before any work is done.
-struct Outputs {
-    explicit Outputs(const ScanOptions& options) : report(options.output, options.overwrite) {
-        if (options.format != Format::kTable && !options.output.empty()) {
-            table = std::make_unique<OutputFile>("", false);
+/// Which output would destroy another file of the command line, if any.
+std::optional<std::string> collision(const ScanOptions& options) {
+    for (const std::string& output : {options.output, options.html}) {
+        for (const std::string& input : options.inputs) {
+            if (!output.empty() && writesOver(output, input)) {
+                return fmt::format("{} is an input, and would be overwritten", output);
+            }
         }
-        if (!options.html.empty()) {
-            page = std::make_unique<OutputFile>(options.html, options.overwrite);
+    }
+    if (!options.output.empty() && !options.html.empty() && writesOver(options.html, options.output)) {
+        return fmt::format("{} cannot hold both the report and the page", options.output);
+    }
+    return std::nullopt;
+}
+
+/// The files of one scan, made before any work is done.
+struct Outputs {
+    explicit Outputs(const ScanOptions& options)
+        : page(options.html.empty()
+                   ? nullptr
+                   : std::make_unique<OutputFile>(options.html, options.overwrite, Appears::kWhenComplete)),
+          table(options.format == Format::kTable || options.output.empty()
+                    ? nullptr
+                    : std::make_unique<OutputFile>("", false, Appears::kAtOnce)),
+          report(options.output, options.overwrite,
+                 options.format == Format::kJson ? Appears::kWhenComplete : Appears::kAtOnce) {}
+
+    void complete() {
+        report.complete();
+        if (page) {
+            page->complete();
         }
     }
 
-    OutputFile report;
-    std::unique_ptr<OutputFile> table;  ///< standard output, if the report goes to a file and is for machines
     std::unique_ptr<OutputFile> page;
+    std::unique_ptr<OutputFile> table;  ///< standard output, if the report goes to a file and is for machines
+    OutputFile report;                  ///< last: it may replace a file at once
 };
 
 /// One run of the command.
 class Scan {
   public:
-    Scan(const ScanOptions& options, Outputs& outputs)
+    Scan(const ScanOptions& options, Outputs& outputs, const std::atomic<bool>& stop)
         : options_(options),
           outputs_(outputs),
+          stop_(stop),
           progress_(options.inputs.size(), options.quiet),
           scans_(options.inputs.size()) {}
 
@@ -58,13 +89,15 @@ class Scan {
         if (options_.format == Format::kCsv) {
             outputs_.report.write(csvHeader());
         }
-        std::vector<std::thread> helpers;
-        for (size_t i = 1; i < std::min<size_t>(options_.jobs, scans_.size()); ++i) {
-            helpers.emplace_back([this] { work(); });
-        }
-        work();
-        for (std::thread& helper : helpers) {
-            helper.join();
+        {
+            std::vector<std::jthread> helpers;
+            try {
+                for (size_t i = 1; i < std::min<size_t>(options_.jobs, scans_.size()); ++i) {
+                    helpers.emplace_back([this] { work(); });
+                }
+            } catch (const std::system_error&) {  // no more threads to be had: fewer do the work as well
+            }
+            work();
         }
         if (failure_) {
             std::rethrow_exception(failure_);
@@ -77,29 +110,49 @@ class Scan {
     void work() {
         try {
             for (size_t i = next_++; i < scans_.size(); i = next_++) {
-                InputScan scan =
-                    scanInput(options_.inputs[i], options_.rules, outputs_.page != nullptr, progress_.slot(i),
-                              [this, i](const Event& event) { writeEvent(options_.inputs[i], event); });
-                finishInput(i, std::move(scan));
+                const std::string& input = options_.inputs[i];
+                finishInput(i, stop_ ? notBegun(input) : scanInput(input, i));
             }
-        } catch (...) {  // an output that takes no more; the inputs that are left would be for nothing
-            next_ = scans_.size();
-            const std::lock_guard lock(mutex_);
-            failure_ = std::current_exception();
+        } catch (...) {
+            abandon();
         }
     }
 
+    InputScan scanInput(const std::string& input, size_t i) {
+        const auto on_event = [this, &input](const Event& event) { writeEvent(input, event); };
+        return scan::scanInput(input, options_.rules, outputs_.page != nullptr, progress_.slot(i), on_event,
+                               stop_);
+    }
+
+    /// Ends the run with the exception at hand, of an output that takes no more: all further work would be
+    /// for nothing.
+    void abandon() {
+        const std::lock_guard lock(mutex_);
+        failure_ = std::current_exception();
+        next_ = scans_.size();
+        requestStop();
+    }
+
+    /// Does not throw: the input is not to blame.
     void writeEvent(const std::string& input, const Event& event) {
-        if (options_.format == Format::kJsonLines || options_.format == Format::kCsv) {
-            const std::string line =
-                options_.format == Format::kCsv ? csvLine(input, event) : eventLine(input, event);
+        if (options_.format != Format::kJsonLines && options_.format != Format::kCsv) {
+            return;
+        }
+        const std::string line =
+            options_.format == Format::kCsv ? csvLine(input, event) : eventLine(input, event);
+        try {
             progress_.withoutBar([&] { outputs_.report.write(line); });
+        } catch (const OutputError&) {
+            abandon();
         }
     }
 
     /// Shows the tables in the order of the inputs, whichever is ready first.
     void finishInput(size_t i, InputScan scan) {
         const std::lock_guard lock(mutex_);
+        if (failure_) {
+            return;
+        }
         scans_[i] = std::move(scan);
         for (; shown_ < scans_.size() && scans_[shown_]; ++shown_) {
             show(scans_[shown_]->report);
@@ -113,8 +166,8 @@ class Scan {
             progress_.withoutBar([&] { table->write(inputTable(report, options_.policy)); });
         } else if (!verdict.empty() || report.problem) {
             progress_.withoutBar([&] {
-                fmt::print(stderr, "{}: {}\n", report.facts.input,
-                           verdict.empty() ? *report.problem : verdict);
+                writeError(fmt::format("{}: {}\n", printable(report.facts.input),
+                                       verdict.empty() ? *report.problem : verdict));
             });
         }
     }
@@ -144,11 +197,13 @@ class Scan {
             outputs_.page->write(
                 pageHtml({{"report", reportJson(reports, options_)}, {"records", std::move(records)}}));
         }
+        outputs_.complete();
         return exitStatus(reports, options_.policy);
     }
 
     const ScanOptions& options_;
     Outputs& outputs_;
+    const std::atomic<bool>& stop_;
     Progress progress_;
     std::atomic<size_t> next_{0};
     std::mutex mutex_;
@@ -163,29 +218,28 @@ void discardLog(const char* /*text*/, size_t /*length*/, void* /*context*/) {}
 
 int runScan(const ScanOptions& options) {
     if (options.list_detectors) {
-        fmt::print("{}", detectorTable());
+        writeOutput(detectorTable());
         return kClean;
     }
     if (!options.html.empty() && !hasPage()) {
-        fmt::print(stderr,
-                   "zel-monitor: --html: this program was built without the page (ZEL_BUILD_PAGE=OFF)\n");
+        complain("--html: this program was built without the page (ZEL_BUILD_PAGE=OFF)");
         return kUsage;
     }
+    if (const auto fault = collision(options)) {
+        complain(*fault);
+        return kUsage;
+    }
+    const std::atomic<bool>& stop = watchStopSignals();
     std::unique_ptr<Outputs> outputs;
     try {
         outputs = std::make_unique<Outputs>(options);
     } catch (const std::exception& error) {
-        complain(error);
+        complain(error.what());
         return kUsage;
     }
     ZEL::setLogSink(&discardLog, nullptr);  // the detectors log every picture like its predecessor
     av_log_set_level(AV_LOG_QUIET);         // what is wrong with an input stands in its report
-    try {
-        return Scan(options, *outputs).run();
-    } catch (const std::exception& error) {
-        complain(error);
-        return kNotAnalysed;
-    }
+    return Scan(options, *outputs, stop).run();
 }
 
 }  // namespace zel_monitor::scan

@@ -5,7 +5,8 @@
 
 namespace zel_monitor::scan {
 
-/// Scans the inputs, writes what was asked for and gives the program's exit status.
+/// Scans the inputs, writes what was asked for and gives the program's exit status. The first Ctrl-C
+/// ends the scan early, with all that was found until then. Throws OutputError.
 int runScan(const ScanOptions& options);
 
 }  // namespace zel_monitor::scan

@@ -72,7 +72,7 @@ std::optional<std::string> missingEnd(const InputReport& report, const std::opti
 }
 
 void analyse(MediaSource& source, const EventRules& rules, InputScan& scan, Progress::Slot& progress,
-             Findings& findings) {
+             Findings& findings, const std::atomic<bool>& stop) {
     InputReport& report = scan.report;
     const Tracks tracks{.video = report.facts.video.has_value(), .audio = report.facts.audio.has_value()};
     Analyser analyser(rules, tracks, findings);
@@ -90,7 +90,7 @@ void analyse(MediaSource& source, const EventRules& rules, InputScan& scan, Prog
     report.counts = source.counts();
     const bool anything = report.counts.pictures + report.counts.sounds > 0;
     const auto declared_s =
-        anything && !report.facts.duration_estimated ? report.facts.duration : std::nullopt;
+        anything && !stop && !report.facts.duration_estimated ? report.facts.duration : std::nullopt;
     analyser.finish(declared_s);
     report.length_s = analyser.reached();
     if (!report.problem) {
@@ -101,21 +101,25 @@ void analyse(MediaSource& source, const EventRules& rules, InputScan& scan, Prog
 }  // namespace
 
 InputScan scanInput(const std::string& input, const EventRules& rules, bool with_record,
-                    Progress::Slot& progress, const std::function<void(const Event&)>& on_event) {
+                    Progress::Slot& progress, const std::function<void(const Event&)>& on_event,
+                    const std::atomic<bool>& stop) {
     InputScan scan;
     InputReport& report = scan.report;
     report.facts.input = input;
     try {
-        MediaSource source = openInput(input, {});
+        MediaSource source = openInput(input, {.label = input, .interrupted = &stop});
         report.facts = source.facts();
         progress.length_s = report.facts.duration.value_or(0.0);
         if (with_record) {
             scan.record.emplace(report.facts.video ? report.facts.video->frame_rate : 0.0);
         }
         Findings findings(scan, progress, on_event);
-        analyse(source, rules, scan, progress, findings);
+        analyse(source, rules, scan, progress, findings, stop);
     } catch (const std::exception& error) {
         report.problem = reasonFrom(error.what(), input);
+    }
+    if (stop) {
+        report.problem = "stopped before its end";
     }
     std::stable_sort(report.events.begin(), report.events.end(),
                      [](const Event& a, const Event& b) { return a.span.start_s < b.span.start_s; });

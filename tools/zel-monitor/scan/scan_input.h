@@ -1,6 +1,7 @@
 #ifndef ZEL_TOOLS_SCAN_SCAN_INPUT_H_
 #define ZEL_TOOLS_SCAN_SCAN_INPUT_H_
 
+#include <atomic>
 #include <functional>
 #include <string>
 
@@ -18,9 +19,11 @@ struct InputScan {
 };
 
 /// Decodes `input` on one thread and analyses it on the calling one, as fast as both can. Whatever goes wrong
-/// with the input stands in the report. `on_event` hears of each event as it ends.
+/// with the input stands in the report. `on_event` hears of each event as it ends. Once `stop` is true the
+/// input is left where it is, which counts as not analysed to its end.
 InputScan scanInput(const std::string& input, const EventRules& rules, bool with_record,
-                    Progress::Slot& progress, const std::function<void(const Event&)>& on_event);
+                    Progress::Slot& progress, const std::function<void(const Event&)>& on_event,
+                    const std::atomic<bool>& stop);
 
 }  // namespace zel_monitor::scan
 

@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 #include <iterator>
 
+#include "file_names.h"
 #include "scan/text.h"
 #include "scan/writers.h"
 
@@ -75,7 +76,7 @@ std::string detectorTable() {
 }
 
 std::string inputTable(const InputReport& report, const Policy& policy) {
-    std::string text = report.facts.input + "\n";
+    std::string text = printable(report.facts.input) + "\n";
     if (!report.facts.container.empty()) {
         text += "  " + streamText(report) + "\n";
     }

@@ -5,7 +5,7 @@
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
-#include <cstdio>
+#include <atomic>
 #include <exception>
 #include <filesystem>
 #include <fmt/format.h>
@@ -20,6 +20,7 @@ extern "C" {
 #include "selftest/child_process.h"
 #include "selftest/corpus.h"
 #include "selftest/results.h"
+#include "standard_streams.h"
 
 namespace zel_monitor::selftest {
 namespace {
@@ -94,8 +95,11 @@ std::vector<Span> eventsOf(const scan::InputReport& report, Kind kind) {
 Result test(const Case& tested, const ClipFolder& folder) {
     const std::string file = make(tested, folder);
     scan::Progress::Slot unseen;
+    const std::atomic<bool> never{false};
     const scan::InputReport report =
-        scan::scanInput(file, scan::defaultRules(), false, unseen, [](const scan::Event&) {}).report;
+        scan::scanInput(
+            file, scan::defaultRules(), false, unseen, [](const scan::Event&) {}, never)
+            .report;
     if (report.problem) {
         throw std::runtime_error(file + ": " + *report.problem);
     }
@@ -133,19 +137,21 @@ int runSelftest(const SelftestOptions& options) {
                 continue;
             }
             if (!options.quiet) {
-                fmt::print(stderr, "{}: {}\n", tested.name, tested.about);
+                writeError(fmt::format("{}: {}\n", tested.name, tested.about));
             }
             results.push_back(test(tested, folder));
         }
         if (results.empty()) {
-            fmt::print(stderr, "zel-monitor: no case has '{}' in its name\n", options.only);
+            complain(fmt::format("no case has '{}' in its name", options.only));
             return scan::kUsage;
         }
         const auto threshold = scoreBlockiness(results);
-        fmt::print("{}", resultText(results, threshold));
+        writeOutput(resultText(results, threshold));
         return scan::kClean;
+    } catch (const OutputError&) {
+        throw;
     } catch (const std::exception& error) {
-        fmt::print(stderr, "zel-monitor: selftest: {}\n", error.what());
+        complain(fmt::format("selftest: {}", error.what()));
         return scan::kNotAnalysed;
     }
 }
