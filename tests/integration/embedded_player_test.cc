@@ -15,12 +15,13 @@
 namespace {
 
 using Fields = std::map<std::string, std::string>;
+using Lines = std::multimap<std::string, Fields>;
 
 /// The lines "what: key=value ..." by what they are about.
-std::multimap<std::string, Fields> play(const std::string& arguments) {
+Lines play(const std::string& arguments) {
     const std::string command = std::string(ZEL_EMBEDDED_PLAYER) + " " + arguments + " 2>/dev/null";
     const std::unique_ptr<FILE, int (*)(FILE*)> output(popen(command.c_str(), "r"), &pclose);
-    std::multimap<std::string, Fields> lines;
+    Lines lines;
     std::array<char, 4096> line{};
     while (std::fgets(line.data(), line.size(), output.get()) != nullptr) {
         std::istringstream words(line.data());
@@ -36,7 +37,15 @@ std::multimap<std::string, Fields> play(const std::string& arguments) {
     return lines;
 }
 
-long sumOf(const std::multimap<std::string, Fields>& lines, const std::string& what, const std::string& key) {
+/// Plays a file of this name that ffmpeg makes of `arguments`.
+Lines playMade(const std::string& arguments, const std::string& name) {
+    const support::ScratchDir scratch;
+    const std::string clip = scratch.file(name);
+    support::ffmpeg(arguments, clip);
+    return play("'" + clip + "'");
+}
+
+long sumOf(const Lines& lines, const std::string& what, const std::string& key) {
     long sum = 0;
     for (auto [line, end] = lines.equal_range(what); line != end; ++line) {
         const auto field = line->second.find(key);
@@ -45,8 +54,7 @@ long sumOf(const std::multimap<std::string, Fields>& lines, const std::string& w
     return sum;
 }
 
-double numberOf(const std::multimap<std::string, Fields>& lines, const std::string& what,
-                const std::string& key) {
+double numberOf(const Lines& lines, const std::string& what, const std::string& key) {
     const auto line = lines.find(what);
     return line != lines.end() && line->second.contains(key) ? std::stod(line->second.at(key)) : -1.0;
 }
@@ -59,7 +67,7 @@ TEST(EmbeddedPlayer, PlaysAFileAndTellsHowItWent) {
         "-f lavfi -i sine=440:r=48000:d=2 -filter_complex '[0][1]concat[v]' -map '[v]' -map 2 "
         "-c:v libx264 -c:a aac",
         clip);
-    const auto lines = play("'" + clip + "' '" + scratch.file("missing.mp4") + "'");
+    const Lines lines = play("'" + clip + "' '" + scratch.file("missing.mp4") + "'");
 
     // Every picture is counted; under load some may be dropped before they are examined.
     EXPECT_EQ(sumOf(lines, "heartbeat:", "zel_vframes"), 50);
@@ -86,19 +94,14 @@ TEST(EmbeddedPlayer, PlaysAFileAndTellsHowItWent) {
 }
 
 TEST(EmbeddedPlayer, RefusesPicturesTooSmallForChroma) {
-    const support::ScratchDir scratch;
-    const std::string clip = scratch.file("one.mkv");
-    support::ffmpeg("-f lavfi -i color=red:s=16x16:r=25:d=0.2 -vf format=rgb24,crop=1:1 -c:v ffv1", clip);
-    const auto lines = play("'" + clip + "'");
+    const Lines lines =
+        playMade("-f lavfi -i color=red:s=16x16:r=25:d=0.2 -vf format=rgb24,crop=1:1 -c:v ffv1", "one.mkv");
     EXPECT_LT(numberOf(lines, "playback:", "error_code"), 0);
     EXPECT_FALSE(lines.find("playback:")->second.contains("play_time"));
 }
 
 TEST(EmbeddedPlayer, PacesPicturesWithoutTimes) {
-    const support::ScratchDir scratch;
-    const std::string clip = scratch.file("raw.h264");
-    support::ffmpeg("-f lavfi -i testsrc2=s=160x90:r=25:d=1 -c:v libx264", clip);
-    const auto lines = play("'" + clip + "'");
+    const Lines lines = playMade("-f lavfi -i testsrc2=s=160x90:r=25:d=1 -c:v libx264", "raw.h264");
     EXPECT_EQ(sumOf(lines, "session:", "zel_vframes"), 25);
     EXPECT_GE(numberOf(lines, "playback:", "play_time"), 900);
 }
@@ -115,7 +118,7 @@ TEST(EmbeddedPlayer, GoesOnWhenTimesStepBackAndTheSoundChanges) {
         both.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
     }
     both.close();
-    const auto lines = play("'" + clip + "'");
+    const Lines lines = play("'" + clip + "'");
     EXPECT_EQ(numberOf(lines, "playback:", "error_code"), 0);
     const double play_time = numberOf(lines, "playback:", "play_time");
     EXPECT_GE(play_time, 1800);
@@ -124,10 +127,7 @@ TEST(EmbeddedPlayer, GoesOnWhenTimesStepBackAndTheSoundChanges) {
 }
 
 TEST(EmbeddedPlayer, CountsTheFirstSoundWhereThereAreNoPictures) {
-    const support::ScratchDir scratch;
-    const std::string clip = scratch.file("sound.wav");
-    support::ffmpeg("-f lavfi -i sine=440:d=0.5", clip);
-    const auto lines = play("'" + clip + "'");
+    const Lines lines = playMade("-f lavfi -i sine=440:d=0.5", "sound.wav");
     EXPECT_GT(numberOf(lines, "playback:", "first_frame_rendering_time"), 0);
     EXPECT_GE(numberOf(lines, "playback:", "play_time"), 400);
 }
