@@ -17,7 +17,7 @@ MOVING = "testsrc=s=320x240:r=25,hue=h=360*t"  # its colours and clock change en
 
 def run(*arguments, **options):
     """Runs the program to its end with captured output."""
-    return subprocess.run([PROGRAM, *map(str, arguments)], capture_output=True, timeout=100, **options)
+    return subprocess.run([PROGRAM, *map(str, arguments)], capture_output=True, timeout=300, **options)
 
 
 def validate(document, part=None):

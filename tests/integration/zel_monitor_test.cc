@@ -1,6 +1,9 @@
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <cstdio>
+#include <functional>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -119,6 +122,26 @@ int64_t sumOf(const std::vector<json>& objects, const std::string& key) {
     return sum;
 }
 
+/// Runs `command` at this speed, and at ever slower ones down to a quarter of the real one until `whole`
+/// holds of the reports: the library drops what a busy machine cannot examine in time, however right all else
+/// is.
+std::vector<json> playedInTime(const std::string& command, double speed,
+                               const std::function<bool(const std::vector<json>&)>& whole) {
+    std::vector<json> objects;
+    do {
+        const Outcome played = run(command + " --json --speed " + std::to_string(speed));
+        EXPECT_EQ(0, played.status);
+        objects = parse(played.lines);
+        speed /= 2;
+    } while (!whole(objects) && speed >= 0.25);
+    return objects;
+}
+
+/// The value in the final report, or -1.
+int64_t finalValue(const std::vector<json>& objects, const std::string& key) {
+    return objects.empty() ? -1 : objects.back().value(key, int64_t{-1});
+}
+
 /// Moving pictures that no detector minds.
 const std::string kGood = "testsrc2=s=320x180:r=25,scroll=h=0.02:v=0.01,trim=duration=";
 
@@ -133,9 +156,10 @@ TEST(ZelMonitor, CountsBlackAndGreenStretchesOfARealFile) {
                "1[d];[a][flash][b][black][c][green][d]concat=n=7,format=yuv420p[v]\" "
                "-map '[v]' -c:v libx264 -crf 12 -pix_fmt yuv420p",
            clip);
-    const Outcome watched = run("watch '" + clip + "' --json --speed 2 --interval 1");
-    ASSERT_EQ(0, watched.status);
-    const auto objects = parse(watched.lines);
+    const auto objects = playedInTime("watch '" + clip + "' --interval 1", 2, [](const auto& reports) {
+        return finalValue(reports, "zel_black_cnt") == 100 &&
+               finalValue(reports, "zel_greenscreen_cnt") == 49;
+    });
     ASSERT_GE(objects.size(), 3U);
     EXPECT_EQ(251, sumOf(objects, "zel_vframes"));
     EXPECT_EQ(100, sumOf(objects, "zel_black_cnt"));
@@ -168,8 +192,10 @@ TEST(ZelMonitor, HeedsTheSound) {
     ffmpeg("-f lavfi -i " + std::string("testsrc2=s=64x64:r=5:d=21 -f lavfi -i sine=d=21") +
                " -c:v mpeg4 -c:a pcm_s16le",
            clip);
-    const auto with = objectsOf("watch '" + clip + "' --json --speed 8 --interval 1");
-    ASSERT_FALSE(with.empty());
+    const auto with = playedInTime("watch '" + clip + "' --interval 1", 8, [](const auto& reports) {
+        return finalValue(reports, "zel_no_voice_cnt") >= 0;
+    });
+    ASSERT_GE(with.size(), 2U);
     EXPECT_GT(sumOf(with, "zel_aframes"), 100);
     const json& last_heartbeat = with.at(with.size() - 2);
     EXPECT_GT(last_heartbeat.at("zel_audio_level"), 1000);
@@ -185,9 +211,10 @@ TEST(ZelMonitor, FindsSilenceInLongBlocksAsFastAsInShortOnes) {
     const ScratchDir scratch;
     const std::string clip = scratch.file("silence.flac");  // blocks of nearly a tenth of a second
     ffmpeg("-f lavfi -i anullsrc=r=48000:cl=stereo -t 20.5 -c:a flac", clip);
-    const auto objects = objectsOf("watch '" + clip + "' --json --speed 16");
-    ASSERT_FALSE(objects.empty());
-    EXPECT_EQ(1, objects.back().at("zel_mute_cnt"));  // two periods; the first event is not counted
+    const auto objects = playedInTime("watch '" + clip + "'", 16, [](const auto& reports) {
+        return finalValue(reports, "zel_mute_cnt") == 1;
+    });
+    EXPECT_EQ(1, finalValue(objects, "zel_mute_cnt"));  // two periods; the first event is not counted
 }
 
 TEST(ZelMonitor, ReadsAPipeAndKeepsTheLogApart) {
@@ -258,19 +285,21 @@ TEST(ZelMonitor, SaysThatAnOutputTookNoMore) {
 }
 
 TEST(ZelMonitor, DemoShowsEveryFault) {
-    const auto objects = objectsOf("demo --json --speed 2 --interval 1");
-    ASSERT_FALSE(objects.empty());
-    const json& final = objects.back();
-    EXPECT_EQ(1300, final.at("zel_vframes"));
-    for (const char* const key : {"zel_black_cnt", "zel_greenscreen_cnt", "zel_block_cnt",
-                                  "zel_underexposure_cnt", "zel_overexposure_cnt"}) {
-        EXPECT_GT(final.at(key), 20) << key << "; some are dropped on a busy machine";
-        EXPECT_LT(final.at(key), 130) << key;
-    }
-    EXPECT_GT(final.at("zel_staticframe_cnt"), 3);
-    for (const char* const key :
-         {"zel_mute_cnt", "zel_low_voice_cnt", "zel_high_voice_cnt", "zel_no_voice_cnt"}) {
-        EXPECT_TRUE(final.contains(key)) << key;
+    // Far fewer than are shown: some may be dropped.
+    const std::map<std::string, int64_t> least = {{"zel_black_cnt", 21},        {"zel_greenscreen_cnt", 21},
+                                                  {"zel_block_cnt", 21},        {"zel_underexposure_cnt", 21},
+                                                  {"zel_overexposure_cnt", 21}, {"zel_staticframe_cnt", 4},
+                                                  {"zel_mute_cnt", 0},          {"zel_low_voice_cnt", 0},
+                                                  {"zel_high_voice_cnt", 0},    {"zel_no_voice_cnt", 0}};
+    const auto objects = playedInTime("demo --interval 1", 2, [&](const auto& reports) {
+        return std::all_of(least.begin(), least.end(), [&](const auto& entry) {
+            return finalValue(reports, entry.first) >= entry.second;
+        });
+    });
+    EXPECT_EQ(1300, finalValue(objects, "zel_vframes"));
+    for (const auto& [key, count] : least) {
+        EXPECT_GE(finalValue(objects, key), count) << key;
+        EXPECT_LT(finalValue(objects, key), 130) << key;
     }
 }
 
