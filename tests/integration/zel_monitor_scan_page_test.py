@@ -115,6 +115,15 @@ class Page(ScanTest):
         self.browser.find_elements(By.CSS_SELECTOR, "#overview tbody tr")[1].click()
         self.assertEqual(self.find("#inputs").get_property("value"), "1")
 
+    def test_time_before_the_beginning_has_a_sign(self):
+        page = self.page.read_text()
+        self.assertIn('"start_s":2.0,', page)
+        early = self.folder / "early.html"
+        early.write_text(page.replace('"start_s":2.0,', '"start_s":-61.5,'))
+        self.browser.get(early.as_uri())
+        self.find("#timeline svg path")
+        self.assertIn("-0:01:01.500", self.find("body").text)
+
 
 if __name__ == "__main__":
     unittest.main()
