@@ -28,7 +28,7 @@ class DecodeAhead {
     std::optional<MediaItem> next();
 
   private:
-    static constexpr size_t kMostBytes = size_t{32} << 20;
+    static constexpr size_t kMostBytes = size_t{10} << 20;  // keeps both threads busy and the caches warm
 
     void run();
     bool push(MediaItem item);
