@@ -155,6 +155,16 @@ class Inputs(ScanTest):
         self.assert_events(report, BLACK_EVENT, ("black", 8.0, 10.0), within=0.15)
         self.assertEqual(report["totals"]["stall"]["events"], 0)
 
+    def test_joined_streams_with_tracks_of_unequal_length(self):
+        for name, sound_s in (("longer.ts", 2.3), ("shorter.ts", 1.7)):
+            with self.subTest(name):
+                part = self.clip_of(name, f"{MOVING},trim=duration=2", f"-f lavfi -i sine=d={sound_s} -c:v mpeg2video -c:a mp2")
+                joined = self.folder / f"joined_{name}"
+                joined.write_bytes(part.read_bytes() * 8)
+                report = self.scan_one(joined)
+                self.assertEqual(report["totals"]["stall"]["events"], 0)
+                self.assertAlmostEqual(report["stream"]["analysed_duration_s"], 8 * max(sound_s, 2.0), delta=0.6)
+
     def test_no_media_at_all(self):
         zeros = self.folder / "zeros.mp4"
         zeros.write_bytes(bytes(200_000))

@@ -24,6 +24,7 @@ namespace {
 constexpr double kFallbackPictureSeconds = 1.0 / 25;
 constexpr size_t kMostPicturesAhead = 4;  ///< decoded pictures that wait for sound, and the reverse
 constexpr size_t kMostSoundsAhead = 200;
+constexpr double kLeastJumpBackSeconds = 0.5;
 
 int isInterrupted(void* flag) {
     return static_cast<const std::atomic<bool>*>(flag)->load() ? 1 : 0;
@@ -42,7 +43,12 @@ struct Track {
     double next_time = 0;       ///< where a frame without a timestamp is placed: the end of the one before it
     bool corrupt_last = false;  ///< the demuxer could not fill the packet that it gave last
 
+    std::optional<double> given_to;  ///< time of the item that was handed on last
+
     explicit operator bool() const { return stream != nullptr; }
+
+    /// Whether what is ready begins far before what was handed on; pictures out of order are no jump.
+    bool jumpsBack() const { return given_to && timeOf(ready.front()) + kLeastJumpBackSeconds < *given_to; }
 };
 
 std::optional<Track> openTrack(AVFormatContext& format, AVMediaType type, size_t most_ahead) {
@@ -140,6 +146,7 @@ class MediaSource::Reader {
             if (Track* const track = earliest()) {
                 MediaItem item = std::move(track->ready.front());
                 track->ready.pop_front();
+                track->given_to = timeOf(item);
                 ++(std::holds_alternative<Picture>(item) ? counts_.pictures : counts_.sounds);
                 return item;
             }
@@ -263,6 +270,15 @@ class MediaSource::Reader {
             Track& filled = video_.ready.empty() ? audio_ : video_;
             const Track& other = video_.ready.empty() ? video_ : audio_;
             return filled.ready.empty() || waits(filled, other) ? nullptr : &filled;
+        }
+        // Where streams were joined the timestamps jump back in one track a little before the other.
+        const bool video_jumps = video_.jumpsBack();
+        if (video_jumps != audio_.jumpsBack()) {
+            return video_jumps ? &audio_ : &video_;
+        }
+        if (video_jumps) {
+            video_.given_to.reset();
+            audio_.given_to.reset();
         }
         return timeOf(audio_.ready.front()) < timeOf(video_.ready.front()) ? &audio_ : &video_;
     }

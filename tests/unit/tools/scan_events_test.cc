@@ -372,7 +372,9 @@ TEST_F(ScanStalls, WhatIsMissingInBothTracksIsOneStall) {
 
 /// Where a Timeline puts items of a tenth of a second that carry these stamps.
 std::vector<double> placesOf(const std::vector<double>& stamps, size_t most_held = 4) {
-    Timeline<int> timeline(most_held);
+    TrackClock clock;
+    TrackClock none;
+    Timeline<int> timeline(most_held, clock, none);
     std::vector<double> places;
     const auto give = [&](int item, double start_s) {
         EXPECT_EQ(item, static_cast<int>(places.size()));
@@ -398,6 +400,53 @@ TEST(ScanTimeline, TellsWrongStampsFromJumps) {
     EXPECT_THAT(placesOf({1.0, 1.1, 7.2}), isNear({1.0, 1.1, 7.2})) << "a gap before the last";
     EXPECT_THAT(placesOf({1.0, 7.2, 7.3, 7.4, 1.1}, 2), isNear({1.0, 7.2, 7.3, 7.4, 7.5}))
         << "back after more than is held";
+    EXPECT_THAT(placesOf({50.0, 1.1, 1.2, 1.3, 1.4, 1.5}), isNear(even)) << "the first stamp";
+    EXPECT_THAT(placesOf({1.0, 7.2, 7.3}), isNear({1.0, 7.2, 7.3})) << "a gap after the first";
+    EXPECT_THAT(placesOf({1.0}), isNear({1.0})) << "one item";
+}
+
+/// Two tracks of one stream, with items of a tenth of a second.
+struct TwoTracks {
+    void part(Span pictures, Span sounds) {
+        const auto length = static_cast<int>(std::lround(std::max(pictures.length(), sounds.length()) * 10));
+        for (int i = 0; i < length; ++i) {
+            const double offset_s = 0.1 * i;
+            put(video, pictures, offset_s, picture_places);
+            put(audio, sounds, offset_s, sound_places);
+        }
+    }
+    static void put(Timeline<int>& line, Span span, double offset_s, std::vector<double>& places) {
+        if (offset_s + 0.05 < span.length()) {
+            line.take(0, span.start_s + offset_s, 0.1,
+                      [&](int, double start_s) { places.push_back(start_s); });
+        }
+    }
+
+    TrackClock video_clock;
+    TrackClock audio_clock;
+    Timeline<int> video{4, video_clock, audio_clock};
+    Timeline<int> audio{7, audio_clock, video_clock};
+    std::vector<double> picture_places;
+    std::vector<double> sound_places;
+};
+
+TEST(ScanTimeline, TracksThatJumpBackTogetherStayTogether) {
+    TwoTracks longer_sound;
+    TwoTracks longer_pictures;
+    for (int part = 0; part < 10; ++part) {
+        longer_sound.part({0.0, 10.0}, {0.0, 12.0});
+        longer_pictures.part({0.0, 12.0}, {0.0, 10.0});
+    }
+    EXPECT_NEAR(longer_sound.sound_places.back(), 119.9, 1e-6);
+    EXPECT_NEAR(longer_sound.picture_places.back(), 117.9, 1e-6);
+    EXPECT_NEAR(longer_pictures.picture_places.back(), 119.9, 1e-6);
+    EXPECT_NEAR(longer_pictures.sound_places.back(), 117.9, 1e-6);
+
+    TwoTracks alone;  // only the pictures' stamps begin again
+    alone.part({100.0, 110.0}, {100.0, 110.0});
+    alone.part({0.0, 10.0}, {110.0, 120.0});
+    EXPECT_NEAR(alone.picture_places.back(), 119.9, 1e-6);
+    EXPECT_NEAR(alone.sound_places.back(), 119.9, 1e-6);
 }
 
 TEST(ScanAudioPeriods, LieEndToEndAtEverySampleRate) {

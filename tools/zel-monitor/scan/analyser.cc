@@ -32,8 +32,8 @@ Analyser::Analyser(const EventRules& rules, Tracks tracks, AnalysisListener& lis
       stall_s_(rules[indexOf(Kind::kStall)].min_s),
       detector_(scanConfig(kSilencePeriodS)),
       tracks_(tracks),
-      video_line_(kMostPicturesHeld),
-      audio_line_(kMostSoundsHeld),
+      video_line_(kMostPicturesHeld, video_clock_, audio_clock_),
+      audio_line_(kMostSoundsHeld, audio_clock_, video_clock_),
       shortest_s_(kFallbackPictureS) {}
 
 void Analyser::take(Picture picture) {

@@ -68,6 +68,8 @@ class Analyser {
     std::optional<AudioPeriods> voice_;
     std::optional<Shown> shown_;
     Tracks tracks_;
+    TrackClock video_clock_;
+    TrackClock audio_clock_;
     Timeline<Picture> video_line_;
     Timeline<Sound> audio_line_;
     std::optional<Span> video_;  // from the first picture's start to the last one's end
