@@ -67,6 +67,9 @@ thread_local const MessageCenter::State* MessageCenter::State::delivering_for = 
 void MessageCenter::State::run() {
     delivering_for = this;
     while (!stopped) {
+        // Let go of outside the lock: a message may be its target's last owner, whose destructor may call the
+        // centre or wait for somebody who does.
+        std::list<std::shared_ptr<Message>> delivered;
         const MutexLock lock(queue_mutex);
         while (queue.empty() && !stopped) {
             queue_changed.wait(queue_mutex);
@@ -77,7 +80,7 @@ void MessageCenter::State::run() {
             }
             deliver(*message);
         }
-        queue.clear();
+        delivered.swap(queue);
     }
 }
 

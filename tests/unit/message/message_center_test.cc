@@ -247,6 +247,19 @@ TEST_F(MessageCenterTest, LetsOwnersCallTheCentreWhileItStops) {
     center.stop();
 }
 
+TEST_F(MessageCenterTest, LetsATargetCallTheCentreAsItsLastMessageDies) {
+    struct Leaving : CObject {
+        explicit Leaving(MessageCenter& c) : center(c) {}
+        ~Leaving() override { center.publish(message("left")); }
+        MessageCenter& center;
+    };
+    std::promise<void> left;
+    center.registerListener("left", owner, [&](const auto&) { left.set_value(); });
+    auto last_owner = std::make_shared<Message>("about", ReportMap{}, std::make_shared<Leaving>(center));
+    center.publish(std::move(last_owner));
+    left.get_future().wait();
+}
+
 TEST_F(MessageCenterTest, LosesNothingWhileManyThreadsPublishAndSubscribe) {
     constexpr size_t kPublishers = 3;
     constexpr int kEach = 2000;
