@@ -24,7 +24,8 @@ function(zel_target_defaults target)
   target_compile_options(${target} PRIVATE
     # Verdicts depend on single roundings: a*b+c stays two operations, also in
     # kernels that are compiled for a processor with fused multiply-add.
-    -ffp-contract=off
+    # A project around this one may have asked for fast-math.
+    -fno-fast-math -ffp-contract=off
     -Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wshadow
     -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wundef
     $<$<BOOL:${ZEL_WERROR}>:-Werror>

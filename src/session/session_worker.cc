@@ -2,6 +2,7 @@
 
 #include <zel/algo/algo_facade.h>
 
+#include <cfenv>
 #include <optional>
 
 #include "base/clock.h"
@@ -34,6 +35,8 @@ void SessionWorker::start(const std::string& thread_name, const ZELAlgo::ZELAlgo
     queue_.open();
     thread_ = startThread([&thread_name] { return thread_name; },
                           [this, config] {
+                              // The thread has its creator's floating-point mode, on which verdicts hang.
+                              std::fesetenv(FE_DFL_ENV);
                               ZELAlgo::AlgoFacade algo(config);
                               run(algo);
                           });

@@ -26,6 +26,13 @@ double logistic(double height, double score, float bias) {
     return height / (std::exp(static_cast<double>(exponent)) + 1.0);
 }
 
+/// Whether `value`, of at least zero, stays above zero when it is rounded to single precision: half of the
+/// smallest float is rounded down. Asked so, since a processor that the host told to flush small numbers to
+/// zero would lose them in the rounding.
+bool isAboveZeroInSingle(double value) {
+    return !(value <= 0x1p-150);
+}
+
 /// What the three models say. A well exposed picture is one for which the first and the last underflow to
 /// zero.
 struct Answers {
@@ -41,17 +48,17 @@ Answers askModels(const ExposureFeatures& features) {
     const double dark = features.dark;
     const double mean = features.mean;
     const double skewness = features.skewness;
-    const auto under = static_cast<float>(logistic(
+    const double under = logistic(
         1.0, skewness * -0.00317050171 - (dark * 0.240803877 + mean * 18.8082557 + bright * 0.14893716),
-        kDarkBias));
-    const auto over = static_cast<float>(logistic(
+        kDarkBias);
+    const double over = logistic(
         2.0, mean * 33.3495193 + dark * 0.0253559315 + bright * 0.703219051 - skewness * 0.00546597139,
-        kBrightBias));
+        kBrightBias);
     const double over_not_under = logistic(
         1.0, dark * 0.0604087494 + mean * 21.1358568 + bright * 0.229863823 - skewness * 0.000404649814,
         kOverBias);
-    return {.may_be_under = under != 0.0F,
-            .may_be_over = over != 0.0F,
+    return {.may_be_under = isAboveZeroInSingle(under),
+            .may_be_over = isAboveZeroInSingle(over),
             .over_rather_than_under = static_cast<float>(over_not_under + 1.0) >= 2.0F};
 }
 

@@ -1,6 +1,8 @@
+#include <zel/base/log.h>
 #include <zel/session/session.h>
 
 #include <atomic>
+#include <cfenv>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -164,6 +166,20 @@ TEST_F(Session, RefusesWhatIsNoFrame) {
     EXPECT_FALSE(session_->feedAudioFrame(std::make_shared<ZEL::AudioFrame>(0, nullptr, 1, 48000, 0), 0));
     EXPECT_EQ(heartbeat().at("zel_vframes"), "0");
     EXPECT_EQ(heartbeat().at("zel_aframes"), "0");
+}
+
+TEST_F(Session, ComputesInTheUsualModeWhateverItsHostsIs) {
+    static std::atomic<int> mode;
+    mode = -1;
+    ZEL::setLogSink([](const char*, size_t, void*) { mode = std::fegetround(); }, nullptr);
+    session_->setAlgoConfig(
+        ZELAlgo::ZELAlgoConfig{.staticframe_param = 1.0F});  // a log line for each picture
+    std::fesetround(FE_UPWARD);
+    session_->start();
+    std::fesetround(FE_TONEAREST);
+    feedAndWait(2, kMidGrey);
+    ZEL::setLogSink(nullptr, nullptr);
+    EXPECT_EQ(mode, FE_TONEAREST);
 }
 
 TEST_F(Session, SumsTheTimeOfIntakePerKind) {

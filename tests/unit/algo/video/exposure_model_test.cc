@@ -2,6 +2,10 @@
 
 #include <vector>
 
+#if defined(__SSE__)
+#include <xmmintrin.h>
+#endif
+
 #include <gtest/gtest.h>
 
 #include "algo/video/exposure_frame.h"
@@ -50,6 +54,7 @@ TEST(ExposureModel, NormalIsWhereBothOuterModelsVanish) {
     // on.
     EXPECT_EQ(uniform(20), ExposureType::kUnderExposed);
     EXPECT_EQ(uniform(95), ExposureType::kUnderExposed);
+    EXPECT_EQ(uniform(96), ExposureType::kUnderExposed);
     EXPECT_EQ(uniform(97), ExposureType::kNormalExposure);
     EXPECT_EQ(uniform(128), ExposureType::kNormalExposure);
     // z3 = 33.35 M comes back once it is within about 104 of 6213.6: from M = 184 on.
@@ -57,6 +62,17 @@ TEST(ExposureModel, NormalIsWhereBothOuterModelsVanish) {
     EXPECT_EQ(uniform(184), ExposureType::kOverExposed);
     EXPECT_EQ(uniform(240), ExposureType::kOverExposed);
 }
+
+#if defined(__SSE__)
+TEST(ExposureModel, SaysTheSameInAHostThatFlushesSmallNumbersToZero) {
+    constexpr unsigned kDenormalsAreZero = 0x0040;
+    const unsigned mode = _mm_getcsr();
+    _mm_setcsr(mode | _MM_FLUSH_ZERO_ON | kDenormalsAreZero);
+    const ExposureType type = classifyExposure({.bright = 0, .dark = 0, .mean = 96, .skewness = 0});
+    _mm_setcsr(mode);
+    EXPECT_EQ(type, ExposureType::kUnderExposed);
+}
+#endif
 
 TEST(ExposureModel, UnderAndOverAreToldApartByTheSecondModel) {
     // A strong third moment keeps the dark model alive at any mean; z2 = 21.14 M decides at 2218.6, M = 105.
