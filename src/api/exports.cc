@@ -21,14 +21,19 @@ std::shared_ptr<ZELSessionPc> sessionOf(const ZELHandle* handle, const char* fun
     return handle->session;
 }
 
-}  // namespace
-
-ZELHandle* init_handle(void) {
+/// Exports do not call each other: another library of the process may have a function of the same name.
+ZELHandle* newHandle() {
     return new ZELHandle{ZELManagerPc::getInstance().createSession()};
 }
 
+}  // namespace
+
+ZELHandle* init_handle(void) {
+    return newHandle();
+}
+
 ZELHandle* init_handle_with_interval(uint32_t interval) {
-    ZELHandle* const handle = init_handle();
+    ZELHandle* const handle = newHandle();
     handle->session->setInterval(static_cast<int32_t>(interval));
     return handle;
 }
