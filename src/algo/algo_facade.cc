@@ -38,6 +38,12 @@ bool isWellFormed(const ZELVideoPlanes& picture) {
            holds(1, picture.width / 2) && holds(2, picture.width / 2);
 }
 
+/// The detectors count samples and bytes in 31 bits.
+bool canBeCounted(const Planes& picture) {
+    constexpr uint64_t kMostPixels = ((uint64_t{1} << 31U) - 1) * 2 / 3;
+    return uint64_t{picture.width} * picture.height <= kMostPixels;
+}
+
 /// The integer part, within what a count can hold.
 uint32_t periodChunks(const ZELAlgoConfig& config) {
     const double chunks = config.longtime_period_s * 100.0;
@@ -75,6 +81,9 @@ bool AlgoFacade::detectPlanes(const ZELVideoPlanes& picture, ZELVideoResult& res
 }
 
 bool AlgoFacade::detect(const Planes& picture, ZELVideoResult& result) {
+    if (!canBeCounted(picture)) {
+        return false;
+    }
     if (!video_) {
         video_.reset(VideoAlgoCreate(videoSettings(config_), picture.width, picture.height));
         if (!video_) {

@@ -25,7 +25,8 @@ class AlgoFacade {
     void setConfig(const ZELAlgoConfig& config);
 
     /// Runs the enabled video detectors on `frame` and writes their verdicts. False, with `result` untouched,
-    /// for null data or if the detectors cannot be created (the next frame tries again).
+    /// for null data, for a frame of 2^31 bytes or more, or if the detectors cannot be created (the next
+    /// frame tries again).
     bool detectVideo(const ZELVideoFrame& frame, ZELVideoResult& result);
 
     /// The same for a picture that lies where a decoder left it, which spares a copy. False, with `result`

@@ -234,6 +234,18 @@ TEST(AlgoFacade, RefusesPlanesThatCannotBeRead) {
     }
 }
 
+TEST(AlgoFacade, RefusesPicturesTooLargeToCount) {
+    const uint8_t byte = 0;
+    AlgoFacade facade;
+    ZELVideoResult result{7, 99, 99, true, true};
+    for (const uint32_t side : {37838U, 65536U, 131072U, 4294967294U}) {  // 37837 is the most
+        EXPECT_FALSE(facade.detectVideo({side, side, 0, &byte}, result)) << side;
+        EXPECT_FALSE(facade.detectPlanes({side, side, {&byte, &byte, &byte}, {side, side, side}}, result))
+            << side;
+    }
+    EXPECT_EQ(result.screen_type, 99U);
+}
+
 TEST(AlgoFacade, TakesParametersThatNoIntegerHolds) {
     for (const float value : {1e20F, -1e20F, std::numeric_limits<float>::quiet_NaN(), -1.0F}) {
         AlgoFacade facade(ZELAlgoConfig{.block_param = value, .staticframe_param = value});
