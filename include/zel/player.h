@@ -9,7 +9,9 @@
 /// - ZELAlgo::AlgoFacade, the detectors alone;
 /// - setLogSink, where the log goes.
 ///
-/// Needs C++20. Objects cross the boundary, so the player is built with the library's own compiler.
+/// Needs C++20. Objects cross the boundary, so the player is built with the library's own compiler. The
+/// static library holds the C interface as well; a program that linked the shared one beside it would have
+/// two of everything.
 #ifndef ZEL_PLAYER_H_
 #define ZEL_PLAYER_H_
 

@@ -6,8 +6,8 @@
 /// release_handle.
 ///
 /// Every function may be called from any thread. A handle must not be used during or after its release.
-/// Failures are a log line on standard output and a false (or all-ones) result; the only exceptions that can
-/// leave a function are those of the standard library (out of memory, no thread to be had).
+/// Failures are a false (or all-ones) result, some with a log line on standard output; the only exceptions
+/// that can leave a function are those of the standard library (out of memory, no thread to be had).
 ///
 /// ReportMap crosses the boundary by pointer, so host and library must be built with the same standard
 /// library.
