@@ -124,6 +124,8 @@ void addFreeze(std::vector<Case>& cases) {
         complexVideo(
             "testsrc2=s=640x360:r=25:d=1,trim=end_frame=1,loop=loop=300:size=1[a];"
             "testsrc2=s=64x48:r=25:d=12[b];[a][b]overlay=x='300+200*sin(t)':y='160+80*cos(t)':shortest=1"));
+    add("freeze-high-rate", true, "calm motion at 60 pictures per second", kNever,
+        video("testsrc2=s=640x360:r=60:d=12"));
     add("freeze-dim-motion", true, "motion in a dark scene of little contrast", kNever,
         video(kScene + ",lutyuv=y='16+(val-16)*0.12'"));
 }
