@@ -219,6 +219,22 @@ class Outputs(ScanTest):
         clip = self.clip_of("fifty.mkv", graph, "-c:v mpeg4")
         self.assertEqual(self.scan_one(clip, "--fail-on", "black=2s", status=1)["verdict"], "fail")
 
+    def test_limit_finds_events_that_are_shorter_than_the_default(self):
+        graph = f"{MOVING},trim=duration=4,drawbox=t=fill:c=black:enable='between(n,25,33)'"
+        clip = self.clip_of("blink.mkv", graph, "-c:v mpeg4")
+        report = self.scan(clip, "--fail-on", "black=0.1s,freeze=9s", status=1)
+        self.assert_events(report["inputs"][0], ("black", 1.0, 1.36))
+        rules = report["settings"]["rules"]
+        self.assertEqual((rules["black"]["min_s"], rules["freeze"]["min_s"]), (0.1, 2.0))
+        self.assertEqual(self.scan_one(clip, "--fail-on", "black=0.4s")["verdict"], "pass")
+        by_the_rules = self.scan_one(clip, "--fail-on", "black")
+        self.assertEqual((by_the_rules["verdict"], by_the_rules["totals"]["black"]["events"]), ("pass", 0))
+        self.assertEqual(self.scan_one(clip, "--fail-on", "black", "--min", "black=0.2s", status=1)["verdict"], "fail")
+        for contradiction in (["--min", "black=1s"], ["--min", "black=1s,mute=2s"], ["--stall", "1s", "--fail-on", "stall=0.5s"]):
+            done = run("scan", clip, "--fail-on", "black=0.1s", *contradiction)
+            self.assertEqual(done.returncode, 2)
+            self.assertRegex(done.stderr.decode(), "--fail-on: black=0.1s is shorter than .*--min black=1s|stall=0.5s.*stall=1s")
+
     def test_rules_can_be_set(self):
         self.assertEqual(self.scan_one(self.faulty, "--min", "black=3s")["totals"]["black"]["events"], 0)
         settings = self.scan(self.faulty, "--min", "black=3s,mute=9", "--gap", "freeze=2s")["settings"]["rules"]
@@ -246,13 +262,30 @@ class Outputs(ScanTest):
             ["--json", "--csv", self.faulty],
             ["--gap", "black=-0", self.faulty],
             ["--min", "black=1s,black=2s", self.faulty],
+            ["--stall", "20s", "--min", "stall=1s", self.faulty],
             ["-j", "0", self.faulty],
             ["--html", "-", self.faulty],
+            ["--html", "/dev/stdout", self.faulty],
         ):
             with self.subTest(wrong):
                 done = run("scan", *wrong)
                 self.assertEqual(done.returncode, 2, done.stdout)
                 self.assertIn(wrong[0] if wrong else "INPUT", done.stderr.decode())
+
+    def test_standard_input_can_be_given_once(self):
+        with subprocess.Popen([PROGRAM, "--version"], stdout=subprocess.PIPE) as pipe:
+            for names in (["-", "-"], ["-", "pipe:0"], ["/dev/stdin", self.faulty, "-"]):
+                with self.subTest(names):
+                    done = run("scan", *names, "-j2", stdin=pipe.stdout)
+                    self.assertEqual(done.returncode, 2)
+                    self.assertIn(b"standard input is given twice", done.stderr)
+        with self.faulty.open("rb") as stream:  # a file on it has a name of its own
+            self.assertEqual(len(self.scan("-", self.faulty, stdin=stream)["inputs"]), 2)
+
+    def test_other_names_of_standard_output(self):
+        for name in ("/dev/stdout", "/dev/fd/1", "/proc/self/fd/1"):
+            with self.subTest(name):
+                self.scan(self.faulty, "-o", name)
 
     def seconds_to_start(self):
         start = time.monotonic()
@@ -396,6 +429,17 @@ class Endings(ScanTest):
         self.assertEqual([part["input"] for part in report["inputs"]], ["12:30.mkv", "p%03d.png"])
         self.assert_events(report["inputs"][0], BLACK_EVENT)
         self.assert_events(report["inputs"][1], ("black", 0.0, 0.04))
+
+    def test_names_in_brackets(self):
+        for name in ("[x]", "[a,b]"):
+            with self.subTest(name):
+                (self.work / name).write_bytes(self.faulty.read_bytes())
+                self.assertEqual([part["input"] for part in self.scan(name, name, cwd=self.work)["inputs"]], [name, name])
+                self.assertEqual(self.scan_one("--", name, cwd=self.work)["input"], name)
+                outputs = ["-o", f"{name[:-1]}.csv]", f"--html={name[:-1]}.html]"]
+                self.assertEqual(run("scan", "-q", "--csv", name, *outputs, cwd=self.work).returncode, 0)
+                self.assertEqual(run("watch", name, "--speed", "1000", "--log", f"{name[:-1]}.log]", cwd=self.work).returncode, 0)
+                self.assertLessEqual({name, f"{name[:-1]}.csv]", f"{name[:-1]}.html]", f"{name[:-1]}.log]"}, set(self.files()))
 
     def test_names_are_exact_for_machines_and_harmless_on_terminals(self):
         name = "a\x1b[2J\nb.mkv"

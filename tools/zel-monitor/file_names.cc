@@ -2,6 +2,9 @@
 
 #include <filesystem>
 #include <fmt/format.h>
+#include <optional>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace zel_monitor {
 namespace {
@@ -16,11 +19,32 @@ fs::path localPath(std::string_view name) {
     return name.starts_with(kProtocol) ? name.substr(kProtocol.size()) : name;
 }
 
+/// The type of the file that `name` and the descriptor are both of, if they are. A device that is no terminal
+/// serves everybody and is nobody's.
+std::optional<mode_t> sharedType(const fs::path& name, int descriptor) {
+    struct stat named = {};
+    struct stat opened = {};
+    if (stat(name.c_str(), &named) != 0 || fstat(descriptor, &opened) != 0 || named.st_dev != opened.st_dev ||
+        named.st_ino != opened.st_ino || (S_ISCHR(opened.st_mode) && isatty(descriptor) == 0)) {
+        return std::nullopt;
+    }
+    return opened.st_mode & S_IFMT;
+}
+
 }  // namespace
 
 bool namesFile(const std::string& name) {
     std::error_code ignored;
     return fs::exists(name, ignored) && !fs::is_directory(name, ignored);
+}
+
+bool namesStandardInput(const std::string& name) {
+    return name == "-" || name == "pipe:" || name == "pipe:0" ||
+           sharedType(localPath(name), STDIN_FILENO).value_or(S_IFREG) != S_IFREG;
+}
+
+bool namesStandardOutput(const std::string& name) {
+    return name == "-" || sharedType(name, STDOUT_FILENO);
 }
 
 bool writesOver(const std::string& output, const std::string& other) {

@@ -56,6 +56,7 @@ TEST(Options, EverySwitchIsRead) {
     EXPECT_FALSE(options.audio);
     EXPECT_EQ("x.log", options.log_file);
     EXPECT_EQ("demo:", parsed({"demo", "--json"}).input);
+    EXPECT_EQ("[a,b]", parsed({"watch", "[a,b]"}).input) << "no list";
 }
 
 TEST(Options, WrongUsageIsRefusedWithOneLineThatNamesTheFault) {

@@ -2,6 +2,7 @@
 
 #include <zel/base/log.h>
 
+#include <algorithm>
 #include <atomic>
 #include <exception>
 #include <fmt/format.h>
@@ -36,8 +37,11 @@ InputScan notBegun(const std::string& input) {
     return scan;
 }
 
-/// Which output would destroy another file of the command line, if any.
+/// Which names of the command line cannot be used together, if any.
 std::optional<std::string> collision(const ScanOptions& options) {
+    if (std::count_if(options.inputs.begin(), options.inputs.end(), &namesStandardInput) > 1) {
+        return "standard input is given twice, and can be read once";
+    }
     for (const std::string& output : {options.output, options.html}) {
         for (const std::string& input : options.inputs) {
             if (!output.empty() && writesOver(output, input)) {

@@ -3,9 +3,12 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 #include <functional>
+#include <memory>
+#include <optional>
 #include <string_view>
 #include <utility>
 
+#include "file_names.h"
 #include "scan/text.h"
 
 namespace zel_monitor::scan {
@@ -31,10 +34,16 @@ Kind kind(const std::string& option, std::string_view name) {
     return *found;
 }
 
+/// What stood on the command line, where that is more than the options tell.
+struct Given {
+    PerKind<bool> minimum{};
+    PerKind<bool> limit{};  ///< of --fail-on, as a time
+};
+
 /// Adds an option that takes "kind=time", several with commas or by repetition. `bare` allows "kind" alone,
-/// which means any length.
+/// without a time.
 void addPerKind(CLI::App& command, const std::string& name, const std::string& help, bool bare,
-                std::function<void(Kind, double)> set) {
+                std::function<void(Kind, std::optional<double>)> set) {
     command
         .add_option_function<std::vector<std::string>>(
             name,
@@ -51,13 +60,40 @@ void addPerKind(CLI::App& command, const std::string& name, const std::string& h
                         throw CLI::ValidationError(name,
                                                    fmt::format("{} is given twice", infoOf(wanted).name));
                     }
-                    set(wanted, equals == std::string::npos ? 0.0 : seconds(name, item.substr(equals + 1)));
+                    set(wanted, equals == std::string::npos
+                                    ? std::nullopt
+                                    : std::optional(seconds(name, item.substr(equals + 1))));
                 }
             },
             help)
         ->delimiter(',')
         ->type_name("KIND=TIME")
         ->allow_extra_args(false);
+}
+
+/// Sets the shortest event of a kind, as --min and --stall ask for it.
+void setMinimum(const std::string& option, ScanOptions& options, Given& given, Kind kind, double seconds) {
+    if (std::exchange(given.minimum[indexOf(kind)], true)) {
+        throw CLI::ValidationError(option, fmt::format("{} is given twice", infoOf(kind).name));
+    }
+    options.rules[indexOf(kind)].min_s = seconds;
+}
+
+/// Whoever names the length from which an event is a violation wants events that short to be found.
+void applyLimits(ScanOptions& options, const Given& given) {
+    for (const KindInfo& info : kinds()) {
+        const size_t i = indexOf(info.kind);
+        double& min_s = options.rules[i].min_s;
+        if (!given.limit[i] || min_s <= *options.policy[i]) {
+            continue;
+        }
+        if (given.minimum[i]) {
+            throw CLI::ValidationError(
+                "--fail-on", fmt::format("{0}={1:g}s is shorter than the shortest event, --min {0}={2:g}s",
+                                         info.name, *options.policy[i], min_s));
+        }
+        min_s = *options.policy[i];
+    }
 }
 
 }  // namespace
@@ -67,23 +103,36 @@ CLI::App* addScanCommand(CLI::App& app, ScanOptions& options) {
     command->footer(
         "Exit status: 0 clean, 1 an input violates --fail-on, 2 usage, 3 an input could not be analysed to "
         "its end, or an output not be written.");
-    command->add_option("INPUT", options.inputs, "Files, URLs, or - for standard input");
+    // Options that take any number of words read "[a,b]" as a list. This one takes a fixed number, which is
+    // never reached, so that such a name stays one.
+    command->add_option("INPUT", options.inputs, "Files, URLs, or - for standard input")
+        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->allow_extra_args(false)
+        ->expected(CLI::detail::expected_max_vector_size - 1, CLI::detail::expected_max_vector_size);
+    const auto given = std::make_shared<Given>();
     command->add_flag("--list-detectors", options.list_detectors,
                       "List the kinds of faults, with the defaults");
-    addPerKind(*command, "--min", "Shortest event of a kind", false,
-               [&options](Kind k, double s) { options.rules[indexOf(k)].min_s = s; });
+    addPerKind(
+        *command, "--min", "Shortest event of a kind", false,
+        [&options, given](Kind k, std::optional<double> s) { setMinimum("--min", options, *given, k, *s); });
     addPerKind(*command, "--gap", "How long without the fault ends an event", false,
-               [&options](Kind k, double s) { options.rules[indexOf(k)].gap_s = s; });
+               [&options](Kind k, std::optional<double> s) { options.rules[indexOf(k)].gap_s = *s; });
     command
         ->add_option_function<std::string>(
             "--stall",
-            [&options](const std::string& text) {
-                options.rules[indexOf(Kind::kStall)].min_s = seconds("--stall", text);
+            [&options, given](const std::string& text) {
+                setMinimum("--stall", options, *given, Kind::kStall, seconds("--stall", text));
             },
             "Shortest gap in the timestamps that is an event; as --min stall=TIME")
         ->type_name("TIME");
-    addPerKind(*command, "--fail-on", "Exit with 1 if an event of the kind is this long", true,
-               [&options](Kind k, double s) { options.policy[indexOf(k)] = s; });
+    addPerKind(
+        *command, "--fail-on",
+        "Exit with 1 if an event of the kind is this long, which lowers --min to that; without a time: "
+        "if there is any event",
+        true, [&options, given](Kind k, std::optional<double> s) {
+            options.policy[indexOf(k)] = s.value_or(0.0);
+            given->limit[indexOf(k)] = s.has_value();
+        });
 
     auto* const formats = command->add_option_group("Output");
     const auto add_format = [&](const char* name, Format format, const char* help) {
@@ -103,14 +152,15 @@ CLI::App* addScanCommand(CLI::App& app, ScanOptions& options) {
     command->add_option("-j,--jobs", options.jobs, "Inputs to scan at the same time")
         ->check(CLI::Range(1U, kMostJobs));
 
-    command->final_callback([&options] {
+    command->final_callback([&options, given] {
+        applyLimits(options, *given);
         if (options.inputs.empty() && !options.list_detectors) {
             throw CLI::RequiredError("INPUT");
         }
-        if (options.html == "-") {
+        if (namesStandardOutput(options.html)) {
             throw CLI::ValidationError("--html", "a page needs a file");
         }
-        if (options.output == "-") {
+        if (namesStandardOutput(options.output)) {
             options.output.clear();
         }
     });
