@@ -350,6 +350,77 @@ class Endings(ScanTest):
             process.stdin.write(self.faulty.read_bytes())
             process.stdin.flush()
 
+    def wait_for_files(self):
+        """The signals are watched before a file is made."""
+        while not self.files():
+            time.sleep(0.01)
+
+    def test_report_that_cannot_get_its_name_is_kept(self):
+        late = self.work / "late.json"
+        with self.start("-q", "--json", "-o", late, "-") as process:
+            self.wait_for_files()
+            late.write_text("somebody else's")
+            self.feed(process)
+            _, message = process.communicate()
+            self.assertEqual(process.returncode, 3)
+        self.assertEqual(late.read_text(), "somebody else's")
+        late.unlink()
+        (kept,) = self.work.iterdir()
+        validate(json.loads(kept.read_text()))
+        self.assertIn(str(kept), message.decode())
+
+    def test_report_does_not_depend_on_the_table_and_the_page(self):
+        report = self.work / "report.json"
+        command = ("-q", "--json", "-o", report, "-y", self.faulty)
+        with open("/dev/full", "wb") as full, self.start(*command, stdout=full) as process:
+            self.assertEqual(process.wait(), 3)
+            self.assertEqual(process.stderr.read(), b"zel-monitor: standard output: No space left on device\n")
+        self.assertEqual(json.loads(report.read_text())["exit_status"], 3)
+        report.unlink()
+        with self.start(*command, "-") as process:
+            process.stdout.close()
+            self.feed(process)
+            process.stdin.close()
+            self.assertEqual(process.stderr.read(), b"")
+            self.assertEqual(process.wait(), -signal.SIGPIPE)
+        self.assertEqual(len(json.loads(report.read_text())["inputs"]), 2)
+        self.scan_one(self.faulty, "--html", "/dev/full", status=3)
+
+    def test_closed_terminal_ends_a_scan_with_a_report(self):
+        report = self.work / "report.json"
+        with self.start("-q", "--json", "-o", report, "-") as process:
+            self.wait_for_files()
+            process.send_signal(signal.SIGHUP)
+            process.send_signal(signal.SIGHUP)
+            self.assertEqual(process.wait(), 3)
+        self.assertEqual(self.files(), ["report.json"])
+        self.assertEqual(json.loads(report.read_text())["inputs"][0]["problem"], "stopped before its end")
+        report.unlink()
+        ignoring = {"preexec_fn": lambda: signal.signal(signal.SIGHUP, signal.SIG_IGN)}
+        with self.start("-q", "--json", "-o", report, "-", **ignoring) as process:
+            self.wait_for_files()
+            process.send_signal(signal.SIGHUP)
+            process.communicate(self.faulty.read_bytes())
+            self.assertEqual(process.returncode, 0)
+
+    def test_scan_that_is_killed_leaves_nothing_half_written(self):
+        readable, writable = os.pipe()
+        os.set_blocking(writable, False)
+        with contextlib.suppress(BlockingIOError):
+            while os.write(writable, bytes(4096)):
+                pass
+        os.set_blocking(writable, True)
+        outputs = ["--html", self.work / "page.html", "--csv", "-o", self.work / "events.csv"]
+        with self.start("-q", "-", *outputs, stdout=writable) as process:
+            while "events.csv" not in self.files():  # made after the page, and its table waits for a reader
+                time.sleep(0.01)
+            process.send_signal(signal.SIGTERM)
+            process.send_signal(signal.SIGINT)
+            self.assertIn(process.wait(), (-signal.SIGTERM, -signal.SIGINT))
+        self.assertEqual(self.files(), ["events.csv"])
+        os.close(readable)
+        os.close(writable)
+
     def test_standard_error_that_takes_nothing_ends_nothing(self):
         with open("/dev/full", "wb") as full, self.start("-", stderr=full) as process:
             time.sleep(1)  # the first progress line

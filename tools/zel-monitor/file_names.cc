@@ -47,14 +47,24 @@ bool namesStandardOutput(const std::string& name) {
     return name == "-" || sharedType(name, STDOUT_FILENO);
 }
 
+std::string followed(const std::string& name) {
+    constexpr int kMostLinks = 40;  // as the system's own limit
+    std::error_code ignored;
+    fs::path path = name;
+    for (int i = 0; i < kMostLinks && fs::is_symlink(fs::symlink_status(path, ignored)); ++i) {
+        path = path.parent_path() / fs::read_symlink(path, ignored);
+    }
+    return path.string();
+}
+
 bool writesOver(const std::string& output, const std::string& other) {
     std::error_code ignored;
     const fs::path path = localPath(other);
     if (fs::exists(output, ignored) || fs::exists(path, ignored)) {
         return fs::is_regular_file(output, ignored) && fs::equivalent(output, path, ignored);
     }
-    return fs::weakly_canonical(fs::absolute(output, ignored), ignored) ==
-           fs::weakly_canonical(fs::absolute(path, ignored), ignored);
+    return fs::weakly_canonical(fs::absolute(followed(output), ignored), ignored) ==
+           fs::weakly_canonical(fs::absolute(followed(path.string()), ignored), ignored);
 }
 
 std::string printable(std::string_view text) {

@@ -16,6 +16,9 @@ bool namesStandardInput(const std::string& name);
 /// Whether `name` is "-" or names what standard output goes to, as /dev/stdout does.
 bool namesStandardOutput(const std::string& name);
 
+/// Where `name` leads to by symbolic links, the last of which may point to nothing yet.
+std::string followed(const std::string& name);
+
 /// Whether writing to the file `output` would destroy `other`, another output or an input ("-" is standard
 /// input). Devices and pipes take what several write.
 bool writesOver(const std::string& output, const std::string& other);

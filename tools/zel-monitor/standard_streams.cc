@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -22,6 +23,11 @@ int writeAll(int descriptor, std::string_view text) {
         const ssize_t written = write(descriptor, text.data(), text.size());
         if (written >= 0) {
             text.remove_prefix(static_cast<size_t>(written));
+        } else if (errno == EAGAIN) {  // another program has made it so that a write does not wait
+            pollfd output{.fd = descriptor, .events = POLLOUT, .revents = 0};
+            if (poll(&output, 1, -1) < 0 && errno != EINTR) {
+                return errno;
+            }
         } else if (errno != EINTR) {
             return errno;
         }

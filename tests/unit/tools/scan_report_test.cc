@@ -1,7 +1,11 @@
+#include <array>
 #include <cmath>
+#include <fcntl.h>
 #include <filesystem>
 #include <limits>
 #include <string>
+#include <thread>
+#include <unistd.h>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -126,13 +130,54 @@ TEST(OutputFile, ReplacesWhatExistsOnlyWhenAskedFor) {
 TEST(OutputFile, NeverReplacesWhatCameMeanwhile) {
     const support::ScratchDir dir;
     const std::string path = dir.file("report.json");
+    std::string message;
     {
         OutputFile file(path, false, Appears::kWhenComplete);
+        file.write("hours of work");
         support::writeFile(path, {'x'});
-        EXPECT_THROW(file.complete(), zel_monitor::OutputError);
+        try {
+            file.complete();
+        } catch (const zel_monitor::OutputError& error) {
+            message = error.what();
+        }
     }
     EXPECT_EQ(contentOf(path), "x");
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.file("")), {}), 1) << "nothing else left";
+    std::filesystem::remove(path);
+    const std::filesystem::directory_iterator kept(dir.file(""));
+    ASSERT_NE(kept, std::filesystem::directory_iterator());
+    EXPECT_EQ(contentOf(kept->path().string()), "hours of work");
+    EXPECT_THAT(message, testing::AllOf(HasSubstr(kept->path().string()), HasSubstr(path + ": File exists")));
+}
+
+TEST(OutputFile, FollowsALinkThatPointsToNothingYet) {
+    const support::ScratchDir dir;
+    std::filesystem::create_symlink("inner", dir.file("outer"));
+    std::filesystem::create_symlink("report.json", dir.file("inner"));
+    EXPECT_TRUE(zel_monitor::writesOver(dir.file("outer"), dir.file("report.json")));
+    EXPECT_THROW(OutputFile(dir.file("outer"), false, Appears::kAtOnce), std::runtime_error);
+    writeWhole(dir.file("outer"), true, "first");
+    EXPECT_TRUE(std::filesystem::is_symlink(dir.file("outer")));
+    EXPECT_TRUE(std::filesystem::is_symlink(dir.file("inner")));
+    EXPECT_EQ(contentOf(dir.file("report.json")), "first");
+}
+
+TEST(StandardStreams, WritingWaitsForADescriptorThatDoesNot) {
+    std::array<int, 2> ends{};
+    ASSERT_EQ(pipe2(ends.data(), O_CLOEXEC), 0);
+    ASSERT_EQ(fcntl(ends[1], F_SETFL, O_NONBLOCK), 0);
+    const std::string text(1U << 20U, 'x');  // more than a pipe holds
+    std::thread writer([&] {
+        EXPECT_EQ(zel_monitor::writeAll(ends[1], text), 0);
+        close(ends[1]);
+    });
+    std::string read_back;
+    std::array<char, 4096> part{};
+    for (ssize_t count = 0; (count = read(ends[0], part.data(), part.size())) > 0;) {
+        read_back.append(part.data(), static_cast<size_t>(count));
+    }
+    writer.join();
+    close(ends[0]);
+    EXPECT_EQ(read_back, text);
 }
 
 TEST(OutputFile, LeavesNothingBehindThatBlocksTheNextRun) {

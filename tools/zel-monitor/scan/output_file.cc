@@ -5,11 +5,14 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
+#include <fmt/format.h>
 #include <stdexcept>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
+#include "file_names.h"
 #include "standard_streams.h"
 
 namespace zel_monitor::scan {
@@ -42,7 +45,9 @@ mode_t permissionsFor(const std::string& path) {
 OutputFile::OutputFile(const std::string& path, bool overwrite, Appears appears)
     : OutputFile(path, overwrite) {
     if (appears == Appears::kAtOnce) {
-        publish();
+        if (const int error = publish(); error != 0) {
+            throw OutputError(error, name_);
+        }
     }
 }
 
@@ -90,32 +95,36 @@ void OutputFile::write(std::string_view text) {
 }
 
 void OutputFile::complete() {
-    publish();
-    pending_.clear();
+    const int error = publish();
+    removal_.reset();
+    const std::string file = std::exchange(pending_, "");
+    if (error != 0) {
+        throw OutputError(error, fmt::format("all is in {}, which cannot be named {}", file, name_));
+    }
 }
 
 void OutputFile::create() {
-    std::error_code ignored;
-    if (const fs::path target = fs::canonical(path_, ignored); !target.empty()) {
-        path_ = target.string();
-    }
+    path_ = followed(path_);
     std::string file = (fs::path(path_).parent_path() / ".zel-monitor-XXXXXX").string();
     descriptor_ = mkostemp(file.data(), O_CLOEXEC);
     if (descriptor_ >= 0) {
         pending_ = file;
+        removal_.emplace(pending_);
         fchmod(descriptor_, permissionsFor(path_));
     }
 }
 
-void OutputFile::publish() {
+int OutputFile::publish() {
     if (pending_.empty() || published_) {
-        return;
+        return 0;
     }
     if (overwrite_ ? std::rename(pending_.c_str(), path_.c_str()) != 0 : !moveToFreeName(pending_, path_)) {
-        throw OutputError(errno, name_);
+        return errno;
     }
+    removal_.reset();
     published_ = true;
     pending_ = path_;
+    return 0;
 }
 
 }  // namespace zel_monitor::scan

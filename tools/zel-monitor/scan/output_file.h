@@ -1,8 +1,11 @@
 #ifndef ZEL_TOOLS_SCAN_OUTPUT_FILE_H_
 #define ZEL_TOOLS_SCAN_OUTPUT_FILE_H_
 
+#include <optional>
 #include <string>
 #include <string_view>
+
+#include "stop_signal.h"
 
 namespace zel_monitor::scan {
 
@@ -28,17 +31,20 @@ class OutputFile {
     /// Hands the text to the operating system. Throws OutputError if it does not take it.
     void write(std::string_view text);
 
-    /// Everything is written. Throws OutputError if the file cannot get its name.
+    /// Everything is written. Throws OutputError if the file cannot get its name: then it stays under its
+    /// own, which the error tells.
     void complete();
 
   private:
     OutputFile(const std::string& path, bool overwrite);
     void create();
-    void publish();
+    /// Gives the file its name; 0, or the system's error number.
+    int publish();
 
     std::string name_;     ///< for people
     std::string path_;     ///< where it belongs; symbolic links are followed
     std::string pending_;  ///< what to remove if this goes no further: the file's first name, later itself
+    std::optional<RemovedWhenKilled> removal_;  ///< of the file, while it has its first name
     bool overwrite_;
     bool published_ = false;
     int descriptor_;

@@ -67,13 +67,6 @@ struct Outputs {
           report(options.output, options.overwrite,
                  options.format == Format::kJson ? Appears::kWhenComplete : Appears::kAtOnce) {}
 
-    void complete() {
-        report.complete();
-        if (page) {
-            page->complete();
-        }
-    }
-
     std::unique_ptr<OutputFile> page;
     std::unique_ptr<OutputFile> table;  ///< standard output, if the report goes to a file and is for machines
     OutputFile report;                  ///< last: it may replace a file at once
@@ -166,9 +159,7 @@ class Scan {
     /// Shows people the table where it disturbs nothing; else, on standard error, at least the verdict.
     void show(const InputReport& report) {
         const std::string verdict = verdictText(report, options_.policy);
-        if (OutputFile* const table = tableOutput()) {
-            progress_.withoutBar([&] { table->write(inputTable(report, options_.policy)); });
-        } else if (!verdict.empty() || report.problem) {
+        if (!writeTable(inputTable(report, options_.policy)) && (!verdict.empty() || report.problem)) {
             progress_.withoutBar([&] {
                 writeError(fmt::format("{}: {}\n", printable(report.facts.input),
                                        verdict.empty() ? *report.problem : verdict));
@@ -176,12 +167,35 @@ class Scan {
         }
     }
 
-    /// Null if standard output holds something for machines.
-    OutputFile* tableOutput() {
+    /// False if there is no place for tables. One that only goes along with the report, on standard output,
+    /// may fail without ending the run.
+    bool writeTable(const std::string& text) {
         if (options_.format == Format::kTable) {
-            return &outputs_.report;
+            progress_.withoutBar([&] { outputs_.report.write(text); });
+            return true;
         }
-        return outputs_.table.get();
+        if (!outputs_.table) {
+            return false;
+        }
+        try {
+            progress_.withoutBar([&] { outputs_.table->write(text); });
+            return true;
+        } catch (const OutputError&) {
+            loss_ = std::current_exception();
+            outputs_.table.reset();
+            return false;
+        }
+    }
+
+    void writePage(const std::vector<InputReport>& reports, nlohmann::ordered_json records) {
+        try {
+            outputs_.page->write(
+                pageHtml({{"report", reportJson(reports, options_, exitStatus(reports, options_.policy))},
+                          {"records", std::move(records)}}));
+            outputs_.page->complete();
+        } catch (const OutputError&) {
+            loss_ = std::current_exception();
+        }
     }
 
     int conclude() {
@@ -191,18 +205,22 @@ class Scan {
             reports.push_back(std::move(scan->report));
             records.push_back(scan->record ? scan->record->json() : nullptr);
         }
-        if (OutputFile* const table = tableOutput(); table != nullptr && reports.size() > 1) {
-            progress_.withoutBar([&] { table->write(totalTable(reports, options_.policy)); });
-        }
-        if (options_.format == Format::kJson) {
-            outputs_.report.write(jsonText(reportJson(reports, options_)));
+        if (reports.size() > 1) {
+            writeTable(totalTable(reports, options_.policy));
         }
         if (outputs_.page) {
-            outputs_.page->write(
-                pageHtml({{"report", reportJson(reports, options_)}, {"records", std::move(records)}}));
+            writePage(reports, std::move(records));
         }
-        outputs_.complete();
-        return exitStatus(reports, options_.policy);
+        // The last of all, because it tells the exit status.
+        const int status = loss_ ? kNotAnalysed : exitStatus(reports, options_.policy);
+        if (options_.format == Format::kJson) {
+            outputs_.report.write(jsonText(reportJson(reports, options_, status)));
+        }
+        outputs_.report.complete();
+        if (loss_) {
+            std::rethrow_exception(loss_);
+        }
+        return status;
     }
 
     const ScanOptions& options_;
@@ -213,7 +231,8 @@ class Scan {
     std::mutex mutex_;
     std::vector<std::optional<InputScan>> scans_;  // guarded by mutex_ while helpers run, like all below
     size_t shown_ = 0;
-    std::exception_ptr failure_;
+    std::exception_ptr failure_;  // the report takes no more
+    std::exception_ptr loss_;     // something else does, which the report tells in its exit status
 };
 
 void discardLog(const char* /*text*/, size_t /*length*/, void* /*context*/) {}

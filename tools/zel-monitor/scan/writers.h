@@ -21,8 +21,9 @@ std::string inputTable(const InputReport& report, const Policy& policy);
 /// What several inputs come to together.
 std::string totalTable(const std::vector<InputReport>& reports, const Policy& policy);
 
-/// The whole of a scan, as docs/scan-report.schema.json describes it.
-nlohmann::ordered_json reportJson(const std::vector<InputReport>& reports, const ScanOptions& options);
+/// The whole of a scan that exits with `status`, as docs/scan-report.schema.json describes it.
+nlohmann::ordered_json reportJson(const std::vector<InputReport>& reports, const ScanOptions& options,
+                                  int status);
 /// With line ends and indentation, for people too.
 std::string jsonText(const nlohmann::ordered_json& json);
 

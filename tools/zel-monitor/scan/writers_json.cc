@@ -115,7 +115,8 @@ std::string textOf(const Json& json, int indent) {
 
 }  // namespace
 
-nlohmann::ordered_json reportJson(const std::vector<InputReport>& reports, const ScanOptions& options) {
+nlohmann::ordered_json reportJson(const std::vector<InputReport>& reports, const ScanOptions& options,
+                                  int status) {
     Json inputs = Json::array();
     for (const InputReport& report : reports) {
         inputs.push_back(inputJson(report, options.policy));
@@ -124,7 +125,7 @@ nlohmann::ordered_json reportJson(const std::vector<InputReport>& reports, const
             {"version", kFormatVersion},
             {"tool", {{"name", "zel-monitor"}, {"version", ZEL_VERSION}}},
             {"settings", settingsJson(options)},
-            {"exit_status", exitStatus(reports, options.policy)},
+            {"exit_status", status},
             {"inputs", std::move(inputs)}};
 }
 
