@@ -493,6 +493,16 @@ class Endings(ScanTest):
         self.assertEqual(second, f"{self.faulty}: INCOMPLETE, no pass: not begun, the scan was stopped")
         self.assertTrue(page.stat().st_size)
 
+    def test_stopped_selftest_removes_its_clips(self):
+        environment = os.environ | {"TMPDIR": str(self.work)}
+        with subprocess.Popen([PROGRAM, "selftest"], env=environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
+            process.stderr.readline()  # the first case of many
+            self.assertEqual(len(self.files()), 1)
+            process.send_signal(signal.SIGTERM)
+            self.assertIn(b"selftest: stopped before its end", process.stderr.read())
+            self.assertEqual(process.wait(), 3)
+        self.assertEqual(self.files(), [])
+
     def test_names_that_look_like_urls_and_patterns(self):
         (self.work / "12:30.mkv").write_bytes(self.faulty.read_bytes())
         (self.work / "p%03d.png").write_bytes(self.clip_of("black.png", BLACK, "-frames:v 1").read_bytes())

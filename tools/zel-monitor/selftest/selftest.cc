@@ -21,11 +21,14 @@ extern "C" {
 #include "selftest/corpus.h"
 #include "selftest/results.h"
 #include "standard_streams.h"
+#include "stop_signal.h"
 
 namespace zel_monitor::selftest {
 namespace {
 
 namespace fs = std::filesystem;
+
+constexpr const char* kStopped = "stopped before its end";
 
 /// Where the clips are made; gone with the object unless they are to be kept.
 class ClipFolder {
@@ -92,13 +95,12 @@ std::vector<Span> eventsOf(const scan::InputReport& report, Kind kind) {
     return spans;
 }
 
-Result test(const Case& tested, const ClipFolder& folder) {
+Result test(const Case& tested, const ClipFolder& folder, const std::atomic<bool>& stop) {
     const std::string file = make(tested, folder);
     scan::Progress::Slot unseen;
-    const std::atomic<bool> never{false};
     const scan::InputReport report =
         scan::scanInput(
-            file, scan::defaultRules(), false, unseen, [](const scan::Event&) {}, never)
+            file, scan::defaultRules(), false, unseen, [](const scan::Event&) {}, stop)
             .report;
     if (report.problem) {
         throw std::runtime_error(file + ": " + *report.problem);
@@ -129,6 +131,7 @@ CLI::App* addSelftestCommand(CLI::App& app, SelftestOptions& options) {
 int runSelftest(const SelftestOptions& options) {
     ZEL::setLogSink([](const char*, size_t, void*) {}, nullptr);
     av_log_set_level(AV_LOG_QUIET);
+    const std::atomic<bool>& stop = watchStopSignals();
     try {
         const ClipFolder folder(options.keep);
         std::vector<Result> results;
@@ -139,7 +142,10 @@ int runSelftest(const SelftestOptions& options) {
             if (!options.quiet) {
                 writeError(fmt::format("{}: {}\n", tested.name, tested.about));
             }
-            results.push_back(test(tested, folder));
+            results.push_back(test(tested, folder, stop));
+            if (stop) {
+                throw std::runtime_error(kStopped);
+            }
         }
         if (results.empty()) {
             complain(fmt::format("no case has '{}' in its name", options.only));
@@ -151,7 +157,7 @@ int runSelftest(const SelftestOptions& options) {
     } catch (const OutputError&) {
         throw;
     } catch (const std::exception& error) {
-        complain(fmt::format("selftest: {}", error.what()));
+        complain(fmt::format("selftest: {}", stop ? kStopped : error.what()));
         return scan::kNotAnalysed;
     }
 }
