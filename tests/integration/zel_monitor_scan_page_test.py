@@ -96,6 +96,15 @@ class Page(ScanTest):
         self.assertEqual(set(loaded), {160})
         self.assertIn("black\n0:00:02.000, 3.000 s", self.texts("#gallery figcaption"))
 
+    def test_says_how_many_events_have_no_picture(self):
+        self.assertFalse(self.find("#lacking").is_displayed())
+        bare = self.folder / "bare.html"
+        bare.write_text(re.sub(r'"thumbnails":\[[^]]+\]', '"thumbnails":[]', self.page.read_text()))
+        self.browser.get(bare.as_uri())
+        self.find("#timeline svg path")
+        events = len(self.texts("#events tbody tr"))
+        self.assertEqual(self.find("#lacking").text, f"No picture was at hand for {events} of {events} events.")
+
     def test_choosing_an_event_zooms_to_it(self):
         before = self.width(self.bar("black")[0])
         self.browser.find_element(By.XPATH, "//div[@id='events']//tr[contains(., 'black')]").click()

@@ -1,11 +1,13 @@
 #!/usr/bin/python3
 """Walks `zel-monitor scan` through inputs of every sort, its outputs and its exit statuses."""
+import base64
 import contextlib
 import csv
 import io
 import json
 import os
 import pty
+import re
 import signal
 import subprocess
 import termios
@@ -234,6 +236,26 @@ class Outputs(ScanTest):
             done = run("scan", clip, "--fail-on", "black=0.1s", *contradiction)
             self.assertEqual(done.returncode, 2)
             self.assertRegex(done.stderr.decode(), "--fail-on: black=0.1s is shorter than .*--min black=1s|stall=0.5s.*stall=1s")
+
+    def test_page_shows_the_picture_at_the_start_of_an_event_or_none(self):
+        brighter = "color=s=160x120:r=25:d=12,geq=lum=40+15*T:cb=128:cr=128"
+        sound = "aevalsrc=sin(2800*t)*not(between(t\\,2\\,4)):s=48000:d=5"  # ends early: noticed at the very end
+        clip = self.clip("brighter.mkv", "-f lavfi -i", brighter, "-f lavfi -i", sound, "-c:v ffv1 -c:a pcm_s16le")
+        page = self.folder / "brighter.html"
+        events = self.scan_one(clip, "--html", page, "--min", "no-voice=1s,short=1s")["events"]
+        self.assertEqual({e["kind"] for e in events} & {"mute", "no-voice", "stall"}, {"mute", "no-voice", "stall"})
+        data = re.search(r'type="application/json">(.*?)</script>', page.read_text(), re.S).group(1)
+        thumbnails = json.loads(data)["records"][0]["thumbnails"]
+        self.assertEqual(sum(t["kind"] == "stall" for t in thumbnails), 0)
+        for event in events:
+            if event["kind"] not in ("mute", "no-voice"):
+                continue
+            with self.subTest(event):
+                (image,) = [t["image"] for t in thumbnails if (t["kind"], t["start_s"]) == (event["kind"], event["start_s"])]
+                jpeg = base64.b64decode(image.partition(",")[2])
+                words = "ffmpeg -v error -f mjpeg -i - -vf scale=1:1 -pix_fmt gray -f rawvideo -".split()
+                luma = subprocess.run(words, input=jpeg, stdout=subprocess.PIPE, check=True).stdout[0] * 219 / 255 + 16
+                self.assertAlmostEqual((luma - 40) / 15, event["start_s"], delta=0.45)
 
     def test_rules_can_be_set(self):
         self.assertEqual(self.scan_one(self.faulty, "--min", "black=3s")["totals"]["black"]["events"], 0)

@@ -75,9 +75,12 @@ function zoomTo({ start_s, end_s }) {
   byId("timeline").scrollIntoView({ block: "nearest", behavior: "smooth" });
 }
 
-function showGallery(events, images) {
+function showGallery({ stream, events }, images) {
   const shown = events.map((event, i) => ({ event, image: images[i] })).filter(({ image }) => image);
-  byId("gallery-section").hidden = shown.length === 0;
+  const lacking = stream.video ? events.length - shown.length : 0;
+  byId("gallery-section").hidden = shown.length + lacking === 0;
+  byId("lacking").hidden = lacking === 0;
+  byId("lacking").textContent = `No picture was at hand for ${lacking} of ${events.length} events.`;
   byId("gallery").innerHTML = shown
     .map(
       ({ event, image }) =>
@@ -125,7 +128,7 @@ function showInput(index) {
   timeline?.dispose();
   timeline = drawTimeline(byId("timeline"), { kinds, input, record, images, onEvent: zoomTo });
   byId("timeline").chart = timeline.chart; // for the console
-  showGallery(input.events, images);
+  showGallery(input, images);
   showTables(input);
 }
 

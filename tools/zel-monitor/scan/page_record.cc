@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "scan/text.h"
 
@@ -10,7 +11,10 @@ namespace {
 
 constexpr double kCurveStepS = 0.1;
 constexpr size_t kMostThumbnails = 300;
-constexpr uint32_t kLumaGrid = 8;  // every so many rows and columns are enough for a mean
+constexpr double kSnapshotStepS = 0.25;
+constexpr size_t kMostRecent = 9;        // two seconds: most kinds are noticed sooner
+constexpr size_t kMostAroundStart = 18;  // as many again, because sound may be ahead of the pictures
+constexpr uint32_t kLumaGrid = 8;        // every so many rows and columns are enough for a mean
 
 double meanLuma(const ZELAlgo::ZELVideoPlanes& planes) {
     uint64_t sum = 0;
@@ -43,6 +47,11 @@ PageRecord::PageRecord(double frame_rate)
 
 void PageRecord::onPicture(const Picture& picture, double time_s) {
     current_ = &picture;
+    current_s_ = time_s;
+    if (wantsThumbnails() &&
+        (recent_.empty() || time_s - recent_.back()->time_s + kSlackS >= kSnapshotStepS)) {
+        remember(snapshot());
+    }
     luma_.add(time_s, meanLuma(picture.planes));
 }
 
@@ -54,17 +63,54 @@ void PageRecord::onVoicePeriod(Span period, const ZELAlgo::ZELAudioResult& resul
     voice_.add(period.middle(), result.voice_scale_longtime);
 }
 
+/// The picture at hand is the first of what is seen. When something else is noticed, its start is past, and
+/// told only by the event; so the pictures around this time are kept until then.
 void PageRecord::onRunBegan(Kind kind) {
-    if (current_ != nullptr && thumbnails_.size() < kMostThumbnails) {
-        first_pictures_[indexOf(kind)] = thumbnailer_.shrink(*current_);
+    Run& run = runs_[indexOf(kind)];
+    run = {};
+    if (!wantsThumbnails()) {
+        return;
+    }
+    if (infoOf(kind).source != Source::kVideo) {
+        run = {.followed = true, .around_start = recent_};
+    }
+    if (current_ != nullptr) {
+        run.around_start.push_back(snapshot());
     }
 }
 
 void PageRecord::onEvent(const Event& event) {
-    const FrameHandle first = std::move(first_pictures_[indexOf(event.kind)]);
-    if (first != nullptr && thumbnails_.size() < kMostThumbnails) {
+    const Run run = std::exchange(runs_[indexOf(event.kind)], {});
+    const Snapshots& pictures = run.around_start;
+    auto after = std::find_if(pictures.begin(), pictures.end(), [&](const auto& picture) {
+        return run.followed && picture->time_s > event.span.start_s + kSlackS;
+    });
+    if (after == pictures.begin() || !wantsThumbnails()) {
+        return;
+    }
+    if (const FrameHandle& first = (*--after)->small) {
         thumbnails_.push_back({event.kind, event.span.start_s, jpegAddress(*first)});
     }
+}
+
+std::shared_ptr<const PageRecord::Snapshot> PageRecord::snapshot() {
+    return std::make_shared<const Snapshot>(Snapshot{current_s_, thumbnailer_.shrink(*current_)});
+}
+
+void PageRecord::remember(const std::shared_ptr<const Snapshot>& snapshot) {
+    recent_.push_back(snapshot);
+    if (recent_.size() > kMostRecent) {
+        recent_.pop_front();
+    }
+    for (Run& run : runs_) {
+        if (run.followed && run.around_start.size() < kMostAroundStart) {
+            run.around_start.push_back(snapshot);
+        }
+    }
+}
+
+bool PageRecord::wantsThumbnails() const {
+    return thumbnails_.size() < kMostThumbnails;
 }
 
 nlohmann::ordered_json PageRecord::json() const {

@@ -1,6 +1,8 @@
 #ifndef ZEL_TOOLS_SCAN_PAGE_RECORD_H_
 #define ZEL_TOOLS_SCAN_PAGE_RECORD_H_
 
+#include <deque>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -11,8 +13,9 @@
 
 namespace zel_monitor::scan {
 
-/// What the page shows of one input beyond the report: the curves, and a small picture per event. Of bounded
-/// size but for the pictures, and of those it keeps only so many.
+/// What the page shows of one input beyond the report: the curves, and of each event a small copy of the
+/// picture that was shown when it began, unless that was long ago when the event was noticed. Of bounded
+/// size.
 class PageRecord {
   public:
     explicit PageRecord(double frame_rate);
@@ -26,18 +29,33 @@ class PageRecord {
     nlohmann::ordered_json json() const;
 
   private:
+    struct Snapshot {
+        double time_s;
+        FrameHandle small;
+    };
+    using Snapshots = std::deque<std::shared_ptr<const Snapshot>>;  // in the order of time
+    struct Run {
+        bool followed = false;
+        Snapshots around_start;
+    };
     struct Thumbnail {
         Kind kind;
         double start_s;
         std::string address;
     };
 
+    std::shared_ptr<const Snapshot> snapshot();
+    void remember(const std::shared_ptr<const Snapshot>& snapshot);
+    bool wantsThumbnails() const;
+
     Series luma_;
     Series level_;
     Series voice_;
     const Picture* current_ = nullptr;
+    double current_s_ = 0.0;  // when it began
     Thumbnailer thumbnailer_;
-    PerKind<FrameHandle> first_pictures_;  // of the runs that are open
+    Snapshots recent_;
+    PerKind<Run> runs_;  // the last of each kind
     std::vector<Thumbnail> thumbnails_;
 };
 
