@@ -25,8 +25,22 @@ bool moveToFreeName(const std::string& from, const std::string& to) {
     if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
         return true;
     }
-    // Not every file system can do that.
-    return errno == EINVAL && link(from.c_str(), to.c_str()) == 0 && unlink(from.c_str()) == 0;
+    if (errno != EINVAL) {
+        return false;
+    }
+    // Not every file system can do that, so the name is taken first.
+    const int placeholder = open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR);
+    if (placeholder < 0) {
+        return false;
+    }
+    close(placeholder);
+    if (std::rename(from.c_str(), to.c_str()) == 0) {
+        return true;
+    }
+    const int error = errno;
+    unlink(to.c_str());
+    errno = error;
+    return false;
 }
 
 /// The permissions of the file that is replaced, or those of any new file.
