@@ -87,6 +87,10 @@ class Inputs(ScanTest):
         clip = self.clip_of("clip.ts", FAULTY, "-c:v mpeg2video")
         with clip.open("rb") as stream:
             self.assert_events(self.scan_one("-", stdin=stream), BLACK_EVENT)
+        named = self.folder / "named"
+        os.mkfifo(named)
+        with subprocess.Popen(["cp", clip, named]):
+            self.assert_events(self.scan_one(named), BLACK_EVENT)
 
     def test_truncated_file(self):
         whole = self.clip_of("whole.mp4", FAULTY, "-c:v mpeg4 -movflags +faststart")
@@ -524,6 +528,21 @@ class Endings(ScanTest):
             self.assertIn(b"selftest: stopped before its end", process.stderr.read())
             self.assertEqual(process.wait(), 3)
         self.assertEqual(self.files(), [])
+
+    def test_interrupted_scan_does_not_wait_for_the_writer_of_a_named_pipe(self):
+        pipe = self.work / "pipe"
+        os.mkfifo(pipe)
+        for name, arguments, writes in (("silent", [pipe], True), ("absent", [self.faulty, pipe, "-j", 2], False)):
+            with self.subTest(name), self.start("-q", "--jsonl", *arguments) as process:
+                with pipe.open("wb") if writes else contextlib.nullcontext() as writer:
+                    if writes:
+                        writer.write(self.faulty.read_bytes())
+                        writer.flush()
+                    while json.loads(process.stdout.readline())["kind"] != "black":
+                        pass
+                    process.send_signal(signal.SIGINT)
+                    self.assertIn(b"stopped", process.stderr.read())
+                    self.assertEqual(process.wait(), 3)
 
     def test_names_that_look_like_urls_and_patterns(self):
         (self.work / "12:30.mkv").write_bytes(self.faulty.read_bytes())

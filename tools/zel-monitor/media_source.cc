@@ -9,7 +9,7 @@
 #include "ffmpeg_handles.h"
 #include "file_names.h"
 #include "frame_converter.h"
-#include "standard_input.h"
+#include "polled_input.h"
 
 extern "C" {
 #include <libavdevice/avdevice.h>
@@ -170,22 +170,27 @@ class MediaSource::Reader {
                 throw FfmpegError(AVERROR_DEMUXER_NOT_FOUND, "unknown input format " + options.format);
             }
         }
-        AVDictionary* settings = nullptr;
+        // A name is that of a file whatever colons and patterns are in it.
+        const bool is_file = forced == nullptr && input != "-" && namesFile(input);
+        if (input == "-") {
+            polled_.emplace(PolledInput::standardInput(interrupted_));
+        } else if (is_file && mustBePolled(input)) {
+            polled_.emplace(PolledInput::file(input, interrupted_));
+        }
         AVFormatContext* format = orOutOfMemory(avformat_alloc_context());
         if (interrupted_ != nullptr) {
             format->interrupt_callback = {.callback = &isInterrupted,
                                           .opaque = const_cast<std::atomic<bool>*>(interrupted_)};
         }
         format->correct_ts_overflow = 0;  // it takes a jump back for a wrap; unwrapped() tells the two apart
-        std::string url = input;
-        if (input == "-") {
-            url = "pipe:0";
-            standard_input_ = openStandardInput(interrupted_);
-            format->pb = standard_input_.get();
-        } else if (forced == nullptr && namesFile(input)) {  // whatever colons and patterns are in its name
-            url = "file:" + input;
+        if (polled_) {
+            format->pb = polled_->context();
+        }
+        AVDictionary* settings = nullptr;
+        if (is_file) {
             checked(av_dict_set(&settings, "pattern_type", "none", 0));
         }
+        const std::string url = (is_file ? "file:" : "") + (input == "-" ? "pipe:0" : input);
         // On failure the context is freed and the pointer cleared.
         const int result = avformat_open_input(&format, url.c_str(), forced, &settings);
         av_dict_free(&settings);
@@ -399,7 +404,7 @@ class MediaSource::Reader {
     }
 
     const std::atomic<bool>* interrupted_;
-    InputContext standard_input_;  ///< outlives `format_`
+    std::optional<PolledInput> polled_;  ///< outlives `format_`
     FormatHandle format_;
     Track video_;
     Track audio_;
