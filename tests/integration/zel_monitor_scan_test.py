@@ -153,6 +153,30 @@ class Inputs(ScanTest):
                 report = self.scan_one(self.clip_of(name, graph, arguments), "--fail-on", "stall=3s", status=1)
                 self.assert_events(report, expected, within=0.1)
 
+    def test_pictures_that_are_lost_beside_sound(self):
+        for name, damage, status in (
+            ("one.mkv", "-c:v libx264 -bf 0 -bsf:v noise=drop='gt(n\\,0)'", 1),
+            ("rubbish.mkv", "-c:v mpeg4 -bsf:v noise=amount=1", 3),
+            ("empty.mkv", "-c:v libx264 -bsf:v noise=drop=1", 3),
+        ):
+            with self.subTest(name):
+                clip = self.clip_of(name, f"{MOVING},trim=duration=4", "-f lavfi -i sine=440:d=4 -c:a pcm_s16le", damage)
+                report = self.scan_one(clip, "--fail-on", "stall=1s", status=status)
+                self.assert_events(report, ("stall", 0.0, 4.0), within=0.1)
+                self.assertEqual(report["problem"], "none of its pictures could be decoded" if status == 3 else None)
+        song = self.clip_of("song.mkv", f"{MOVING},trim=end_frame=1", "-f lavfi -i sine=440:d=4 -c:v png -c:a pcm_s16le")
+        self.assertEqual(self.scan_one(song)["totals"]["stall"]["events"], 0)
+
+    def test_broadcast_that_goes_on_under_other_identifiers(self):
+        films = (self.clip_of("film.ts", f"{MOVING},trim=duration=3", "-f lavfi -i sine=440:d=3 -c:v mpeg2video -c:a mp2"),
+                 self.clip_of("dead.ts", f"{BLACK}:d=3", "-f lavfi -i anullsrc -t 3 -c:v mpeg2video -c:a mp2",
+                              "-mpegts_start_pid 512"))
+        both = self.folder / "changed.ts"
+        both.write_bytes(b"".join(film.read_bytes() for film in films))
+        report = self.scan_one(both, "--fail-on", "black=2s", status=1)
+        self.assert_events(report, ("black", 3.0, 6.0), within=0.2)
+        self.assert_events(report, ("mute", 3.0, 6.0), within=0.2)
+
     def test_timestamps_that_jump_back(self):
         late = self.clip_of("late.ts", FAULTY, "-c:v mpeg2video -output_ts_offset 1000")
         both = self.folder / "twice.ts"

@@ -2,19 +2,22 @@
 
 #include <algorithm>
 #include <cmath>
-#include <deque>
 #include <string_view>
 #include <utility>
+#include <vector>
 
+#include "declared_length.h"
+#include "declared_size.h"
 #include "ffmpeg_handles.h"
 #include "file_names.h"
 #include "frame_converter.h"
 #include "polled_input.h"
+#include "track.h"
+#include "unread_tail.h"
 
 extern "C" {
 #include <libavdevice/avdevice.h>
 #include <libavutil/dict.h>
-#include <libavutil/parseutils.h>
 #include <libavutil/pixdesc.h>
 }
 
@@ -24,7 +27,6 @@ namespace {
 constexpr double kFallbackPictureSeconds = 1.0 / 25;
 constexpr size_t kMostPicturesAhead = 4;  ///< decoded pictures that wait for sound, and the reverse
 constexpr size_t kMostSoundsAhead = 200;
-constexpr double kLeastJumpBackSeconds = 0.5;
 
 int isInterrupted(void* flag) {
     return static_cast<const std::atomic<bool>*>(flag)->load() ? 1 : 0;
@@ -34,83 +36,11 @@ double secondsOf(AVRational value) {
     return value.num > 0 && value.den > 0 ? av_q2d(value) : 0.0;
 }
 
-/// One chosen stream: its decoder, and what it gave that nobody has taken yet.
-struct Track {
-    const AVStream* stream = nullptr;
-    CodecHandle codec;
-    std::deque<MediaItem> ready;
-    size_t most_ahead = 0;
-    double next_time = 0;       ///< where a frame without a timestamp is placed: the end of the one before it
-    bool corrupt_last = false;  ///< the demuxer could not fill the packet that it gave last
-
-    std::optional<double> given_to;  ///< time of the item that was handed on last
-
-    explicit operator bool() const { return stream != nullptr; }
-
-    /// Whether what is ready begins far before what was handed on; pictures out of order are no jump.
-    bool jumpsBack() const { return given_to && timeOf(ready.front()) + kLeastJumpBackSeconds < *given_to; }
-};
-
-std::optional<Track> openTrack(AVFormatContext& format, AVMediaType type, size_t most_ahead) {
-    const AVCodec* decoder = nullptr;
-    const int index = av_find_best_stream(&format, type, -1, -1, &decoder, 0);
-    if (index == AVERROR_DECODER_NOT_FOUND) {
-        throw FfmpegError(index, type == AVMEDIA_TYPE_VIDEO ? "no decoder for the video stream"
-                                                            : "no decoder for the audio stream");
-    }
-    if (index < 0) {
-        return std::nullopt;
-    }
-    AVStream* const stream = format.streams[index];
-    if ((stream->disposition & AV_DISPOSITION_ATTACHED_PIC) != 0) {  // the cover of a sound file
-        return std::nullopt;
-    }
-    Track track;
-    track.stream = stream;
-    track.most_ahead = most_ahead;
-    track.codec.reset(orOutOfMemory(avcodec_alloc_context3(decoder)));
-    track.codec->pkt_timebase = stream->time_base;
-    track.codec->thread_count = 0;  // as many as there are processors
-    checked(avcodec_parameters_to_context(track.codec.get(), stream->codecpar));
-    checked(avcodec_open2(track.codec.get(), decoder, nullptr));
-    stream->discard = AVDISCARD_DEFAULT;
-    return track;
-}
-
-/// Matroska states the time of the last end, not how long it is from the first start.
-bool countsFromZero(const AVFormatContext& format) {
-    return std::string_view(format.iformat->name).starts_with("matroska");
-}
-
-/// Whether a WAV or AVI file says that it is longer than it is; libavformat lets that pass. Programs that
-/// write into a pipe say nothing there, or the most that fits. Leaves the file near its beginning.
-bool isShorterThanItsHeader(const AVFormatContext& format) {
-    constexpr uint32_t kLeastUnknown = 0x7fff0000;
+/// Whether streams may come and go within the input. Elsewhere all are known from the beginning, and those
+/// that are not chosen need not be read.
+bool streamsChange(const AVFormatContext& format) {
     const std::string_view name = format.iformat->name;
-    const int64_t length = name == "wav" || name == "avi" ? avio_size(format.pb) : -1;
-    if (length < 0 || avio_seek(format.pb, 4, SEEK_SET) < 0) {
-        return false;
-    }
-    const uint32_t size = avio_rl32(format.pb);
-    return size < kLeastUnknown && size > 0 && int64_t{size} + 8 > length;
-}
-
-/// Where the stream is said to end, in seconds on the input's own clock.
-std::optional<double> declaredEnd(const AVStream& stream, bool from_zero) {
-    const double start = stream.start_time != AV_NOPTS_VALUE
-                             ? static_cast<double>(stream.start_time) * av_q2d(stream.time_base)
-                             : 0.0;
-    if (stream.duration != AV_NOPTS_VALUE && stream.duration > 0) {
-        return start + static_cast<double>(stream.duration) * av_q2d(stream.time_base);
-    }
-    const AVDictionaryEntry* const entry =
-        av_dict_get(stream.metadata, "DURATION", nullptr, AV_DICT_IGNORE_SUFFIX);
-    int64_t microseconds = 0;
-    if (entry == nullptr || av_parse_time(&microseconds, entry->value, 1) < 0 || microseconds <= 0) {
-        return std::nullopt;
-    }
-    const double length = static_cast<double>(microseconds) / AV_TIME_BASE;
-    return from_zero && length > start ? length : start + length;
+    return name == "mpegts" || name == "mpeg" || name == "flv";
 }
 
 }  // namespace
@@ -118,10 +48,12 @@ std::optional<double> declaredEnd(const AVStream& stream, bool from_zero) {
 class MediaSource::Reader {
   public:
     Reader(const std::string& input, const MediaOptions& options) : interrupted_(options.interrupted) {
+        video_.wanted = options.video;
+        audio_.wanted = options.audio;
         facts_.input = options.label.empty() ? input : options.label;
         try {
             openFormat(input, options);
-            openTracks(options);
+            openTracks();
         } catch (const FfmpegError& error) {
             throw MediaError(facts_.input, error.what(), error.code());
         }
@@ -129,6 +61,7 @@ class MediaSource::Reader {
     }
 
     const MediaFacts& facts() const { return facts_; }
+    const std::optional<std::string>& shortfall() const { return shortfall_; }
 
     MediaCounts counts() const {
         MediaCounts counts = counts_;
@@ -199,23 +132,32 @@ class MediaSource::Reader {
         checked(avformat_find_stream_info(format_.get(), nullptr));
     }
 
-    void openTracks(const MediaOptions& options) {
+    void openTracks() {
+        streams_change_ = streamsChange(*format_);
         for (unsigned i = 0; i < format_->nb_streams; ++i) {
-            format_->streams[i]->discard = AVDISCARD_ALL;
+            AVStream* const stream = format_->streams[i];
+            stream->discard =
+                streams_change_ && trackOf(*stream) != nullptr ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
         }
-        if (options.video) {
-            if (auto track = openTrack(*format_, AVMEDIA_TYPE_VIDEO, kMostPicturesAhead)) {
-                video_ = std::move(*track);
-            }
+        if (video_.wanted) {
+            openBestStream(video_, *format_, -1);
         }
-        if (options.audio) {
-            if (auto track = openTrack(*format_, AVMEDIA_TYPE_AUDIO, kMostSoundsAhead)) {
-                audio_ = std::move(*track);
-            }
+        if (audio_.wanted) {
+            openBestStream(audio_, *format_, -1);
         }
         if (!video_ && !audio_) {
             throw FfmpegError(AVERROR_STREAM_NOT_FOUND, "no video or audio stream to decode");
         }
+    }
+
+    /// The track that wants a stream's type; null if none does.
+    Track* trackOf(const AVStream& stream) {
+        for (Track* const track : {&video_, &audio_}) {
+            if (track->wanted && track->type == stream.codecpar->codec_type) {
+                return track;
+            }
+        }
+        return nullptr;
     }
 
     void gatherFacts(const MediaOptions& options) {
@@ -226,9 +168,15 @@ class MediaSource::Reader {
         if (format_->start_time != AV_NOPTS_VALUE) {
             origin_ = static_cast<double>(format_->start_time) / AV_TIME_BASE;
         }
-        if (format_->duration != AV_NOPTS_VALUE && format_->duration > 0) {
-            facts_.duration = declaredDuration();
-            facts_.duration_estimated = format_->duration_estimation_method == AVFMT_DURATION_FROM_BITRATE;
+        std::vector<const AVStream*> chosen;
+        for (const Track* const track : {&video_, &audio_}) {
+            if (*track) {
+                chosen.push_back(track->stream);
+            }
+        }
+        if (const auto length = declaredLength(*format_, origin_.value_or(0.0), chosen)) {
+            facts_.duration = length->seconds;
+            facts_.duration_estimated = length->estimated;
         }
         if (video_) {
             const char* const pixels = av_get_pix_fmt_name(video_.codec->pix_fmt);
@@ -236,34 +184,14 @@ class MediaSource::Reader {
                             .pixel_format = pixels != nullptr ? pixels : "unknown",
                             .width = video_.codec->width,
                             .height = video_.codec->height,
-                            .frame_rate = secondsOf(video_.stream->avg_frame_rate)};
+                            .frame_rate = secondsOf(video_.stream->avg_frame_rate),
+                            .still = isStill(*video_.stream)};
         }
         if (audio_) {
             facts_.audio = {.codec = avcodec_get_name(audio_.codec->codec_id),
                             .sample_rate = audio_.codec->sample_rate,
                             .channels = audio_.codec->ch_layout.nb_channels};
         }
-    }
-
-    /// Seconds from the first timestamp to the declared end. The container speaks for streams too that are
-    /// left out here; then the chosen ones are asked, if all of them have an answer.
-    double declaredDuration() const {
-        const double start = origin_.value_or(0.0);
-        const bool from_zero = countsFromZero(*format_);
-        double end = 0.0;
-        bool all_known = format_->nb_streams > (video_ ? 1U : 0U) + (audio_ ? 1U : 0U);
-        for (const Track* const track : {&video_, &audio_}) {
-            if (*track) {
-                const auto track_end = declaredEnd(*track->stream, from_zero);
-                all_known = all_known && track_end;
-                end = std::max(end, track_end.value_or(0.0));
-            }
-        }
-        if (all_known && end > start) {
-            return end - start;
-        }
-        const double whole = static_cast<double>(format_->duration) / AV_TIME_BASE;
-        return from_zero && whole > start ? whole - start : whole;
     }
 
     /// The track whose first item is due next; null if more must be read to know.
@@ -290,38 +218,105 @@ class MediaSource::Reader {
 
     /// Reads one packet and decodes it; at the end of the input empties the decoders.
     void readPacket() {
-        int result = av_read_frame(format_.get(), packet_.get());
+        const int result = av_read_frame(format_.get(), packet_.get());
         if (result < 0) {
-            if (result == AVERROR_EOF && format_->pb != nullptr && format_->pb->error < 0) {
-                result = format_->pb->error;  // demuxers take a read that failed for the end
-            }
-            if (result != AVERROR_EOF) {
-                failure_.emplace(result);
-            }
-            for (Track* const track : {&video_, &audio_}) {
-                if (*track) {
-                    decode(*track, nullptr);
-                }
-            }
-            // Where the container does not know its end, the last packet is as long as the file lasts.
-            const bool end_is_known = facts_.duration && !facts_.duration_estimated;
-            counts_.cut_off = (end_is_known && (video_.corrupt_last || audio_.corrupt_last)) ||
-                              isShorterThanItsHeader(*format_);
-            ended_ = true;
+            end(result);
             return;
         }
         counts_.bytes_read += static_cast<uint64_t>(packet_->size);
-        for (Track* const track : {&video_, &audio_}) {
-            if (*track && track->stream->index == packet_->stream_index) {
-                track->corrupt_last = (packet_->flags & AV_PKT_FLAG_CORRUPT) != 0;
-                decode(*track, packet_.get());
-            }
+        const AVStream& stream = *format_->streams[packet_->stream_index];
+        Track* const track = trackOf(stream);
+        if (track != nullptr) {
+            track->furthest = std::max(track->furthest, packet_->pos);
+        }
+        if (track != nullptr && track->stream == &stream) {
+            track->succession.goesOn(*packet_);
+            decode(*track, packet_.get());
+        } else if (track != nullptr && streams_change_) {
+            track->succession.runs(*packet_, dueTime(stream));
+            follow(*track, false);
         }
         av_packet_unref(packet_.get());
     }
 
+    /// Nothing more can be read, for the reason `result`.
+    void end(int result) {
+        if (result == AVERROR_EOF && format_->pb != nullptr && format_->pb->error < 0) {
+            result = format_->pb->error;  // demuxers take a read that failed for the end
+        }
+        if (result != AVERROR_EOF) {
+            failure_.emplace(result);
+        }
+        for (Track* const track : {&video_, &audio_}) {
+            follow(*track, true);
+            if (*track) {
+                finishStream(*track);
+            }
+            if (track->succession.missedAny()) {
+                fallShort(track == &video_ ? "some of its pictures are in a stream that was not examined"
+                                           : "some of its sound is in a stream that was not examined");
+            }
+        }
+        // Where the container does not know its end, the last packet is as long as the file lasts.
+        const bool end_is_known =
+            facts_.duration && format_->duration_estimation_method != AVFMT_DURATION_FROM_BITRATE;
+        if ((end_is_known && (video_.corrupt_last || audio_.corrupt_last)) ||
+            isShorterThanItsHeader(*format_)) {
+            fallShort("it is cut off before its end");
+        }
+        for (const Track* const track : {&video_, &audio_}) {
+            if (*track && !failure_ && hasUnreadTail(*format_, track->type, track->furthest)) {
+                fallShort("it goes on with another stream, of which nothing could be read");
+            }
+        }
+        ended_ = true;
+    }
+
+    /// Goes on with another stream where that one has taken over from the chosen one.
+    void follow(Track& track, bool at_end) {
+        while (const auto successor = track.succession.successor(at_end)) {
+            finishStream(track);
+            const auto packets = track.succession.choose(*successor, track.stream->index);
+            try {
+                changeStream(track, *format_->streams[*successor]);
+            } catch (const FfmpegError& error) {
+                fallShort(std::string("it goes on with another stream: ") + error.what());
+                avcodec_flush_buffers(track.codec.get());
+                return;
+            }
+            for (const PacketHandle& packet : packets) {
+                decode(track, packet.get());
+            }
+        }
+    }
+
+    /// Takes what the decoder still holds.
+    void finishStream(Track& track) {
+        decode(track, nullptr);
+        if (track.frames == 0) {
+            fallShort(&track == &video_ ? "none of its pictures could be decoded"
+                                        : "none of its sound could be decoded");
+        }
+    }
+
+    /// The first reason is told.
+    void fallShort(const std::string& reason) {
+        if (!shortfall_) {
+            shortfall_ = reason;
+        }
+    }
+
+    std::optional<double> dueTime(const AVStream& stream) const {
+        const int64_t stamp = packet_->dts != AV_NOPTS_VALUE ? packet_->dts : packet_->pts;
+        return stamp != AV_NOPTS_VALUE ? std::optional(static_cast<double>(stamp) * av_q2d(stream.time_base))
+                                       : std::nullopt;
+    }
+
     /// A null packet empties the decoder.
     void decode(Track& track, const AVPacket* packet) {
+        if (packet != nullptr) {
+            track.corrupt_last = (packet->flags & AV_PKT_FLAG_CORRUPT) != 0;
+        }
         int result = avcodec_send_packet(track.codec.get(), packet);
         if (result < 0) {
             noteDamage(FfmpegError(result));
@@ -347,10 +342,12 @@ class MediaSource::Reader {
                 picture.time =
                     place(track, picture.duration > 0 ? picture.duration : kFallbackPictureSeconds);
                 track.ready.emplace_back(std::move(picture));
+                ++track.frames;
             } else if (frame_->nb_samples > 0 && frame_->sample_rate > 0) {
                 Sound sound = sounds_.convert(*frame_);
                 sound.time = place(track, static_cast<double>(sound.samples) / sound.sample_rate);
                 track.ready.emplace_back(std::move(sound));
+                ++track.frames;
             }
         } catch (const FfmpegError& error) {
             noteDamage(error);
@@ -406,8 +403,9 @@ class MediaSource::Reader {
     const std::atomic<bool>* interrupted_;
     std::optional<PolledInput> polled_;  ///< outlives `format_`
     FormatHandle format_;
-    Track video_;
-    Track audio_;
+    Track video_{.type = AVMEDIA_TYPE_VIDEO, .most_ahead = kMostPicturesAhead};
+    Track audio_{.type = AVMEDIA_TYPE_AUDIO, .most_ahead = kMostSoundsAhead};
+    bool streams_change_ = false;
     PacketHandle packet_{orOutOfMemory(av_packet_alloc())};
     FrameHandle frame_{orOutOfMemory(av_frame_alloc())};
     PictureConverter pictures_;
@@ -416,6 +414,7 @@ class MediaSource::Reader {
     MediaCounts counts_;
     std::optional<double> origin_;  ///< timestamp, in seconds, that counts as the start of the stream
     bool ended_ = false;
+    std::optional<std::string> shortfall_;
     std::optional<FfmpegError> failure_;      ///< why reading broke off
     std::optional<FfmpegError> last_damage_;  ///< why the last skipped packet or frame was skipped
     bool failure_reported_ = false;
@@ -437,6 +436,10 @@ MediaCounts MediaSource::counts() const {
 
 std::optional<MediaItem> MediaSource::next() {
     return reader_->next();
+}
+
+std::optional<std::string> MediaSource::shortfall() const {
+    return reader_->shortfall();
 }
 
 }  // namespace zel_monitor

@@ -30,7 +30,8 @@ struct VideoFacts {
     std::string pixel_format;  ///< as decoded, FFmpeg's name
     int width;                 ///< as decoded, before an odd last column or row is left out
     int height;
-    double frame_rate;  ///< pictures per second; 0 if the stream does not say
+    double frame_rate;   ///< pictures per second; 0 if the stream does not say
+    bool still = false;  ///< said to be one picture, such as the cover of a song, and not the first of many
 };
 
 struct AudioFacts {
@@ -44,7 +45,7 @@ struct MediaFacts {
     std::string input;  ///< the name to show to people
     std::string container;
     std::optional<double> duration;   ///< seconds from the first timestamp to the end of the chosen streams
-    bool duration_estimated = false;  ///< guessed from size and bit rate
+    bool duration_estimated = false;  ///< guessed from the last timestamps, or from size and bit rate
     std::optional<VideoFacts> video;
     std::optional<AudioFacts> audio;
 };
@@ -55,7 +56,6 @@ struct MediaCounts {
     uint64_t pictures = 0;
     uint64_t sounds = 0;
     uint64_t damaged = 0;  ///< packets that a decoder refused, and frames that it marked as damaged
-    bool cut_off = false;  ///< the input ended within a packet, or before the end that its header gives
 };
 
 struct MediaOptions {
@@ -70,7 +70,8 @@ struct MediaOptions {
 
 /// Decodes the best video and the best audio stream of a file, a pipe ("-") or a URL with the machine's
 /// threads. Pictures and sounds come in the order of their times as far as the input's interleaving allows.
-/// What a decoder refuses is counted and skipped. Display rotation is ignored. One thread at a time.
+/// What a decoder refuses is counted and skipped. Display rotation is ignored. One thread at a time. Where
+/// streams come and go, another one that takes over from the chosen one is followed.
 class MediaSource {
   public:
     /// Opens `input`. Throws MediaError.
@@ -86,6 +87,10 @@ class MediaSource {
     /// and after everything that could be decoded, if the input broke off with an error or held nothing that
     /// could be decoded.
     std::optional<MediaItem> next();
+
+    /// What of the pictures and the sound did not come out although nothing failed, in words: the input was
+    /// cut off, or part of it could not be followed. None before the end.
+    std::optional<std::string> shortfall() const;
 
   private:
     class Reader;

@@ -55,6 +55,21 @@ Collected collect(MediaSource& source) {
     return all;
 }
 
+/// What is missing of an input that is read to its end.
+std::string shortfallOf(const std::string& input) {
+    MediaSource source(input);
+    collect(source);
+    return source.shortfall().value_or("nothing");
+}
+
+/// Writes both files one after the other.
+void join(const std::string& first, const std::string& second, const std::string& joined) {
+    auto bytes = support::readFile(first);
+    const auto more = support::readFile(second);
+    bytes.insert(bytes.end(), more.begin(), more.end());
+    support::writeFile(joined, bytes);
+}
+
 std::string failureOf(const std::string& input) {
     try {
         MediaSource source(input);
@@ -107,10 +122,7 @@ TEST(MediaSource, FollowsAChangeOfResolution) {
     ffmpeg(kSmallVideo + "-c:v libx264", scratch.file("a.ts"));
     ffmpeg("-f lavfi -i testsrc2=s=97x55:r=25:d=1 -c:v libx264 -pix_fmt yuv444p -output_ts_offset 2",
            scratch.file("b.ts"));
-    auto bytes = support::readFile(scratch.file("a.ts"));
-    const auto more = support::readFile(scratch.file("b.ts"));
-    bytes.insert(bytes.end(), more.begin(), more.end());
-    support::writeFile(scratch.file("both.ts"), bytes);
+    join(scratch.file("a.ts"), scratch.file("b.ts"), scratch.file("both.ts"));
     MediaSource source(scratch.file("both.ts"));
     Collected all = collect(source);
     EXPECT_EQ(50, (all.sizes[{160, 90}]));
@@ -169,27 +181,95 @@ TEST(MediaSource, DeclaredDurationIsThatOfTheChosenStreams) {
 
 TEST(MediaSource, TellsAnInputThatIsCutOff) {
     const ScratchDir scratch;
-    const auto cutOff = [&](const std::string& name, const std::string& arguments) {
+    const auto shortfallOfCut = [&](const std::string& name, const std::string& arguments) {
         ffmpeg(arguments, scratch.file(name));
+        EXPECT_EQ(shortfallOf(scratch.file(name)), "nothing") << name;
         auto bytes = support::readFile(scratch.file(name));
-        const auto is_cut = [&] {
-            MediaSource source(scratch.file(name));
-            collect(source);
-            return source.counts().cut_off;
-        };
-        EXPECT_FALSE(is_cut()) << name;
         bytes.resize(bytes.size() * 3 / 5 + 1);
         support::writeFile(scratch.file(name), bytes);
-        return is_cut();
+        return shortfallOf(scratch.file(name));
     };
-    EXPECT_TRUE(cutOff("a.avi", kSmallVideo + kTone + "-c:v mpeg4 -c:a mp2"));
-    EXPECT_TRUE(cutOff("a.wav", kTone));
-    EXPECT_TRUE(cutOff("a.mp4", kSmallVideo + "-c:v mpeg4 -g 10 -movflags frag_keyframe+empty_moov"));
+    EXPECT_THAT(shortfallOfCut("a.avi", kSmallVideo + kTone + "-c:v mpeg4 -c:a mp2"), HasSubstr("cut off"));
+    EXPECT_THAT(shortfallOfCut("a.wav", kTone), HasSubstr("cut off"));
+    EXPECT_THAT(shortfallOfCut("a.mp4", kSmallVideo + "-c:v mpeg4 -g 10 -movflags frag_keyframe+empty_moov"),
+                HasSubstr("cut off"));
 
     ffmpeg(kTone + "-f wav pipe: >", scratch.file("piped.wav"));
-    MediaSource piped(scratch.file("piped.wav"));
-    collect(piped);
-    EXPECT_FALSE(piped.counts().cut_off) << "a length that was never known is none that is missed";
+    EXPECT_EQ(shortfallOf(scratch.file("piped.wav")), "nothing")
+        << "a length that was never known is none that is missed";
+}
+
+TEST(MediaSource, DoesNotTakeTheLastTimestampsForADeclaredEnd) {
+    const ScratchDir scratch;
+    ffmpeg(kSmallVideo + "-c:v mpeg2video -bf 0 -bsf:v 'setts=ts=TS+eq(N\\,49)*90000*60'",
+           scratch.file("wild.ts"));
+    MediaSource wild(scratch.file("wild.ts"));
+    EXPECT_TRUE(wild.facts().duration_estimated);
+    ffmpeg(kSmallVideo + "-c:v mpeg4", scratch.file("plain.mkv"));
+    EXPECT_FALSE(MediaSource(scratch.file("plain.mkv")).facts().duration_estimated);
+}
+
+TEST(MediaSource, BelievesTheNewerOfTwoDurationTags) {
+    const ScratchDir scratch;
+    support::writeFile(scratch.file("late.srt"), [] {
+        const std::string_view text = "1\n00:00:01,000 --> 00:00:02,000\nNothing to see\n";
+        return std::vector<char>(text.begin(), text.end());
+    }());
+    ffmpeg(kSmallVideo + "-i '" + scratch.file("late.srt") +
+               "' -c:v mpeg4 -metadata:s:v DURATION-eng=00:00:02.000000000",
+           scratch.file("tagged.mkv"));
+    ffmpeg("-i '" + scratch.file("tagged.mkv") + "' -map 0 -t 1 -c copy", scratch.file("cut.mkv"));
+    EXPECT_NEAR(MediaSource(scratch.file("cut.mkv")).facts().duration.value(), 1.0, 0.1);
+}
+
+/// Pictures and sound of 2 s in a broadcast whose first stream has the identifier `pid`.
+void broadcast(const std::string& codecs, int pid, const std::string& file) {
+    ffmpeg(kSmallVideo + kTone + codecs + " -mpegts_start_pid " + std::to_string(pid), file);
+}
+
+TEST(MediaSource, GoesOnWithTheStreamsThatTakeOver) {
+    const ScratchDir scratch;
+    broadcast("-c:v mpeg2video -c:a mp2", 0x100, scratch.file("a.ts"));
+    for (const std::string codecs : {"-c:v mpeg2video -c:a mp2", "-c:v mpeg2video -c:a ac3"}) {
+        broadcast(codecs, 0x200, scratch.file("b.ts"));
+        join(scratch.file("a.ts"), scratch.file("b.ts"), scratch.file("ab.ts"));
+        join(scratch.file("ab.ts"), scratch.file("a.ts"), scratch.file("aba.ts"));
+        for (const auto& [name, parts] : {std::pair("ab.ts", 2), std::pair("aba.ts", 3)}) {
+            MediaSource source(scratch.file(name));
+            const Collected all = collect(source);
+            // The last picture and some sound of a stream come only when the next ones have been taken.
+            EXPECT_NEAR(50.0 * parts, static_cast<double>(all.picture_times.size()), 2.0 * parts) << name;
+            EXPECT_NEAR(2.0 * parts, all.sound_seconds, 0.2 * parts) << name;
+            EXPECT_EQ(source.shortfall(), std::nullopt) << name;
+        }
+    }
+}
+
+TEST(MediaSource, LeavesTracksThatRunBesideTheChosenOneAlone) {
+    const ScratchDir scratch;
+    ffmpeg("-f lavfi -i testsrc2=s=160x90:r=25:d=6 " + kTone +
+               "-f lavfi -i sine=880:d=6 -map 0 -map 1 -map 2 -c:v mpeg2video -c:a mp2",
+           scratch.file("two.ts"));
+    MediaSource source(scratch.file("two.ts"));
+    EXPECT_NEAR(2.0, collect(source).sound_seconds, 0.1);
+    EXPECT_EQ(source.shortfall(), std::nullopt);
+}
+
+TEST(MediaSource, TellsWhatItCouldNotFollow) {
+    const ScratchDir scratch;
+    broadcast("-c:v mpeg2video -c:a mp2", 0x100, scratch.file("a.ts"));
+    broadcast("-c:v libx264 -c:a aac", 0x100, scratch.file("b.ts"));
+    join(scratch.file("a.ts"), scratch.file("b.ts"), scratch.file("recoded.ts"));
+    EXPECT_THAT(shortfallOf(scratch.file("recoded.ts")), HasSubstr("nothing could be read"));
+
+    ffmpeg("-f lavfi -i testsrc2=s=160x90:r=25:d=12 " + kTone +
+               "-filter_complex [1:a]asetpts=PTS+10/TB -map 0 -c:v mpeg2video -c:a mp2",
+           scratch.file("late.ts"));
+    EXPECT_THAT(shortfallOf(scratch.file("late.ts")), HasSubstr("sound"));
+
+    ffmpeg(kSmallVideo + kTone + "-c:v libx264 -preset ultrafast -bsf:v noise=amount=1 -c:a aac",
+           scratch.file("noise.mkv"));
+    EXPECT_THAT(shortfallOf(scratch.file("noise.mkv")), HasSubstr("none of its pictures"));
 }
 
 TEST(MediaSource, TellsWrapsOfTheTimestampsFromJumpsBack) {
@@ -205,10 +285,7 @@ TEST(MediaSource, TellsWrapsOfTheTimestampsFromJumpsBack) {
 
     ffmpeg(kSmallVideo + "-c:v mpeg2video -bf 0 -output_ts_offset 1000", scratch.file("a.ts"));
     ffmpeg(kSmallVideo + "-c:v mpeg2video -bf 0", scratch.file("b.ts"));
-    auto bytes = support::readFile(scratch.file("a.ts"));
-    const auto more = support::readFile(scratch.file("b.ts"));
-    bytes.insert(bytes.end(), more.begin(), more.end());
-    support::writeFile(scratch.file("back.ts"), bytes);
+    join(scratch.file("a.ts"), scratch.file("b.ts"), scratch.file("back.ts"));
     MediaSource back(scratch.file("back.ts"));
     const Collected jumped = collect(back);
     EXPECT_LT(jumped.latest, 3.0);

@@ -348,10 +348,16 @@ TEST_F(ScanStalls, TrackThatIsMissingAtEitherEndIsAStall) {
 }
 
 TEST_F(ScanStalls, CoversAndShortDelaysAreNoStalls) {
-    Screening song({});
+    Screening song({.still_picture = true});
     song.picture(0.0);
     song.sound(0.0, 10.0);
     EXPECT_THAT(song.stalls(), testing::IsEmpty());
+
+    Screening film_that_lost_its_pictures({});
+    film_that_lost_its_pictures.picture(0.0);
+    film_that_lost_its_pictures.sound(0.0, 10.0);
+    EXPECT_THAT(film_that_lost_its_pictures.stalls(),
+                testing::ElementsAre(isEvent(Kind::kStall, kFrame, 10.0, true)));
 
     Screening primed({});
     primed.film(0.0, 5.0);

@@ -157,8 +157,8 @@ void Analyser::tellMissingStart(Track late) {
     }
 }
 
-/// Tells that one track ended before the other, or never came. A single picture that goes with sound is its
-/// cover.
+/// Tells that one track ended before the other, or never came. A single picture that goes with sound, and is
+/// said to be all there is, is its cover.
 void Analyser::tellMissingEnd() {
     const auto tell = [this](Track track, const std::optional<Span>& mine, const std::optional<Span>& other) {
         if (!other) {
@@ -169,7 +169,7 @@ void Analyser::tellMissingEnd() {
             maker_.gap(track, missing);
         }
     };
-    if (tracks_.video && pictures_ != 1) {
+    if (tracks_.video && !(tracks_.still_picture && pictures_ == 1)) {
         tell(Track::kVideo, video_, audio_);
     }
     if (tracks_.audio) {

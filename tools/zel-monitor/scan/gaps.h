@@ -16,6 +16,7 @@ enum class Track : uint8_t { kVideo, kAudio };
 struct Tracks {
     bool video = true;
     bool audio = true;
+    bool still_picture = false;  ///< the video track is said to be one picture, such as a cover
 };
 
 /// Brings the gaps of a stream's tracks into one order. Each track tells its own in order; a gap is given out

@@ -58,15 +58,12 @@ std::string reasonFrom(const std::string& message, const std::string& input) {
     return message.starts_with(prefix) ? message.substr(prefix.size()) : message;
 }
 
-/// An end before the declared one, or a cut: whatever was there is gone, so the stream
-/// has not been seen to its end. This does not hang on the rules for events.
+/// An end before the declared one: whatever was there is gone, so the stream has not been seen to its end.
+/// This does not hang on the rules for events.
 std::optional<std::string> missingEnd(const InputReport& report, const std::optional<double>& declared_s) {
     const double missing_s = declared_s.value_or(0.0) - report.length_s;
     if (missing_s + kSlackS >= infoOf(Kind::kShort).rule.min_s) {
         return fmt::format("it ends {:.3f} s before its declared end", missing_s);
-    }
-    if (report.counts.cut_off) {
-        return "it is cut off before its end";
     }
     return std::nullopt;
 }
@@ -74,7 +71,10 @@ std::optional<std::string> missingEnd(const InputReport& report, const std::opti
 void analyse(MediaSource& source, const EventRules& rules, InputScan& scan, Progress::Slot& progress,
              Findings& findings, const std::atomic<bool>& stop) {
     InputReport& report = scan.report;
-    const Tracks tracks{.video = report.facts.video.has_value(), .audio = report.facts.audio.has_value()};
+    const auto& video = report.facts.video;
+    const Tracks tracks{.video = video.has_value(),
+                        .audio = report.facts.audio.has_value(),
+                        .still_picture = video && video->still};
     Analyser analyser(rules, tracks, findings);
     {
         DecodeAhead ahead(source);
@@ -95,6 +95,9 @@ void analyse(MediaSource& source, const EventRules& rules, InputScan& scan, Prog
     report.length_s = analyser.reached();
     if (!report.problem) {
         report.problem = missingEnd(report, declared_s);
+    }
+    if (!report.problem) {
+        report.problem = source.shortfall();
     }
 }
 
