@@ -143,7 +143,7 @@ class MediaSource::Reader {
             openBestStream(video_, *format_, -1);
         }
         if (audio_.wanted) {
-            openBestStream(audio_, *format_, -1);
+            openBestStream(audio_, *format_, video_ ? video_.stream->index : -1);
         }
         if (!video_ && !audio_) {
             throw FfmpegError(AVERROR_STREAM_NOT_FOUND, "no video or audio stream to decode");
@@ -232,11 +232,17 @@ class MediaSource::Reader {
         if (track != nullptr && track->stream == &stream) {
             track->succession.goesOn(*packet_);
             decode(*track, packet_.get());
-        } else if (track != nullptr && streams_change_) {
+        } else if (track != nullptr && streams_change_ && concerns(*track, stream)) {
             track->succession.runs(*packet_, dueTime(stream));
             follow(*track, false);
         }
         av_packet_unref(packet_.get());
+    }
+
+    /// Whether `stream` might have been chosen for the track. What runs beside the chosen one is told later.
+    bool concerns(const Track& track, const AVStream& stream) {
+        const Track& other = &track == &video_ ? audio_ : video_;
+        return track || belongTogether(*format_, stream.index, other.stream->index);
     }
 
     /// Nothing more can be read, for the reason `result`.

@@ -1,5 +1,6 @@
 #include "track.h"
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -40,7 +41,7 @@ void openBestStream(Track& track, AVFormatContext& format, int related) {
     if (index == AVERROR_DECODER_NOT_FOUND) {
         throw noDecoder(track.type);
     }
-    if (index < 0) {
+    if (index < 0 || (related >= 0 && !belongTogether(format, index, related))) {
         return;
     }
     AVStream* const stream = format.streams[index];
@@ -50,6 +51,20 @@ void openBestStream(Track& track, AVFormatContext& format, int related) {
     track.codec = openDecoder(*stream, decoder);
     track.stream = stream;
     stream->discard = AVDISCARD_DEFAULT;
+}
+
+bool belongTogether(AVFormatContext& format, int a, int b) {
+    AVProgram* program = nullptr;
+    bool in_another = false;
+    while ((program = av_find_program_from_stream(&format, program, a)) != nullptr) {
+        const auto* const begin = program->stream_index;
+        const auto* const end = begin + program->nb_stream_indexes;
+        if (std::find(begin, end, static_cast<unsigned>(b)) != end) {
+            return true;
+        }
+        in_another = true;
+    }
+    return !in_another || av_find_program_from_stream(&format, nullptr, b) == nullptr;
 }
 
 void changeStream(Track& track, AVStream& stream) {

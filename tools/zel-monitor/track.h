@@ -34,9 +34,12 @@ struct Track {
     bool jumpsBack() const;
 };
 
-/// Takes up the best stream of the track's type, if there is one: of the same program as the stream with the
-/// index `related`, which may be -1. Throws FfmpegError if it cannot be decoded.
+/// Takes up the best stream of the track's type, if there is one, but none of a programme to which the stream
+/// with the index `related` does not belong; -1: any. Throws FfmpegError if it cannot be decoded.
 void openBestStream(Track& track, AVFormatContext& format, int related);
+
+/// Whether two streams, by their indices, are of one programme, or either is of none.
+bool belongTogether(AVFormatContext& format, int a, int b);
 
 /// Goes on with another stream. Throws FfmpegError, and changes nothing, if it cannot be decoded.
 void changeStream(Track& track, AVStream& stream);

@@ -255,6 +255,21 @@ TEST(MediaSource, LeavesTracksThatRunBesideTheChosenOneAlone) {
     EXPECT_EQ(source.shortfall(), std::nullopt);
 }
 
+TEST(MediaSource, TakesPicturesAndSoundOfOneProgramme) {
+    const ScratchDir scratch;
+    const std::string streams = kSmallVideo + kSmallVideo + "-f lavfi -i sine=880:d=4 " + kTone +
+                                "-map 0 -map 1 -map 2 -map 3 -c:v mpeg2video -c:a mp2 ";
+    ffmpeg(streams + "-program program_num=1:st=0:st=3 -program program_num=2:st=1:st=2",
+           scratch.file("two.ts"));
+    MediaSource two(scratch.file("two.ts"));
+    EXPECT_NEAR(collect(two).sound_seconds, 2.0, 0.1);
+    ffmpeg(streams + "-program program_num=1:st=0 -program program_num=2:st=1:st=2:st=3",
+           scratch.file("silent.ts"));
+    MediaSource silent(scratch.file("silent.ts"));
+    EXPECT_EQ(collect(silent).sound_seconds, 0.0);
+    EXPECT_EQ(silent.shortfall(), std::nullopt);
+}
+
 TEST(MediaSource, TellsWhatItCouldNotFollow) {
     const ScratchDir scratch;
     broadcast("-c:v mpeg2video -c:a mp2", 0x100, scratch.file("a.ts"));
