@@ -52,6 +52,15 @@ TEST(ScanReport, TotalsAddUpPerKind) {
     EXPECT_EQ(black.first_at_s, 10.0);
 }
 
+TEST(ScanReport, SharesAreOfTheDeclaredLengthUnlessThatIsAGuess) {
+    InputReport report = reportOf({kShortBlack});
+    report.facts.duration = 200.0;
+    EXPECT_DOUBLE_EQ(totalsOf(report)[indexOf(Kind::kBlack)].share, 0.01);
+    report.facts.duration_estimated = true;
+    EXPECT_DOUBLE_EQ(totalsOf(report)[indexOf(Kind::kBlack)].share, 0.02);
+    EXPECT_THAT(totalTable({report, report}, {}), HasSubstr(" 2.0%"));
+}
+
 TEST(ScanReport, PolicyLooksAtTheLongestEventOfAKind) {
     const InputReport report = reportOf({kShortBlack, kLongBlack});
     EXPECT_EQ(verdictOn(report, Policy{}), Verdict::kNone);

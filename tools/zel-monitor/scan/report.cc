@@ -8,8 +8,13 @@
 
 namespace zel_monitor::scan {
 
+double wholeLength(const InputReport& report) {
+    const double declared_s = report.facts.duration_estimated ? 0.0 : report.facts.duration.value_or(0.0);
+    return std::max(report.length_s, declared_s);
+}
+
 PerKind<Totals> totalsOf(const InputReport& report) {
-    const double whole_s = std::max(report.length_s, report.facts.duration.value_or(0.0));
+    const double whole_s = wholeLength(report);
     PerKind<Totals> totals;
     for (const Event& event : report.events) {
         Totals& mine = totals[indexOf(event.kind)];

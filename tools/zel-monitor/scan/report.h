@@ -35,6 +35,9 @@ struct InputReport {
     std::optional<std::string> problem;  ///< why it could not be analysed to its end
 };
 
+/// How long the input is: as declared, unless that is a guess, or at least as long as what was analysed.
+double wholeLength(const InputReport& report);
+
 PerKind<Totals> totalsOf(const InputReport& report);
 
 /// One line for every kind that violates the policy.

@@ -102,7 +102,7 @@ std::string totalTable(const std::vector<InputReport>& reports, const Policy& po
     size_t incomplete = 0;
     size_t failed = 0;
     for (const InputReport& report : reports) {
-        length_s += std::max(report.length_s, report.facts.duration.value_or(0.0));
+        length_s += wholeLength(report);
         incomplete += report.problem ? size_t{1} : size_t{0};
         failed += verdictOn(report, policy) == Verdict::kFail ? size_t{1} : size_t{0};
         const PerKind<Totals> totals = totalsOf(report);
