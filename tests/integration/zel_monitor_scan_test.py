@@ -92,6 +92,10 @@ class Inputs(ScanTest):
         with subprocess.Popen(["cp", clip, named]):
             self.assert_events(self.scan_one(named), BLACK_EVENT)
 
+        sound = self.clip("sound.wav", "-f lavfi -i sine=440:d=2").read_bytes()
+        self.assertTrue(self.scan_one("-", input=sound)["complete"])
+        self.assertIn("cut off", self.scan_one("-", input=sound[:100_001], status=3)["problem"])
+
     def test_truncated_file(self):
         whole = self.clip_of("whole.mp4", FAULTY, "-c:v mpeg4 -movflags +faststart")
         cut = self.folder / "cut.mp4"

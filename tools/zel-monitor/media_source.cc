@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -129,6 +130,7 @@ class MediaSource::Reader {
         av_dict_free(&settings);
         format_.reset(format);
         checked(result);
+        declared_size_ = declaredSize(*format_, polled_ ? polled_->beginning() : std::span<const uint8_t>());
         checked(avformat_find_stream_info(format_.get(), nullptr));
     }
 
@@ -266,8 +268,8 @@ class MediaSource::Reader {
         // Where the container does not know its end, the last packet is as long as the file lasts.
         const bool end_is_known =
             facts_.duration && format_->duration_estimation_method != AVFMT_DURATION_FROM_BITRATE;
-        if ((end_is_known && (video_.corrupt_last || audio_.corrupt_last)) ||
-            isShorterThanItsHeader(*format_)) {
+        const bool is_short = !failure_ && declared_size_ && endsBefore(*format_->pb, *declared_size_);
+        if (is_short || (end_is_known && (video_.corrupt_last || audio_.corrupt_last))) {
             fallShort("it is cut off before its end");
         }
         for (const Track* const track : {&video_, &audio_}) {
@@ -416,6 +418,7 @@ class MediaSource::Reader {
     FrameHandle frame_{orOutOfMemory(av_frame_alloc())};
     PictureConverter pictures_;
     SoundConverter sounds_;
+    std::optional<int64_t> declared_size_;
     MediaFacts facts_;
     MediaCounts counts_;
     std::optional<double> origin_;  ///< timestamp, in seconds, that counts as the start of the stream

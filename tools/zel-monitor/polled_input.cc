@@ -1,16 +1,20 @@
 #include "polled_input.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <fcntl.h>
 #include <filesystem>
 #include <poll.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace zel_monitor {
 namespace {
 
 constexpr int kBufferBytes = 32 * 1024;
+constexpr size_t kBeginningBytes = 4096;
 constexpr int kLongestWaitMs = 100;
 
 }  // namespace
@@ -27,14 +31,17 @@ class PolledInput::Descriptor {
         }
     }
 
+    std::span<const uint8_t> beginning() const { return beginning_; }
+
     /// A named pipe that has not had a writer yet is not ready, unlike one whose last writer has gone.
     static int readInto(void* descriptor, uint8_t* buffer, int size) {
-        const auto& self = *static_cast<const Descriptor*>(descriptor);
+        auto& self = *static_cast<Descriptor*>(descriptor);
         pollfd input{.fd = self.number_, .events = POLLIN, .revents = 0};
         while (self.interrupted_ == nullptr || !self.interrupted_->load()) {
             if (poll(&input, 1, kLongestWaitMs) > 0) {
                 const ssize_t bytes = read(self.number_, buffer, static_cast<size_t>(size));
                 if (bytes >= 0) {
+                    self.keepBeginning({buffer, static_cast<size_t>(bytes)});
                     return bytes > 0 ? static_cast<int>(bytes) : AVERROR_EOF;
                 }
                 if (errno != EINTR && errno != EAGAIN) {
@@ -46,9 +53,15 @@ class PolledInput::Descriptor {
     }
 
   private:
+    void keepBeginning(std::span<const uint8_t> bytes) {
+        const size_t kept = std::min(bytes.size(), kBeginningBytes - beginning_.size());
+        beginning_.insert(beginning_.end(), bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(kept));
+    }
+
     int number_;
     bool owned_;
     const std::atomic<bool>* interrupted_;
+    std::vector<uint8_t> beginning_;
 };
 
 PolledInput::PolledInput(std::unique_ptr<Descriptor> descriptor) : descriptor_(std::move(descriptor)) {
@@ -70,6 +83,10 @@ PolledInput PolledInput::file(const std::string& path, const std::atomic<bool>* 
         throw FfmpegError(AVERROR(errno));
     }
     return PolledInput(std::make_unique<Descriptor>(number, true, interrupted));
+}
+
+std::span<const uint8_t> PolledInput::beginning() const {
+    return descriptor_->beginning();
 }
 
 bool mustBePolled(const std::string& path) {

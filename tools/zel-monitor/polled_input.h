@@ -2,7 +2,9 @@
 #define ZEL_TOOLS_POLLED_INPUT_H_
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 
 #include "ffmpeg_handles.h"
@@ -27,6 +29,9 @@ class PolledInput {
 
     /// Stays with this object.
     AVIOContext* context() const { return context_.get(); }
+
+    /// The first bytes that were read, some thousand at most; FFmpeg does not keep them.
+    std::span<const uint8_t> beginning() const;
 
   private:
     class Descriptor;

@@ -189,14 +189,35 @@ TEST(MediaSource, TellsAnInputThatIsCutOff) {
         support::writeFile(scratch.file(name), bytes);
         return shortfallOf(scratch.file(name));
     };
-    EXPECT_THAT(shortfallOfCut("a.avi", kSmallVideo + kTone + "-c:v mpeg4 -c:a mp2"), HasSubstr("cut off"));
-    EXPECT_THAT(shortfallOfCut("a.wav", kTone), HasSubstr("cut off"));
-    EXPECT_THAT(shortfallOfCut("a.mp4", kSmallVideo + "-c:v mpeg4 -g 10 -movflags frag_keyframe+empty_moov"),
-                HasSubstr("cut off"));
+    for (const auto& [name, arguments] : {
+             std::pair("a.avi", kSmallVideo + kTone + "-c:v mpeg4 -c:a mp2"),
+             std::pair("a.wav", kTone),
+             std::pair("a.w64", kTone),
+             std::pair("a.caf", kTone),
+             std::pair("a.wma", kTone),
+             std::pair("a.mp4", kSmallVideo + "-c:v mpeg4 -g 10 -movflags frag_keyframe+empty_moov"),
+         }) {
+        EXPECT_THAT(shortfallOfCut(name, arguments), HasSubstr("cut off")) << name;
+    }
 
-    ffmpeg(kTone + "-f wav pipe: >", scratch.file("piped.wav"));
-    EXPECT_EQ(shortfallOf(scratch.file("piped.wav")), "nothing")
-        << "a length that was never known is none that is missed";
+    for (const std::string format : {"wav", "caf", "asf"}) {
+        ffmpeg(kTone + "-f " + format + " pipe: >", scratch.file("piped." + format));
+        EXPECT_EQ(shortfallOf(scratch.file("piped." + format)), "nothing")
+            << format << ": a length that was never known is none that is missed";
+    }
+}
+
+TEST(MediaSource, BearsWithSizesThatAreAFewBytesTooLarge) {
+    const ScratchDir scratch;
+    ffmpeg("-f lavfi -i sine=d=1:r=8000,atrim=end_sample=7999 -c:a pcm_u8", scratch.file("odd.wav"));
+    auto bytes = support::readFile(scratch.file("odd.wav"));
+    bytes.pop_back();  // the pad byte
+    const auto counted = bytes.size();
+    for (size_t i = 0; i < 4; ++i) {  // all of the file, not what comes after the size
+        bytes[4 + i] = static_cast<char>((counted + 1) >> (8 * i));
+    }
+    support::writeFile(scratch.file("odd.wav"), bytes);
+    EXPECT_EQ(shortfallOf(scratch.file("odd.wav")), "nothing");
 }
 
 TEST(MediaSource, DoesNotTakeTheLastTimestampsForADeclaredEnd) {
