@@ -66,9 +66,10 @@ class MediaSource::Reader {
 
     MediaCounts counts() const {
         MediaCounts counts = counts_;
-        if (format_->pb != nullptr) {  // else counted by packets: the format opens what it reads itself
-            counts.bytes_read = static_cast<uint64_t>(std::max<int64_t>(format_->pb->bytes_read, 0));
-        }
+        // Formats that open what they read themselves, such as playlists, leave only the packets to count.
+        const int64_t bytes_read = format_->pb != nullptr ? format_->pb->bytes_read : 0;
+        counts.bytes_read =
+            std::max(counts.bytes_read, static_cast<uint64_t>(std::max<int64_t>(bytes_read, 0)));
         return counts;
     }
 

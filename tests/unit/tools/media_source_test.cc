@@ -220,6 +220,14 @@ TEST(MediaSource, BearsWithSizesThatAreAFewBytesTooLarge) {
     EXPECT_EQ(shortfallOf(scratch.file("odd.wav")), "nothing");
 }
 
+TEST(MediaSource, CountsTheBytesOfPlaylists) {
+    const ScratchDir scratch;
+    ffmpeg(kSmallVideo + "-c:v mpeg2video -f hls", scratch.file("list.m3u8"));
+    MediaSource source(scratch.file("list.m3u8"));
+    collect(source);
+    EXPECT_GT(source.counts().bytes_read, 10'000U);
+}
+
 TEST(MediaSource, DoesNotTakeTheLastTimestampsForADeclaredEnd) {
     const ScratchDir scratch;
     ffmpeg(kSmallVideo + "-c:v mpeg2video -bf 0 -bsf:v 'setts=ts=TS+eq(N\\,49)*90000*60'",
