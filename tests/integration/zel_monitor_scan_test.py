@@ -400,9 +400,12 @@ class Endings(ScanTest):
 
     def feed(self, process):
         """Writes a clip to the scan, which may end before it has read all."""
-        with contextlib.suppress(BrokenPipeError):
+        try:
             process.stdin.write(self.faulty.read_bytes())
             process.stdin.flush()
+        except BrokenPipeError:
+            with contextlib.suppress(BrokenPipeError):
+                process.stdin.close()  # which tries again to write the rest
 
     def wait_for_files(self):
         """The signals are watched before a file is made."""
