@@ -14,7 +14,7 @@ extern "C" {
 namespace zel_monitor {
 namespace {
 
-constexpr int64_t kMostHeaderBytes = 64 * 1024;
+constexpr int64_t kMostHeaderBytes = int64_t{64} << 10;
 using Header = std::span<const uint8_t>;
 
 /// Some programs count the eight bytes before the size, or a last pad byte that they leave out. One that
