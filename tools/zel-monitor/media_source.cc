@@ -200,7 +200,9 @@ class MediaSource::Reader {
     /// The track whose first item is due next; null if more must be read to know.
     Track* earliest() {
         const auto waits = [this](const Track& track, const Track& other) {
-            return !ended_ && other && other.ready.empty() && track.ready.size() <= track.most_ahead;
+            // Streams that take over are known for one type a little before the other.
+            return !ended_ && other && other.ready.empty() &&
+                   (track.ready.size() <= track.most_ahead || other.succession.isUndecided());
         };
         if (video_.ready.empty() || audio_.ready.empty()) {
             Track& filled = video_.ready.empty() ? audio_ : video_;

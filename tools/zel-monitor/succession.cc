@@ -44,6 +44,11 @@ void Succession::runs(const AVPacket& packet, std::optional<double> time_s) {
     other.kept.emplace_back(orOutOfMemory(av_packet_clone(&packet)));
 }
 
+bool Succession::isUndecided() const {
+    return std::any_of(others_.begin(), others_.end(),
+                       [](const auto& entry) { return !entry.second.kept.empty(); });
+}
+
 std::optional<int> Succession::successor(bool at_end) const {
     for (const auto& [index, other] : others_) {
         const bool is_long = other.from_s && other.to_s && *other.to_s - *other.from_s >= kLongestPauseS;

@@ -22,6 +22,8 @@ class Succession {
     /// it is kept while the stream may turn out to be the successor.
     void runs(const AVPacket& packet, std::optional<double> time_s);
 
+    /// Whether a stream may be about to take over.
+    bool isUndecided() const;
     /// The stream that has taken over: certain once the chosen one has been silent for a while, or at the
     /// end of the input.
     std::optional<int> successor(bool at_end) const;
