@@ -172,14 +172,14 @@ class Inputs(ScanTest):
         self.assertEqual(self.scan_one(song)["totals"]["stall"]["events"], 0)
 
     def test_broadcast_that_goes_on_under_other_identifiers(self):
-        films = (self.clip_of("film.ts", f"{MOVING},trim=duration=3", "-f lavfi -i sine=440:d=3 -c:v mpeg2video -c:a mp2"),
-                 self.clip_of("dead.ts", f"{BLACK}:d=3", "-f lavfi -i anullsrc -t 3 -c:v mpeg2video -c:a ac3",
+        films = (self.clip_of("film.ts", f"{MOVING},trim=duration=6", "-f lavfi -i sine=440:d=6 -c:v mpeg2video -c:a mp2"),
+                 self.clip_of("dead.ts", f"{BLACK}:d=6", "-f lavfi -i anullsrc -t 6 -c:v mpeg2video -c:a ac3",
                               "-mpegts_start_pid 512"))
         both = self.folder / "changed.ts"
         both.write_bytes(b"".join(film.read_bytes() for film in films))
         report = self.scan_one(both, "--fail-on", "black=2s", status=1)
-        self.assert_events(report, ("black", 3.0, 6.0), within=0.2)
-        self.assert_events(report, ("mute", 3.0, 6.0), within=0.2)
+        self.assert_events(report, ("black", 6.0, 12.0), within=0.2)
+        self.assert_events(report, ("mute", 6.0, 12.0), within=0.2)
         self.assertEqual(report["totals"]["stall"]["events"], 0)
 
     def test_timestamps_that_jump_back(self):
