@@ -28,6 +28,7 @@ namespace {
 constexpr double kFallbackPictureSeconds = 1.0 / 25;
 constexpr size_t kMostPicturesAhead = 4;  ///< decoded pictures that wait for sound, and the reverse
 constexpr size_t kMostSoundsAhead = 200;
+constexpr size_t kUndecidedPatience = 8;  ///< that many times more while a stream may be taking over
 
 int isInterrupted(void* flag) {
     return static_cast<const std::atomic<bool>*>(flag)->load() ? 1 : 0;
@@ -201,8 +202,9 @@ class MediaSource::Reader {
     Track* earliest() {
         const auto waits = [this](const Track& track, const Track& other) {
             // Streams that take over are known for one type a little before the other.
+            const size_t patience = other.succession.isUndecided() ? kUndecidedPatience : 1;
             return !ended_ && other && other.ready.empty() &&
-                   (track.ready.size() <= track.most_ahead || other.succession.isUndecided());
+                   track.ready.size() <= patience * track.most_ahead;
         };
         if (video_.ready.empty() || audio_.ready.empty()) {
             Track& filled = video_.ready.empty() ? audio_ : video_;
