@@ -28,7 +28,7 @@ namespace {
 constexpr double kFallbackPictureSeconds = 1.0 / 25;
 constexpr size_t kMostPicturesAhead = 4;  ///< decoded pictures that wait for sound, and the reverse
 constexpr size_t kMostSoundsAhead = 200;
-constexpr size_t kUndecidedPatience = 8;  ///< that many times more while a stream may be taking over
+constexpr size_t kUndecidedPatience = 4;  ///< that many times more while a stream may be taking over
 
 int isInterrupted(void* flag) {
     return static_cast<const std::atomic<bool>*>(flag)->load() ? 1 : 0;
@@ -223,10 +223,16 @@ class MediaSource::Reader {
         return timeOf(audio_.ready.front()) < timeOf(video_.ready.front()) ? &audio_ : &video_;
     }
 
-    /// Reads one packet and decodes it; at the end of the input empties the decoders.
+    /// Decodes one packet, which it reads if none waits; at the end of the input empties the decoders.
     void readPacket() {
-        const int result = av_read_frame(format_.get(), packet_.get());
+        for (Track* const track : {&video_, &audio_}) {
+            if (track->ready.empty() && decodeBacklog(*track)) {
+                return;
+            }
+        }
+        const int result = end_reason_ ? *end_reason_ : av_read_frame(format_.get(), packet_.get());
         if (result < 0) {
+            end_reason_ = result;
             end(result);
             return;
         }
@@ -237,8 +243,12 @@ class MediaSource::Reader {
             track->furthest = std::max(track->furthest, packet_->pos);
         }
         if (track != nullptr && track->stream == &stream) {
-            track->succession.goesOn(*packet_);
-            decode(*track, packet_.get());
+            track->succession.goesOn(*packet_, dueTime(stream));
+            if (track->backlog.empty()) {
+                decode(*track, packet_.get());
+            } else {
+                track->backlog.emplace_back(orOutOfMemory(av_packet_clone(packet_.get())));
+            }
         } else if (track != nullptr && streams_change_ && concerns(*track, stream)) {
             track->succession.runs(*packet_, dueTime(stream));
             follow(*track, false);
@@ -252,8 +262,25 @@ class MediaSource::Reader {
         return track || belongTogether(*format_, stream.index, other.stream->index);
     }
 
-    /// Nothing more can be read, for the reason `result`.
+    /// Decodes the first packet that waits. False if none does.
+    bool decodeBacklog(Track& track) {
+        if (track.backlog.empty()) {
+            return false;
+        }
+        const PacketHandle packet = std::move(track.backlog.front());
+        track.backlog.pop_front();
+        decode(track, packet.get());
+        return true;
+    }
+
+    /// Nothing more can be read, for the reason `result`. What waits comes first.
     void end(int result) {
+        for (Track* const track : {&video_, &audio_}) {
+            follow(*track, true);
+            if (decodeBacklog(*track)) {
+                return;
+            }
+        }
         if (result == AVERROR_EOF && format_->pb != nullptr && format_->pb->error < 0) {
             result = format_->pb->error;  // demuxers take a read that failed for the end
         }
@@ -261,7 +288,6 @@ class MediaSource::Reader {
             failure_.emplace(result);
         }
         for (Track* const track : {&video_, &audio_}) {
-            follow(*track, true);
             if (*track) {
                 finishStream(*track);
             }
@@ -288,8 +314,10 @@ class MediaSource::Reader {
     /// Goes on with another stream where that one has taken over from the chosen one.
     void follow(Track& track, bool at_end) {
         while (const auto successor = track.succession.successor(at_end)) {
+            while (decodeBacklog(track)) {
+            }
             finishStream(track);
-            const auto packets = track.succession.choose(*successor, track.stream->index);
+            auto packets = track.succession.choose(*successor, track.stream->index);
             try {
                 changeStream(track, *format_->streams[*successor]);
             } catch (const FfmpegError& error) {
@@ -297,9 +325,7 @@ class MediaSource::Reader {
                 avcodec_flush_buffers(track.codec.get());
                 return;
             }
-            for (const PacketHandle& packet : packets) {
-                decode(track, packet.get());
-            }
+            track.backlog = std::move(packets);
         }
     }
 
@@ -426,7 +452,8 @@ class MediaSource::Reader {
     std::optional<int64_t> declared_size_;
     MediaFacts facts_;
     MediaCounts counts_;
-    std::optional<double> origin_;  ///< timestamp, in seconds, that counts as the start of the stream
+    std::optional<double> origin_;   ///< timestamp, in seconds, that counts as the start of the stream
+    std::optional<int> end_reason_;  ///< what ended the reading
     bool ended_ = false;
     std::optional<std::string> shortfall_;
     std::optional<FfmpegError> failure_;      ///< why reading broke off

@@ -20,6 +20,7 @@ struct Track {
     bool wanted = false;
     const AVStream* stream = nullptr;  ///< null: there is none, or it is not wanted
     Succession succession = {};
+    std::deque<PacketHandle> backlog = {};  ///< of the stream, to be decoded before what is read next
     CodecHandle codec = {};
     std::deque<MediaItem> ready = {};
     double next_time = 0;       ///< where a frame without a timestamp is placed: the end of the one before it

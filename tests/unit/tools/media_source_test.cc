@@ -251,9 +251,14 @@ TEST(MediaSource, BelievesTheNewerOfTwoDurationTags) {
     EXPECT_NEAR(MediaSource(scratch.file("cut.mkv")).facts().duration.value(), 1.0, 0.1);
 }
 
-/// Pictures and sound of 2 s in a broadcast whose first stream has the identifier `pid`.
+constexpr int kPartSeconds = 7;
+
+/// Pictures and sound of a broadcast whose first stream has the identifier `pid`.
 void broadcast(const std::string& codecs, int pid, const std::string& file) {
-    ffmpeg(kSmallVideo + kTone + codecs + " -mpegts_start_pid " + std::to_string(pid), file);
+    const std::string seconds = std::to_string(kPartSeconds);
+    ffmpeg("-f lavfi -i testsrc2=s=160x90:r=25:d=" + seconds + " -f lavfi -i sine=r=44100:d=" + seconds +
+               ' ' + codecs + " -mpegts_start_pid " + std::to_string(pid),
+           file);
 }
 
 TEST(MediaSource, GoesOnWithTheStreamsThatTakeOver) {
@@ -267,8 +272,9 @@ TEST(MediaSource, GoesOnWithTheStreamsThatTakeOver) {
             MediaSource source(scratch.file(name));
             const Collected all = collect(source);
             // The last picture and some sound of a stream come only when the next ones have been taken.
-            EXPECT_NEAR(50.0 * parts, static_cast<double>(all.picture_times.size()), 2.0 * parts) << name;
-            EXPECT_NEAR(2.0 * parts, all.sound_seconds, 0.2 * parts) << name;
+            const double seconds = kPartSeconds * parts;
+            EXPECT_NEAR(25 * seconds, static_cast<double>(all.picture_times.size()), 2.0 * parts) << name;
+            EXPECT_NEAR(seconds, all.sound_seconds, 0.2 * parts) << name;
             EXPECT_EQ(source.shortfall(), std::nullopt) << name;
         }
     }
@@ -282,6 +288,19 @@ TEST(MediaSource, LeavesTracksThatRunBesideTheChosenOneAlone) {
     MediaSource source(scratch.file("two.ts"));
     EXPECT_NEAR(2.0, collect(source).sound_seconds, 0.1);
     EXPECT_EQ(source.shortfall(), std::nullopt);
+
+    const auto languages = [&](const std::string& seconds, const std::string& arguments, const char* name) {
+        ffmpeg("-f lavfi -i testsrc2=s=160x90:r=25:d=" + seconds + " -f lavfi -i sine=440:r=16000:d=" +
+                   seconds + " -f lavfi -i sine=880:r=16000:d=" + seconds +
+                   " -map 0 -map 1 -map 2 -c:v mpeg2video " + arguments,
+               scratch.file(name));
+        MediaSource both(scratch.file(name));
+        EXPECT_NEAR(std::stod(seconds), collect(both).sound_seconds, 0.2) << name;
+        EXPECT_EQ(both.shortfall(), std::nullopt) << name;
+    };
+    languages("20", "-c:a mp2 -b:a 8k -f vob", "in_long_pieces.vob");
+    languages("0.2", "-c:a aac", "of_one_piece_each.ts");
+    languages("0.1", "-c:a aac", "of_one_small_piece_each.ts");
 }
 
 TEST(MediaSource, TakesPicturesAndSoundOfOneProgramme) {

@@ -451,8 +451,12 @@ TEST(ScanTimeline, TracksThatJumpBackTogetherStayTogether) {
     TwoTracks alone;  // only the pictures' stamps begin again
     alone.part({100.0, 110.0}, {100.0, 110.0});
     alone.part({0.0, 10.0}, {110.0, 120.0});
-    EXPECT_NEAR(alone.picture_places.back(), 119.9, 1e-6);
-    EXPECT_NEAR(alone.sound_places.back(), 119.9, 1e-6);
+    alone.part({8.0, 18.0}, {120.0, 130.0});
+    alone.part({18.0, 23.0}, {});
+    alone.part({23.0, 28.0}, {129.0, 134.0});  // only the sound's, which comes late
+    alone.part({}, {134.0, 139.0});
+    EXPECT_NEAR(alone.picture_places.back(), 139.9, 1e-6);
+    EXPECT_NEAR(alone.sound_places.back(), 139.9, 1e-6);
 }
 
 TEST(ScanAudioPeriods, LieEndToEndAtEverySampleRate) {

@@ -5,16 +5,19 @@
 #include <cmath>
 #include <cstddef>
 #include <deque>
+#include <optional>
 #include <utility>
 
 namespace zel_monitor::scan {
 
 /// How far a track has come in stream time, and how that differs from its timestamps.
 struct TrackClock {
-    double shift_s = 0.0;     ///< added to the stamps since they last jumped back
-    double last_s = 0.0;      ///< start of the item that was given last
-    double expected_s = 0.0;  ///< and its end
-    bool any = false;         ///< whether one was given
+    double shift_s = 0.0;                  ///< added to the stamps since they last jumped back
+    double last_s = 0.0;                   ///< start of the item that was given last
+    double expected_s = 0.0;               ///< and its end
+    bool any = false;                      ///< whether one was given
+    std::optional<double> back_at_s = {};  ///< where it was when its stamps jumped back last
+    std::optional<double> back_to_s = {};  ///< stamp of the first item that is held since it jumps back
 };
 
 /// Makes stream time out of one track's timestamps, which may jump. Places never run backwards.
@@ -42,9 +45,9 @@ class Timeline {
         if (held_.size() > 1 || !clock_.any) {
             return;
         }
-        if (jumps(time_s)) {
-            others_end_s_ = other_.any ? other_.expected_s : clock_.expected_s;
-        } else {
+        if (jumpsBack(time_s)) {
+            clock_.back_to_s = time_s;
+        } else if (!jumpsAhead(time_s)) {
             releaseAtStamps(give);
         }
     }
@@ -57,7 +60,7 @@ class Timeline {
 
   private:
     static constexpr double kLeastJumpS = 0.05;
-    static constexpr double kMostApartS = 5.0;  // of both tracks' stamps in one part
+    static constexpr double kMostApartS = 5.0;  // between the tracks where one part begins
 
     struct Held {
         Item item;
@@ -65,10 +68,8 @@ class Timeline {
         double length_s;
     };
 
-    bool jumps(double time_s) const {
-        const double start_s = time_s + clock_.shift_s;
-        return start_s < clock_.last_s || start_s - clock_.expected_s > kLeastJumpS;
-    }
+    bool jumpsBack(double time_s) const { return time_s + clock_.shift_s < clock_.last_s; }
+    bool jumpsAhead(double time_s) const { return time_s + clock_.shift_s - clock_.expected_s > kLeastJumpS; }
 
     /// Decides on what is held if the stamp that follows tells enough.
     template <typename Give>
@@ -84,8 +85,7 @@ class Timeline {
             unmoved_s += held.length_s;
         }
         const double moved_s = held_.back().time_s + held_.back().length_s;
-        const bool was_back = held_.front().time_s + clock_.shift_s < clock_.last_s;
-        const bool returns = was_back || time_s < held_.back().time_s;
+        const bool returns = jumpsBack(held_.front().time_s) || time_s < held_.back().time_s;
         if (returns && std::abs(time_s + clock_.shift_s - unmoved_s) < std::abs(time_s - moved_s)) {
             release(give, [this](const Held& /*held*/) { return clock_.expected_s; });
         } else if (held_.size() == most_held_) {
@@ -95,23 +95,25 @@ class Timeline {
 
     template <typename Give>
     void acceptJump(const Give& give) {
-        if (!held_.empty() && clock_.any && held_.front().time_s + clock_.shift_s < clock_.last_s) {
-            jumpBack(held_.front().time_s);
+        if (!held_.empty() && clock_.any && jumpsBack(held_.front().time_s)) {
+            goBackTo(held_.front().time_s);
         }
         releaseAtStamps(give);
     }
 
     /// The stamps go on with `time_s`. Where streams were joined both tracks jump, one a little before the
     /// other, and the new part begins for both when the longer one's old part ends.
-    void jumpBack(double time_s) {
-        const bool is_second = other_.any && other_.shift_s > clock_.shift_s &&
-                               std::abs(time_s - (other_.last_s - other_.shift_s)) < kMostApartS;
-        if (is_second) {
-            clock_.shift_s = std::max(other_.shift_s, clock_.expected_s - time_s);
+    void goBackTo(double time_s) {
+        const double former_shift_s = std::exchange(clock_.shift_s, clock_.expected_s - time_s);
+        const auto is_near = [time_s](double stamp_s) { return std::abs(time_s - stamp_s) < kMostApartS; };
+        if (other_.back_to_s && is_near(*other_.back_to_s)) {
+            clock_.shift_s = std::max(clock_.shift_s, other_.expected_s - *other_.back_to_s);
+        } else if (other_.back_at_s && other_.last_s - *other_.back_at_s < kMostApartS &&
+                   other_.shift_s > former_shift_s && is_near(other_.last_s - other_.shift_s)) {
+            clock_.shift_s = std::max(clock_.shift_s, other_.shift_s);
             other_.shift_s = clock_.shift_s;
-        } else {
-            clock_.shift_s = std::max(clock_.expected_s, others_end_s_) - time_s;
         }
+        clock_.back_at_s = clock_.expected_s;
     }
 
     template <typename Give>
@@ -121,6 +123,7 @@ class Timeline {
 
     template <typename Give, typename Place>
     void release(const Give& give, const Place& place) {
+        clock_.back_to_s.reset();
         for (; !held_.empty(); held_.pop_front()) {
             Held& held = held_.front();
             clock_.last_s = clock_.any ? std::max(place(held), clock_.last_s) : place(held);
@@ -134,7 +137,6 @@ class Timeline {
     std::deque<Held> held_;
     TrackClock& clock_;
     TrackClock& other_;
-    double others_end_s_ = 0.0;  // of what the other track had given when the first item was held
 };
 
 }  // namespace zel_monitor::scan
