@@ -4,6 +4,7 @@ import re
 import unittest
 
 from selenium import webdriver
+from selenium.common.exceptions import StaleElementReferenceException
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.by import By
@@ -39,8 +40,13 @@ class Page(ScanTest):
     def tearDown(self):
         self.assertEqual(self.browser.get_log("browser"), [])
 
+    def wait(self, condition, message=""):
+        """Waits, also while the chart is being drawn anew."""
+        passing = (StaleElementReferenceException, IndexError)
+        return WebDriverWait(self.browser, 60, ignored_exceptions=passing).until(condition, message)
+
     def find(self, selector):
-        return WebDriverWait(self.browser, 10).until(lambda b: b.find_element(By.CSS_SELECTOR, selector))
+        return self.wait(lambda b: b.find_element(By.CSS_SELECTOR, selector))
 
     def texts(self, selector):
         return [element.text for element in self.browser.find_elements(By.CSS_SELECTOR, selector)]
@@ -78,14 +84,14 @@ class Page(ScanTest):
     def test_hovering_shows_the_times_of_an_event(self):
         for kind, start, end in (("black", "0:00:02.000", "0:00:05.000"), ("mute", "0:00:07.000", "0:00:10.000")):
             ActionChains(self.browser).move_to_element(self.bar(kind)[0]).perform()
-            WebDriverWait(self.browser, 10).until(
-                lambda b: any(start in tip and end in tip and kind in tip for tip in self.texts(".tip")), kind
+            self.wait(
+                lambda _: any(start in tip and end in tip and kind in tip for tip in self.texts(".tip")), kind
             )
 
     def test_hovering_over_a_curve_shows_its_value(self):
         label = self.browser.find_element(By.XPATH, "//*[name()='text'][.='mean luma']")
         ActionChains(self.browser).move_to_element_with_offset(label, 300, 0).perform()
-        WebDriverWait(self.browser, 10).until(lambda _: any("mean luma" in tip for tip in self.texts(".tip")))
+        self.wait(lambda _: any("mean luma" in tip for tip in self.texts(".tip")))
 
     def test_shows_the_first_picture_of_each_event(self):
         loaded = self.browser.execute_script(
@@ -108,9 +114,9 @@ class Page(ScanTest):
     def test_choosing_an_event_zooms_to_it(self):
         before = self.width(self.bar("black")[0])
         self.browser.find_element(By.XPATH, "//div[@id='events']//tr[contains(., 'black')]").click()
-        WebDriverWait(self.browser, 10).until(lambda _: self.width(self.bar("black")[0]) > 1.5 * before)
+        self.wait(lambda _: self.width(self.bar("black")[0]) > 1.5 * before)
         self.find("#whole").click()
-        WebDriverWait(self.browser, 10).until(lambda _: abs(self.width(self.bar("black")[0]) - before) < 2)
+        self.wait(lambda _: abs(self.width(self.bar("black")[0]) - before) < 2)
 
     def test_is_light_or_dark(self):
         body = self.find("body")
