@@ -10,8 +10,6 @@
 #include <system_error>
 #include <unistd.h>
 
-extern "C" char** environ;  // NOLINT(readability-identifier-naming): the system's name
-
 namespace zel_monitor::selftest {
 namespace {
 
@@ -57,6 +55,7 @@ std::string outputOf(const std::vector<std::string>& words) {
         throw std::system_error(errno, std::generic_category(), "pipe");
     }
     std::vector<char*> arguments;
+    arguments.reserve(words.size() + 1);
     for (const std::string& word : words) {
         arguments.push_back(const_cast<char*>(word.c_str()));  // not written to
     }
@@ -65,7 +64,7 @@ std::string outputOf(const std::vector<std::string>& words) {
     const int error =
         posix_spawnp(&child, arguments[0], ChildFiles(ends[1]).get(), nullptr, arguments.data(), environ);
     close(ends[1]);
-    const std::string text = error == 0 ? readAll(ends[0]) : "";
+    std::string text = error == 0 ? readAll(ends[0]) : "";
     close(ends[0]);
     if (error != 0) {
         throw std::runtime_error(words[0] + ": " + std::generic_category().message(error));

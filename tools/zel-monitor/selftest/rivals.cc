@@ -1,6 +1,7 @@
 #include "selftest/rivals.h"
 
 #include <charconv>
+#include <cmath>
 #include <fmt/format.h>
 #include <optional>
 
@@ -70,7 +71,9 @@ std::vector<Span> rivalEvents(Kind kind, const std::string& file, double length_
 
 std::vector<Blockiness> rivalBlockiness(const std::string& file, double length_s) {
     std::vector<Blockiness> values;
-    for (double start_s = 0.0; start_s < length_s; start_s += kBlockinessStepS) {
+    const auto steps = static_cast<int>(std::ceil(length_s / kBlockinessStepS));
+    for (int step = 0; step < steps; ++step) {
+        const double start_s = step * kBlockinessStepS;
         const std::string text =
             filterOutput(file, "-vf", "blockdetect,metadata=mode=print:key=lavfi.block:file=-",
                          {"-ss", fmt::format("{}", start_s), "-t", fmt::format("{}", kBlockinessStepS)});
