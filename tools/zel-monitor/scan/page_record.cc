@@ -48,6 +48,7 @@ PageRecord::PageRecord(double frame_rate)
 void PageRecord::onPicture(const Picture& picture, double time_s) {
     current_ = &picture;
     current_s_ = time_s;
+    current_small_.reset();
     if (wantsThumbnails() &&
         (recent_.empty() || time_s - recent_.back()->time_s + kSlackS >= kSnapshotStepS)) {
         remember(snapshot());
@@ -94,7 +95,11 @@ void PageRecord::onEvent(const Event& event) {
 }
 
 std::shared_ptr<const PageRecord::Snapshot> PageRecord::snapshot() {
-    return std::make_shared<const Snapshot>(Snapshot{current_s_, thumbnailer_.shrink(*current_)});
+    if (current_small_ == nullptr) {
+        current_small_ =
+            std::make_shared<const Snapshot>(Snapshot{current_s_, thumbnailer_.shrink(*current_)});
+    }
+    return current_small_;
 }
 
 void PageRecord::remember(const std::shared_ptr<const Snapshot>& snapshot) {

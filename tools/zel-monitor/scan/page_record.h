@@ -44,6 +44,7 @@ class PageRecord {
         std::string address;
     };
 
+    /// Of the picture at hand, which is shrunk once for all that begins with it.
     std::shared_ptr<const Snapshot> snapshot();
     void remember(const std::shared_ptr<const Snapshot>& snapshot);
     bool wantsThumbnails() const;
@@ -52,7 +53,8 @@ class PageRecord {
     Series level_;
     Series voice_;
     const Picture* current_ = nullptr;
-    double current_s_ = 0.0;  // when it began
+    double current_s_ = 0.0;                         // when it began
+    std::shared_ptr<const Snapshot> current_small_;  // null until it is wanted
     Thumbnailer thumbnailer_;
     Snapshots recent_;
     PerKind<Run> runs_;  // the last of each kind
