@@ -3,15 +3,15 @@
 #include <exception>
 #include <system_error>
 
-#include "console.h"
-#include "file_names.h"
-#include "log_file.h"
-#include "options.h"
+#include "cli/console.h"
+#include "cli/file_names.h"
+#include "cli/log_file.h"
+#include "cli/standard_streams.h"
+#include "cli/stop_signal.h"
 #include "scan/scan.h"
 #include "selftest/selftest.h"
-#include "standard_streams.h"
-#include "stop_signal.h"
-#include "watch.h"
+#include "watch/options.h"
+#include "watch/watch.h"
 
 namespace {
 
@@ -38,10 +38,10 @@ int run(int argc, char** argv) {
     const auto app = makeCommandLine();
     WatchOptions watch_options;
     WatchOptions demo_options;
-    scan::ScanOptions scan_options;
+    ScanOptions scan_options;
     const CLI::App* const demo_command = addDemoCommand(*app, demo_options);
     const CLI::App* const watch_command = addWatchCommand(*app, watch_options);
-    const CLI::App* const scan_command = scan::addScanCommand(*app, scan_options);
+    const CLI::App* const scan_command = addScanCommand(*app, scan_options);
     selftest::SelftestOptions selftest_options;
     selftest::addSelftestCommand(*app, selftest_options);
     if (const auto answer = parseArguments(*app, {argv + 1, argv + argc})) {
@@ -55,7 +55,7 @@ int run(int argc, char** argv) {
     if (watch_command->parsed()) {
         return watch(watch_options);
     }
-    return scan_command->parsed() ? scan::runScan(scan_options) : selftest::runSelftest(selftest_options);
+    return scan_command->parsed() ? runScan(scan_options) : selftest::runSelftest(selftest_options);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "frame_converter.h"
+#include "input/frame_converter.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -7,7 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "packed_picture.h"
+#include "watch/packed_picture.h"
 
 extern "C" {
 #include <libavutil/pixdesc.h>

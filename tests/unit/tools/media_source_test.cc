@@ -1,4 +1,4 @@
-#include "media_source.h"
+#include "input/media_source.h"
 
 #include <atomic>
 #include <map>

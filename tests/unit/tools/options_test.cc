@@ -1,4 +1,4 @@
-#include "options.h"
+#include "watch/options.h"
 
 #include <CLI/App.hpp>
 

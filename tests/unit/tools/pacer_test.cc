@@ -1,4 +1,4 @@
-#include "pacer.h"
+#include "watch/pacer.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "report_writer.h"
+#include "watch/report_writer.h"
 
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -7,8 +7,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "progress.h"
-#include "time_text.h"
+#include "cli/time_text.h"
+#include "watch/progress.h"
 
 namespace {
 
@@ -116,20 +116,20 @@ TEST(TextWriter, SetsOffWhatHasRisenAndTheFirstOfAKind) {
 }
 
 TEST(Progress, ShowsABarPositionSpeedAndWhatWasFed) {
-    zel_monitor::Progress progress(100.0);
-    const zel_monitor::Progress::TimePoint start{};
+    zel_monitor::WatchProgress progress(100.0);
+    const zel_monitor::WatchProgress::TimePoint start{};
     progress.update(start, 0, 0, 0);
     EXPECT_FALSE(progress.update(start + std::chrono::milliseconds(50), 0.1, 1, 1).has_value());
     EXPECT_EQ("[############............] 0:00:50.0 / 0:01:40.0  25.00x  7 pictures, 9 sounds",
               progress.update(start + std::chrono::seconds(2), 50, 7, 9));
     EXPECT_EQ("0:00:50.0  0.00x  7 pictures, 9 sounds",
-              zel_monitor::Progress(std::nullopt).update(start, 50, 7, 9));
+              zel_monitor::WatchProgress(std::nullopt).update(start, 50, 7, 9));
 }
 
 TEST(TimeText, RoundsToTenths) {
-    EXPECT_EQ("0:00:00.0", zel_monitor::clockText(-0.02));
-    EXPECT_EQ("-0:00:00.2", zel_monitor::clockText(-0.2));
-    EXPECT_EQ("0:01:00.0", zel_monitor::clockText(59.96));
+    EXPECT_EQ("0:00:00.0", zel_monitor::shortClockText(-0.02));
+    EXPECT_EQ("-0:00:00.2", zel_monitor::shortClockText(-0.2));
+    EXPECT_EQ("0:01:00.0", zel_monitor::shortClockText(59.96));
 }
 
 }  // namespace

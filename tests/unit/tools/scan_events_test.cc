@@ -7,16 +7,16 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "events/event_maker.h"
+#include "events/event_tracker.h"
 #include "scan/analyser.h"
 #include "scan/audio_periods.h"
-#include "scan/event_maker.h"
-#include "scan/event_tracker.h"
 #include "scan/timeline.h"
 #include "support/log_capture.h"
 
 namespace {
 
-using namespace zel_monitor::scan;
+using namespace zel_monitor;
 using zel_monitor::Picture;
 using zel_monitor::Sound;
 using ZELAlgo::ZELAudioResult;
@@ -25,9 +25,10 @@ using ZELAlgo::ZELVideoResult;
 constexpr double kFrame = 0.04;
 
 /// Plays pictures and audio periods to an EventMaker and keeps what it makes of them.
-class Stage : public EventListener {
+class Stage : public ZEL::EventListener {
   public:
-    explicit Stage(const EventRules& rules = defaultRules()) : maker_(rules, Tracks{}, *this) {}
+    explicit Stage(const ZEL::EventRules& rules = ZEL::defaultEventRules())
+        : maker_(rules, ZEL::StreamTracks{}, *this) {}
 
     void pictures(int count, const ZELVideoResult& result) {
         for (int i = 0; i < count; ++i, video_s_ += kFrame) {
@@ -41,36 +42,36 @@ class Stage : public EventListener {
         }
     }
     void videoGap(double seconds) {
-        maker_.gap(Track::kVideo, {video_s_, video_s_ + seconds});
+        maker_.gap(ZEL::StreamTrack::kVideo, {video_s_, video_s_ + seconds});
         video_s_ += seconds;
     }
-    const std::vector<Event>& finish(StreamEnd end = {}) {
+    const std::vector<ZEL::Event>& finish(ZEL::StreamEnd end = {}) {
         end.video_s = video_s_;
         end.audio_s = audio_s_;
         maker_.finish(end);
         return events_;
     }
-    int begun(Kind kind) const { return begun_[indexOf(kind)]; }
+    int begun(ZEL::EventKind kind) const { return begun_[indexOf(kind)]; }
 
-    void onRunBegan(Kind kind) override { ++begun_[indexOf(kind)]; }
-    void onEvent(const Event& event) override { events_.push_back(event); }
+    void onRunBegan(ZEL::EventKind kind) override { ++begun_[indexOf(kind)]; }
+    void onEvent(const ZEL::Event& event) override { events_.push_back(event); }
 
   private:
-    EventMaker maker_;
+    ZEL::EventMaker maker_;
     double video_s_ = 0.0;
     double audio_s_ = 0.0;
-    std::vector<Event> events_;
-    PerKind<int> begun_{};
+    std::vector<ZEL::Event> events_;
+    ZEL::PerEventKind<int> begun_{};
 };
 
-auto isEvent(Kind kind, double start, double end, bool open = false) {
+auto isEvent(ZEL::EventKind kind, double start, double end, bool open = false) {
     using testing::AllOf;
     using testing::DoubleNear;
     using testing::Field;
-    return AllOf(Field("kind", &Event::kind, kind), Field("open_at_end", &Event::open_at_end, open),
-                 Field("span", &Event::span,
-                       AllOf(Field("start", &Span::start_s, DoubleNear(start, 1e-6)),
-                             Field("end", &Span::end_s, DoubleNear(end, 1e-6)))));
+    return AllOf(Field("kind", &ZEL::Event::kind, kind), Field("open_at_end", &ZEL::Event::open_at_end, open),
+                 Field("span", &ZEL::Event::span,
+                       AllOf(Field("start", &ZEL::TimeSpan::start_s, DoubleNear(start, 1e-6)),
+                             Field("end", &ZEL::TimeSpan::end_s, DoubleNear(end, 1e-6)))));
 }
 
 const ZELVideoResult kGood{};
@@ -82,40 +83,40 @@ const ZELVideoResult kStill{
     .status = 0, .screen_type = 0, .exposure_type = 0, .is_block = false, .is_staticframe = true};
 
 TEST(ScanEvents, RunShorterThanTheMinimumIsNoEvent) {
-    EventTracker tracker(Kind::kBlack, {0.5, 0.1});
-    EXPECT_TRUE(tracker.see({0.0, 0.48}, Sight::kPresent).began);
-    EXPECT_FALSE(tracker.see({0.48, 1.0}, Sight::kAbsent).ended);
+    ZEL::EventTracker tracker(ZEL::EventKind::kBlack, {0.5, 0.1});
+    EXPECT_TRUE(tracker.see({0.0, 0.48}, ZEL::Sight::kPresent).began);
+    EXPECT_FALSE(tracker.see({0.48, 1.0}, ZEL::Sight::kAbsent).ended);
     EXPECT_FALSE(tracker.finish(1.0));
 }
 
 TEST(ScanEvents, InterruptionUpToTheGapIsBridgedAndLowersTheShare) {
-    EventTracker tracker(Kind::kBlack, {0.5, 0.2});
-    tracker.see({1.0, 1.4}, Sight::kPresent);
-    EXPECT_FALSE(tracker.see({1.4, 1.6}, Sight::kAbsent).ended);
-    tracker.see({1.6, 1.8}, Sight::kPresent);
-    const auto ended = tracker.see({1.8, 2.1}, Sight::kAbsent).ended;
+    ZEL::EventTracker tracker(ZEL::EventKind::kBlack, {0.5, 0.2});
+    tracker.see({1.0, 1.4}, ZEL::Sight::kPresent);
+    EXPECT_FALSE(tracker.see({1.4, 1.6}, ZEL::Sight::kAbsent).ended);
+    tracker.see({1.6, 1.8}, ZEL::Sight::kPresent);
+    const auto ended = tracker.see({1.8, 2.1}, ZEL::Sight::kAbsent).ended;
     ASSERT_TRUE(ended);
-    EXPECT_THAT(*ended, isEvent(Kind::kBlack, 1.0, 1.8));
+    EXPECT_THAT(*ended, isEvent(ZEL::EventKind::kBlack, 1.0, 1.8));
     EXPECT_NEAR(ended->share, 0.75, 1e-9);
 }
 
 TEST(ScanEvents, ScatteredSightsAreNoEvent) {
-    EventTracker tracker(Kind::kLowVoice, {1.0, 2.0});
+    ZEL::EventTracker tracker(ZEL::EventKind::kLowVoice, {1.0, 2.0});
     for (int i = 0; i < 10; ++i) {
-        tracker.see({2.0 * i, 2.0 * i + 0.5}, Sight::kPresent);
-        tracker.see({2.0 * i + 0.5, 2.0 * i + 2.0}, Sight::kAbsent);
+        tracker.see({2.0 * i, 2.0 * i + 0.5}, ZEL::Sight::kPresent);
+        tracker.see({2.0 * i + 0.5, 2.0 * i + 2.0}, ZEL::Sight::kAbsent);
     }
     EXPECT_FALSE(tracker.finish(20.0));
 }
 
 TEST(ScanEvents, UnknownTimePassesButCountsNeitherWay) {
-    EventTracker tracker(Kind::kLowVoice, {1.0, 2.0});
-    tracker.see({0.0, 1.0}, Sight::kPresent);
-    tracker.see({1.0, 2.0}, Sight::kUnknown);
-    tracker.see({2.0, 3.0}, Sight::kPresent);
-    const auto ended = tracker.see({3.0, 5.5}, Sight::kUnknown).ended;
+    ZEL::EventTracker tracker(ZEL::EventKind::kLowVoice, {1.0, 2.0});
+    tracker.see({0.0, 1.0}, ZEL::Sight::kPresent);
+    tracker.see({1.0, 2.0}, ZEL::Sight::kUnknown);
+    tracker.see({2.0, 3.0}, ZEL::Sight::kPresent);
+    const auto ended = tracker.see({3.0, 5.5}, ZEL::Sight::kUnknown).ended;
     ASSERT_TRUE(ended);
-    EXPECT_THAT(*ended, isEvent(Kind::kLowVoice, 0.0, 3.0));
+    EXPECT_THAT(*ended, isEvent(ZEL::EventKind::kLowVoice, 0.0, 3.0));
     EXPECT_DOUBLE_EQ(ended->share, 1.0);
 }
 
@@ -125,9 +126,9 @@ TEST(ScanEvents, EventsAreTimedToThePictureAndClosedAtTheEndOfTheStream) {
     stage.pictures(50, kBlackPicture);
     stage.pictures(25, kGood);
     stage.pictures(25, kBlackPicture);
-    EXPECT_THAT(stage.finish(),
-                testing::ElementsAre(isEvent(Kind::kBlack, 1.0, 3.0), isEvent(Kind::kBlack, 4.0, 5.0, true)));
-    EXPECT_EQ(stage.begun(Kind::kBlack), 2);
+    EXPECT_THAT(stage.finish(), testing::ElementsAre(isEvent(ZEL::EventKind::kBlack, 1.0, 3.0),
+                                                     isEvent(ZEL::EventKind::kBlack, 4.0, 5.0, true)));
+    EXPECT_EQ(stage.begun(ZEL::EventKind::kBlack), 2);
 }
 
 TEST(ScanEvents, FreezeBeginsWithThePictureThatIsRepeated) {
@@ -135,7 +136,7 @@ TEST(ScanEvents, FreezeBeginsWithThePictureThatIsRepeated) {
     stage.pictures(26, kGood);  // the last of them stands still from 1.0 s on
     stage.pictures(74, kStill);
     stage.pictures(25, kGood);
-    EXPECT_THAT(stage.finish(), testing::ElementsAre(isEvent(Kind::kFreeze, 1.0, 4.0)));
+    EXPECT_THAT(stage.finish(), testing::ElementsAre(isEvent(ZEL::EventKind::kFreeze, 1.0, 4.0)));
 }
 
 TEST(ScanEvents, BlackOrGreenStretchIsNotAlsoFrozen) {
@@ -143,13 +144,13 @@ TEST(ScanEvents, BlackOrGreenStretchIsNotAlsoFrozen) {
     stage.pictures(25, kGood);
     stage.pictures(100, kBlackAndStill);
     stage.pictures(100, kStill);
-    EXPECT_THAT(stage.finish(), testing::ElementsAre(isEvent(Kind::kBlack, 1.0, 5.0),
-                                                     isEvent(Kind::kFreeze, 5.0, 9.0, true)));
+    EXPECT_THAT(stage.finish(), testing::ElementsAre(isEvent(ZEL::EventKind::kBlack, 1.0, 5.0),
+                                                     isEvent(ZEL::EventKind::kFreeze, 5.0, 9.0, true)));
 }
 
 TEST(ScanEvents, FirstPictureIsLikeNoOther) {
-    EventRules rules = defaultRules();
-    rules[indexOf(Kind::kFreeze)].min_s = 0.0;
+    ZEL::EventRules rules = ZEL::defaultEventRules();
+    rules[indexOf(ZEL::EventKind::kFreeze)].min_s = 0.0;
     Stage stage(rules);
     stage.pictures(1, kStill);
     stage.pictures(1, kGood);
@@ -164,8 +165,8 @@ TEST(ScanEvents, SilenceHidesTheVoiceVerdictsThatItImplies) {
     Stage stage;
     stage.seconds(10, silence);
     stage.seconds(10, nobody);
-    EXPECT_THAT(stage.finish(), testing::ElementsAre(isEvent(Kind::kMute, 0.0, 10.0),
-                                                     isEvent(Kind::kNoVoice, 10.0, 20.0, true)));
+    EXPECT_THAT(stage.finish(), testing::ElementsAre(isEvent(ZEL::EventKind::kMute, 0.0, 10.0),
+                                                     isEvent(ZEL::EventKind::kNoVoice, 10.0, 20.0, true)));
 }
 
 TEST(ScanEvents, GapInTheTimestampsIsAStallAndNeverAFreeze) {
@@ -175,13 +176,14 @@ TEST(ScanEvents, GapInTheTimestampsIsAStallAndNeverAFreeze) {
     stage.pictures(10, kStill);
     stage.videoGap(0.5);
     stage.pictures(10, kStill);
-    EXPECT_THAT(stage.finish(), testing::ElementsAre(isEvent(Kind::kStall, 1.0, 6.0)));
+    EXPECT_THAT(stage.finish(), testing::ElementsAre(isEvent(ZEL::EventKind::kStall, 1.0, 6.0)));
 }
 
 TEST(ScanEvents, EndBeforeTheDeclaredOneIsShort) {
     Stage early;
     early.pictures(25, kGood);
-    EXPECT_THAT(early.finish({.declared_s = 10.0}), testing::ElementsAre(isEvent(Kind::kShort, 1.0, 10.0)));
+    EXPECT_THAT(early.finish({.declared_s = 10.0}),
+                testing::ElementsAre(isEvent(ZEL::EventKind::kShort, 1.0, 10.0)));
     Stage whole;
     whole.pictures(25, kGood);
     EXPECT_THAT(whole.finish({.declared_s = 1.5}), testing::IsEmpty());
@@ -191,13 +193,14 @@ TEST(ScanEvents, StillPictureNeedsNoMinimum) {
     Stage stage;
     stage.pictures(1, kBlackPicture);
     EXPECT_THAT(stage.finish({.declared_s = {}, .still_picture = true}),
-                testing::ElementsAre(isEvent(Kind::kBlack, 0.0, kFrame, true)));
+                testing::ElementsAre(isEvent(ZEL::EventKind::kBlack, 0.0, kFrame, true)));
 }
 
 /// Gives an Analyser pictures that are all alike and silence, and keeps the stalls that it finds.
 class Screening : public AnalysisListener {
   public:
-    explicit Screening(Tracks tracks, double stall_s = 1.0) : analyser_(rules(stall_s), tracks, *this) {}
+    explicit Screening(ZEL::StreamTracks tracks, double stall_s = 1.0)
+        : analyser_(rules(stall_s), tracks, *this) {}
 
     /// A picture every `step_s` from `from_s` up to `to_s`, each said to last `stated_s`.
     void film(double from_s, double to_s, double step_s = kFrame, double stated_s = kFrame) {
@@ -222,32 +225,32 @@ class Screening : public AnalysisListener {
                                  .buffer = {}});
         }
     }
-    const std::vector<Event>& stalls() {
+    const std::vector<ZEL::Event>& stalls() {
         analyser_.finish(std::nullopt);
         return stalls_;
     }
     double reached() const { return analyser_.reached(); }
 
-    void onRunBegan(Kind /*kind*/) override {}
-    void onEvent(const Event& event) override {
-        if (event.kind == Kind::kStall) {
+    void onRunBegan(ZEL::EventKind /*kind*/) override {}
+    void onEvent(const ZEL::Event& event) override {
+        if (event.kind == ZEL::EventKind::kStall) {
             stalls_.push_back(event);
         }
     }
     void onPicture(const Picture& /*picture*/, double /*time_s*/) override {}
-    void onSilencePeriod(Span /*period*/, const ZELAudioResult& /*result*/) override {}
-    void onVoicePeriod(Span /*period*/, const ZELAudioResult& /*result*/) override {}
+    void onSilencePeriod(ZEL::TimeSpan /*period*/, const ZELAudioResult& /*result*/) override {}
+    void onVoicePeriod(ZEL::TimeSpan /*period*/, const ZELAudioResult& /*result*/) override {}
 
   private:
-    static EventRules rules(double stall_s) {
-        EventRules rules = defaultRules();
-        rules[indexOf(Kind::kStall)].min_s = stall_s;
+    static ZEL::EventRules rules(double stall_s) {
+        ZEL::EventRules rules = ZEL::defaultEventRules();
+        rules[indexOf(ZEL::EventKind::kStall)].min_s = stall_s;
         return rules;
     }
 
     std::array<uint8_t, 64 * 64> grey_{};
     std::array<int16_t, 160> silence_{};
-    std::vector<Event> stalls_;
+    std::vector<ZEL::Event> stalls_;
     Analyser analyser_;
 };
 
@@ -255,7 +258,7 @@ class ScanStalls : public testing::Test {
     const support::LogCapture quiet_;  // the pictures are all alike, and the detector says so of each
 };
 
-constexpr Tracks kVideoOnly{.video = true, .audio = false};
+constexpr ZEL::StreamTracks kVideoOnly{.video = true, .audio = false};
 
 TEST_F(ScanStalls, GrowingGapsInAFilmAreAllStalls) {
     Screening film(kVideoOnly);
@@ -264,9 +267,9 @@ TEST_F(ScanStalls, GrowingGapsInAFilmAreAllStalls) {
     film.film(6.8, 8.0);
     film.film(10.8, 12.0);
     film.film(15.6, 17.0);
-    EXPECT_THAT(film.stalls(),
-                testing::ElementsAre(isEvent(Kind::kStall, 5.02, 6.8), isEvent(Kind::kStall, 8.0, 10.8),
-                                     isEvent(Kind::kStall, 12.0, 15.6)));
+    EXPECT_THAT(film.stalls(), testing::ElementsAre(isEvent(ZEL::EventKind::kStall, 5.02, 6.8),
+                                                    isEvent(ZEL::EventKind::kStall, 8.0, 10.8),
+                                                    isEvent(ZEL::EventKind::kStall, 12.0, 15.6)));
 }
 
 TEST_F(ScanStalls, GapThatTheContainerStatesAsALongPictureIsAStall) {
@@ -274,7 +277,7 @@ TEST_F(ScanStalls, GapThatTheContainerStatesAsALongPictureIsAStall) {
     film.film(0.0, 2.0);
     film.picture(2.0, 3.04);
     film.film(5.04, 7.0);
-    EXPECT_THAT(film.stalls(), testing::ElementsAre(isEvent(Kind::kStall, 2.04, 5.04)));
+    EXPECT_THAT(film.stalls(), testing::ElementsAre(isEvent(ZEL::EventKind::kStall, 2.04, 5.04)));
 }
 
 TEST_F(ScanStalls, VariableFrameRatesAndSlideShowsAreWhole) {
@@ -297,7 +300,7 @@ TEST_F(ScanStalls, VariableFrameRatesAndSlideShowsAreWhole) {
         averaged.picture(time_s, 4.0);
     }
     averaged.picture(40.0, 4.0);
-    EXPECT_THAT(averaged.stalls(), testing::ElementsAre(isEvent(Kind::kStall, 16.0, 40.0)));
+    EXPECT_THAT(averaged.stalls(), testing::ElementsAre(isEvent(ZEL::EventKind::kStall, 16.0, 40.0)));
 
     Screening unstated(kVideoOnly);
     for (const double time_s : {0.0, 1.0, 2.0, 7.0}) {
@@ -318,7 +321,7 @@ TEST_F(ScanStalls, ShortGapsAreStallsForWhoeverAsksForThem) {
     Screening film(kVideoOnly, 0.03);
     film.film(0.0, 2.0);
     film.film(2.04, 4.0);
-    EXPECT_THAT(film.stalls(), testing::ElementsAre(isEvent(Kind::kStall, 2.0, 2.04)));
+    EXPECT_THAT(film.stalls(), testing::ElementsAre(isEvent(ZEL::EventKind::kStall, 2.0, 2.04)));
 }
 
 TEST_F(ScanStalls, RoundedTimestampsAreNoStallsEvenWhenEveryGapIs) {
@@ -334,17 +337,17 @@ TEST_F(ScanStalls, TrackThatIsMissingAtEitherEndIsAStall) {
     late_video.sound(0.0, 4.0);
     late_video.film(4.0, 6.0);
     late_video.sound(4.0, 6.0);
-    EXPECT_THAT(late_video.stalls(), testing::ElementsAre(isEvent(Kind::kStall, 0.0, 4.0)));
+    EXPECT_THAT(late_video.stalls(), testing::ElementsAre(isEvent(ZEL::EventKind::kStall, 0.0, 4.0)));
 
     Screening early_end({});
     early_end.film(0.0, 3.0);
     early_end.sound(0.0, 3.0);
     early_end.film(3.0, 10.0);
-    EXPECT_THAT(early_end.stalls(), testing::ElementsAre(isEvent(Kind::kStall, 3.0, 10.0, true)));
+    EXPECT_THAT(early_end.stalls(), testing::ElementsAre(isEvent(ZEL::EventKind::kStall, 3.0, 10.0, true)));
 
     Screening no_sound({});
     no_sound.film(0.0, 2.0);
-    EXPECT_THAT(no_sound.stalls(), testing::ElementsAre(isEvent(Kind::kStall, 0.0, 2.0, true)));
+    EXPECT_THAT(no_sound.stalls(), testing::ElementsAre(isEvent(ZEL::EventKind::kStall, 0.0, 2.0, true)));
 }
 
 TEST_F(ScanStalls, CoversAndShortDelaysAreNoStalls) {
@@ -357,7 +360,7 @@ TEST_F(ScanStalls, CoversAndShortDelaysAreNoStalls) {
     film_that_lost_its_pictures.picture(0.0);
     film_that_lost_its_pictures.sound(0.0, 10.0);
     EXPECT_THAT(film_that_lost_its_pictures.stalls(),
-                testing::ElementsAre(isEvent(Kind::kStall, kFrame, 10.0, true)));
+                testing::ElementsAre(isEvent(ZEL::EventKind::kStall, kFrame, 10.0, true)));
 
     Screening primed({});
     primed.film(0.0, 5.0);
@@ -371,8 +374,8 @@ TEST_F(ScanStalls, WhatIsMissingInBothTracksIsOneStall) {
     both.sound(0.0, 2.1);
     both.film(5.0, 7.0);
     both.sound(5.4, 7.0);
-    const std::vector<Event>& stalls = both.stalls();
-    ASSERT_THAT(stalls, testing::ElementsAre(isEvent(Kind::kStall, 2.0, 5.4)));
+    const std::vector<ZEL::Event>& stalls = both.stalls();
+    ASSERT_THAT(stalls, testing::ElementsAre(isEvent(ZEL::EventKind::kStall, 2.0, 5.4)));
     EXPECT_DOUBLE_EQ(stalls.front().share, 1.0);
 }
 
@@ -413,7 +416,7 @@ TEST(ScanTimeline, TellsWrongStampsFromJumps) {
 
 /// Two tracks of one stream, with items of a tenth of a second.
 struct TwoTracks {
-    void part(Span pictures, Span sounds) {
+    void part(ZEL::TimeSpan pictures, ZEL::TimeSpan sounds) {
         const auto length = static_cast<int>(std::lround(std::max(pictures.length(), sounds.length()) * 10));
         for (int i = 0; i < length; ++i) {
             const double offset_s = 0.1 * i;
@@ -421,7 +424,7 @@ struct TwoTracks {
             put(audio, sounds, offset_s, sound_places);
         }
     }
-    static void put(Timeline<int>& line, Span span, double offset_s, std::vector<double>& places) {
+    static void put(Timeline<int>& line, ZEL::TimeSpan span, double offset_s, std::vector<double>& places) {
         if (offset_s + 0.05 < span.length()) {
             line.take(0, span.start_s + offset_s, 0.1,
                       [&](int, double start_s) { places.push_back(start_s); });
@@ -472,7 +475,7 @@ TEST(ScanAudioPeriods, LieEndToEndAtEverySampleRate) {
                               .samples = 1000,
                               .data = samples.data(),
                               .buffer = {}};
-            periods.feed(sound, sound.time, [&](Span period, const ZELAudioResult&) {
+            periods.feed(sound, sound.time, [&](ZEL::TimeSpan period, const ZELAudioResult&) {
                 EXPECT_NEAR(period.start_s, end_s, 1e-9) << rate;
                 EXPECT_NEAR(period.length(), 0.1, 0.001) << rate;
                 end_s = period.end_s;
@@ -484,11 +487,11 @@ TEST(ScanAudioPeriods, LieEndToEndAtEverySampleRate) {
 }
 
 TEST(ScanEvents, EveryKindStandsOnceInTheTable) {
-    for (size_t i = 0; i < kKindCount; ++i) {
-        EXPECT_EQ(indexOf(kinds().at(i).kind), i);
-        EXPECT_EQ(kindByName(kinds().at(i).name), kinds().at(i).kind);
+    for (size_t i = 0; i < ZEL::kEventKinds; ++i) {
+        EXPECT_EQ(indexOf(ZEL::eventKinds().at(i).kind), i);
+        EXPECT_EQ(ZEL::eventKindByName(ZEL::eventKinds().at(i).name), ZEL::eventKinds().at(i).kind);
     }
-    EXPECT_FALSE(kindByName("purple"));
+    EXPECT_FALSE(ZEL::eventKindByName("purple"));
 }
 
 }  // namespace

@@ -11,22 +11,22 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "file_names.h"
-#include "scan/output_file.h"
-#include "scan/progress.h"
-#include "scan/report.h"
-#include "scan/series.h"
-#include "scan/text.h"
-#include "scan/writers.h"
-#include "standard_streams.h"
+#include "cli/file_names.h"
+#include "cli/output_file.h"
+#include "cli/progress.h"
+#include "cli/standard_streams.h"
+#include "cli/time_text.h"
+#include "report/report.h"
+#include "report/series.h"
+#include "report/writers.h"
 #include "support/clip.h"
 
 namespace {
 
-using namespace zel_monitor::scan;
+using namespace zel_monitor;
 using testing::HasSubstr;
 
-InputReport reportOf(std::vector<Event> events, double length_s = 100.0) {
+InputReport reportOf(std::vector<ZEL::Event> events, double length_s = 100.0) {
     InputReport report;
     report.facts.input = "clip, \"one\".mp4";
     report.length_s = length_s;
@@ -34,17 +34,17 @@ InputReport reportOf(std::vector<Event> events, double length_s = 100.0) {
     return report;
 }
 
-Policy failOn(Kind kind, double limit_s) {
+Policy failOn(ZEL::EventKind kind, double limit_s) {
     Policy policy;
     policy[indexOf(kind)] = limit_s;
     return policy;
 }
 
-const Event kShortBlack{Kind::kBlack, {10.0, 12.0}, 1.0, false};
-const Event kLongBlack{Kind::kBlack, {50.0, 58.0}, 0.5, true};
+const ZEL::Event kShortBlack{ZEL::EventKind::kBlack, {10.0, 12.0}, 1.0, false};
+const ZEL::Event kLongBlack{ZEL::EventKind::kBlack, {50.0, 58.0}, 0.5, true};
 
 TEST(ScanReport, TotalsAddUpPerKind) {
-    const Totals black = totalsOf(reportOf({kShortBlack, kLongBlack}))[indexOf(Kind::kBlack)];
+    const Totals black = totalsOf(reportOf({kShortBlack, kLongBlack}))[indexOf(ZEL::EventKind::kBlack)];
     EXPECT_EQ(black.events, 2U);
     EXPECT_DOUBLE_EQ(black.total_s, 10.0);
     EXPECT_DOUBLE_EQ(black.share, 0.1);
@@ -55,42 +55,43 @@ TEST(ScanReport, TotalsAddUpPerKind) {
 TEST(ScanReport, SharesAreOfTheDeclaredLengthUnlessThatIsAGuess) {
     InputReport report = reportOf({kShortBlack});
     report.facts.duration = 200.0;
-    EXPECT_DOUBLE_EQ(totalsOf(report)[indexOf(Kind::kBlack)].share, 0.01);
+    EXPECT_DOUBLE_EQ(totalsOf(report)[indexOf(ZEL::EventKind::kBlack)].share, 0.01);
     report.facts.duration_estimated = true;
-    EXPECT_DOUBLE_EQ(totalsOf(report)[indexOf(Kind::kBlack)].share, 0.02);
+    EXPECT_DOUBLE_EQ(totalsOf(report)[indexOf(ZEL::EventKind::kBlack)].share, 0.02);
     EXPECT_THAT(totalTable({report, report}, {}), HasSubstr(" 2.0%"));
 }
 
 TEST(ScanReport, PolicyLooksAtTheLongestEventOfAKind) {
     const InputReport report = reportOf({kShortBlack, kLongBlack});
     EXPECT_EQ(verdictOn(report, Policy{}), Verdict::kNone);
-    EXPECT_EQ(verdictOn(report, failOn(Kind::kBlack, 8.0)), Verdict::kFail);
-    EXPECT_EQ(verdictOn(report, failOn(Kind::kBlack, 8.1)), Verdict::kPass);
-    EXPECT_EQ(verdictOn(report, failOn(Kind::kFreeze, 0.0)), Verdict::kPass);
-    EXPECT_THAT(violations(report, failOn(Kind::kBlack, 2.0)),
+    EXPECT_EQ(verdictOn(report, failOn(ZEL::EventKind::kBlack, 8.0)), Verdict::kFail);
+    EXPECT_EQ(verdictOn(report, failOn(ZEL::EventKind::kBlack, 8.1)), Verdict::kPass);
+    EXPECT_EQ(verdictOn(report, failOn(ZEL::EventKind::kFreeze, 0.0)), Verdict::kPass);
+    EXPECT_THAT(violations(report, failOn(ZEL::EventKind::kBlack, 2.0)),
                 testing::ElementsAre("black for 8.000 s at 0:00:50.000 (limit 2 s)"));
 }
 
 TEST(ScanReport, EventAsLongAsTheLimitIsAViolationHoweverItsTimesWereRounded) {
     for (const double start_s : {0.32, 0.1, 8.04, 1234.56}) {
-        const InputReport report = reportOf({{Kind::kBlack, {start_s, start_s + 2.0 - 1e-9}, 1.0, false}});
-        EXPECT_EQ(verdictOn(report, failOn(Kind::kBlack, 2.0)), Verdict::kFail) << start_s;
+        const InputReport report =
+            reportOf({{ZEL::EventKind::kBlack, {start_s, start_s + 2.0 - 1e-9}, 1.0, false}});
+        EXPECT_EQ(verdictOn(report, failOn(ZEL::EventKind::kBlack, 2.0)), Verdict::kFail) << start_s;
     }
-    EXPECT_EQ(verdictOn(reportOf({kShortBlack}), failOn(Kind::kBlack, 2.001)), Verdict::kPass);
+    EXPECT_EQ(verdictOn(reportOf({kShortBlack}), failOn(ZEL::EventKind::kBlack, 2.001)), Verdict::kPass);
 }
 
 TEST(ScanReport, TableTellsOfDamage) {
     InputReport report = reportOf({});
     EXPECT_THAT(inputTable(report, {}), testing::Not(HasSubstr("damaged")));
     report.counts.damaged = 225;
-    EXPECT_THAT(inputTable(report, failOn(Kind::kBlack, 2.0)),
+    EXPECT_THAT(inputTable(report, failOn(ZEL::EventKind::kBlack, 2.0)),
                 testing::AllOf(HasSubstr("225 damaged packets or frames"), HasSubstr("PASS")));
 }
 
 TEST(ScanReport, WhatWasNotAnalysedToItsEndIsNeverAPass) {
     InputReport broken = reportOf({});
     broken.problem = "it broke off";
-    const Policy policy = failOn(Kind::kBlack, 8.0);
+    const Policy policy = failOn(ZEL::EventKind::kBlack, 8.0);
     EXPECT_EQ(verdictOn(broken, policy), Verdict::kIncomplete);
     EXPECT_EQ(exitStatus({reportOf({}), reportOf({kLongBlack})}, policy), kViolated);
     EXPECT_EQ(exitStatus({reportOf({kLongBlack}), broken}, policy), kNotAnalysed);
@@ -99,11 +100,12 @@ TEST(ScanReport, WhatWasNotAnalysedToItsEndIsNeverAPass) {
 }
 
 TEST(ScanReport, WritersQuoteNamesAndNeverPrintANumberThatIsNone) {
-    const Event odd{Kind::kBlack, {0.0, std::numeric_limits<double>::infinity()}, std::nan(""), false};
+    const ZEL::Event odd{
+        ZEL::EventKind::kBlack, {0.0, std::numeric_limits<double>::infinity()}, std::nan(""), false};
     EXPECT_THAT(eventLine("a\xff.mp4", odd),
                 testing::AllOf(HasSubstr("\"end_s\":null"), HasSubstr("\"share\":null"),
                                HasSubstr("\xef\xbf\xbd.mp4")));
-    const Event early{Kind::kBlack, {-1e-9, 1.0}, 1.0, false};
+    const ZEL::Event early{ZEL::EventKind::kBlack, {-1e-9, 1.0}, 1.0, false};
     EXPECT_THAT(eventLine("a.mp4", early), HasSubstr("\"start_s\":0.0"));
     EXPECT_THAT(csvLine("a.mp4", early), HasSubstr("black,0.000000,1.000000"));
     EXPECT_EQ(csvLine("clip, \"one\".mp4", kShortBlack),

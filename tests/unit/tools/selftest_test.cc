@@ -21,8 +21,8 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 
 auto isSpan(double start, double end) {
-    return testing::AllOf(testing::Field(&Span::start_s, DoubleNear(start, 1e-9)),
-                          testing::Field(&Span::end_s, DoubleNear(end, 1e-9)));
+    return testing::AllOf(testing::Field(&ZEL::TimeSpan::start_s, DoubleNear(start, 1e-9)),
+                          testing::Field(&ZEL::TimeSpan::end_s, DoubleNear(end, 1e-9)));
 }
 
 TEST(SelftestScoring, OverlapOfOneHalfIsAHit) {
@@ -68,7 +68,7 @@ TEST(SelftestRivals, BlockinessBecomesEventsByItsThreshold) {
 
 TEST(SelftestResults, ThresholdThatServesTheRivalBestIsTaken) {
     const auto blocky = std::find_if(corpus().begin(), corpus().end(), [](const Case& c) {
-        return c.kind == Kind::kBlock && !c.truth.empty();
+        return c.kind == ZEL::EventKind::kBlock && !c.truth.empty();
     });
     ASSERT_NE(blocky, corpus().end());
     std::vector<Result> results(1);
@@ -88,8 +88,8 @@ TEST(SelftestCorpus, CasesAreNamedOnceAndEveryKindIsShownWithAndWithoutFault) {
     for (const Case& one : corpus()) {
         EXPECT_TRUE(names.insert(one.name).second) << one.name;
     }
-    for (const auto& info : zel_monitor::scan::kinds()) {
-        if (info.source == zel_monitor::scan::Source::kTimestamps) {
+    for (const auto& info : ZEL::eventKinds()) {
+        if (info.source == ZEL::EventSource::kTimestamps) {
             continue;
         }
         const auto has = [&](bool fault) {

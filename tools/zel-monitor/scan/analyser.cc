@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-namespace zel_monitor::scan {
+namespace zel_monitor {
 namespace {
 
 constexpr double kFallbackPictureS = 1.0 / 25;
@@ -26,10 +26,10 @@ ZELAlgo::ZELAlgoConfig scanConfig(double audio_period_s) {
     return config;
 }
 
-Analyser::Analyser(const EventRules& rules, Tracks tracks, AnalysisListener& listener)
+Analyser::Analyser(const ZEL::EventRules& rules, ZEL::StreamTracks tracks, AnalysisListener& listener)
     : listener_(listener),
       maker_(rules, tracks, listener),
-      stall_s_(rules[indexOf(Kind::kStall)].min_s),
+      stall_s_(rules[indexOf(ZEL::EventKind::kStall)].min_s),
       detector_(scanConfig(kSilencePeriodS)),
       tracks_(tracks),
       video_line_(kMostPicturesHeld, video_clock_, audio_clock_),
@@ -69,10 +69,10 @@ double Analyser::reached() const {
 
 void Analyser::show(Picture picture, double start_s) {
     if (shown_) {
-        const Span missing{shown_->start_s + ownLength(start_s), start_s};
+        const ZEL::TimeSpan missing{shown_->start_s + ownLength(start_s), start_s};
         if (isGap(missing)) {
             settle(missing.start_s);
-            maker_.gap(Track::kVideo, missing);
+            maker_.gap(ZEL::StreamTrack::kVideo, missing);
         } else {
             settle(start_s);
         }
@@ -89,7 +89,7 @@ void Analyser::show(Picture picture, double start_s) {
     shown_.emplace(Shown{std::move(picture), start_s, stated_s, result});
     if (!video_) {
         video_ = {start_s, start_s};
-        tellMissingStart(Track::kVideo);
+        tellMissingStart(ZEL::StreamTrack::kVideo);
     }
     video_->end_s = start_s + stated_s;
     listener_.onPicture(shown_->picture, start_s);
@@ -98,10 +98,10 @@ void Analyser::show(Picture picture, double start_s) {
 void Analyser::hear(const Sound& sound, double start_s) {
     if (!audio_) {
         audio_ = {start_s, start_s};
-        tellMissingStart(Track::kAudio);
+        tellMissingStart(ZEL::StreamTrack::kAudio);
     }
-    if (const Span missing{audio_->end_s, start_s}; isGap(missing)) {
-        maker_.gap(Track::kAudio, missing);
+    if (const ZEL::TimeSpan missing{audio_->end_s, start_s}; isGap(missing)) {
+        maker_.gap(ZEL::StreamTrack::kAudio, missing);
         if (silence_) {
             silence_->skipTo(start_s);
             voice_->skipTo(start_s);
@@ -111,11 +111,11 @@ void Analyser::hear(const Sound& sound, double start_s) {
         silence_.emplace(scanConfig(kSilencePeriodS), sound.sample_rate);
         voice_.emplace(scanConfig(kVoicePeriodS), sound.sample_rate);
     }
-    silence_->feed(sound, start_s, [this](Span period, const ZELAlgo::ZELAudioResult& result) {
+    silence_->feed(sound, start_s, [this](ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result) {
         maker_.silencePeriod(period, result);
         listener_.onSilencePeriod(period, result);
     });
-    voice_->feed(sound, start_s, [this](Span period, const ZELAlgo::ZELAudioResult& result) {
+    voice_->feed(sound, start_s, [this](ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result) {
         maker_.voicePeriod(period, result);
         listener_.onVoicePeriod(period, result);
     });
@@ -128,7 +128,7 @@ void Analyser::settle(double end_s) {
 
 /// Whether a picture of that length is rather one of a slide show than one of a film.
 bool Analyser::isSlide(double length_s) const {
-    return length_s + kSlackS >= std::max(stall_s_, kShortestSlideS);
+    return length_s + ZEL::kSlackS >= std::max(stall_s_, kShortestSlideS);
 }
 
 /// How long the picture that is shown lasts if nothing is missing before `next_s`. Some containers state the
@@ -144,14 +144,14 @@ double Analyser::ownLength(double next_s) const {
     return shown_->stated_s < stall_s_ ? shown_->stated_s : shortest_s_;
 }
 
-bool Analyser::isGap(Span span) const {
-    return span.length() > kStampGrainS && span.length() + kSlackS >= stall_s_;
+bool Analyser::isGap(ZEL::TimeSpan span) const {
+    return span.length() > kStampGrainS && span.length() + ZEL::kSlackS >= stall_s_;
 }
 
 /// Tells that `late`, which just began, was not there when the other track was.
-void Analyser::tellMissingStart(Track late) {
-    const std::optional<Span>& other = late == Track::kVideo ? audio_ : video_;
-    const std::optional<Span>& mine = late == Track::kVideo ? video_ : audio_;
+void Analyser::tellMissingStart(ZEL::StreamTrack late) {
+    const std::optional<ZEL::TimeSpan>& other = late == ZEL::StreamTrack::kVideo ? audio_ : video_;
+    const std::optional<ZEL::TimeSpan>& mine = late == ZEL::StreamTrack::kVideo ? video_ : audio_;
     if (other && isGap({other->start_s, mine->start_s})) {
         maker_.gap(late, {other->start_s, mine->start_s});
     }
@@ -160,21 +160,22 @@ void Analyser::tellMissingStart(Track late) {
 /// Tells that one track ended before the other, or never came. A single picture that goes with sound, and is
 /// said to be all there is, is its cover.
 void Analyser::tellMissingEnd() {
-    const auto tell = [this](Track track, const std::optional<Span>& mine, const std::optional<Span>& other) {
+    const auto tell = [this](ZEL::StreamTrack track, const std::optional<ZEL::TimeSpan>& mine,
+                             const std::optional<ZEL::TimeSpan>& other) {
         if (!other) {
             return;
         }
-        const Span missing{mine ? mine->end_s : other->start_s, other->end_s};
+        const ZEL::TimeSpan missing{mine ? mine->end_s : other->start_s, other->end_s};
         if (isGap(missing)) {
             maker_.gap(track, missing);
         }
     };
     if (tracks_.video && !(tracks_.still_picture && pictures_ == 1)) {
-        tell(Track::kVideo, video_, audio_);
+        tell(ZEL::StreamTrack::kVideo, video_, audio_);
     }
     if (tracks_.audio) {
-        tell(Track::kAudio, audio_, video_);
+        tell(ZEL::StreamTrack::kAudio, audio_, video_);
     }
 }
 
-}  // namespace zel_monitor::scan
+}  // namespace zel_monitor

@@ -2,7 +2,7 @@
 
 #include <numeric>
 
-namespace zel_monitor::scan {
+namespace zel_monitor {
 namespace {
 
 constexpr int kChunksPerSecond = 100;
@@ -51,4 +51,4 @@ void AudioPeriods::skipTo(double time_s) {
     }
 }
 
-}  // namespace zel_monitor::scan
+}  // namespace zel_monitor

@@ -2,16 +2,16 @@
 #define ZEL_TOOLS_SCAN_AUDIO_PERIODS_H_
 
 #include <zel/algo/algo_facade.h>
+#include <zel/events/event.h>
 
 #include <cstdint>
 #include <functional>
 #include <optional>
 #include <vector>
 
-#include "media_item.h"
-#include "scan/event.h"
+#include "input/media_item.h"
 
-namespace zel_monitor::scan {
+namespace zel_monitor {
 
 /// Feeds sound of one sample rate to the audio detector and gives the verdict of every period.
 ///
@@ -19,7 +19,7 @@ namespace zel_monitor::scan {
 /// it was given, so that longer blocks of digital silence would fall behind the stream.
 class AudioPeriods {
   public:
-    using Sink = std::function<void(Span period, const ZELAlgo::ZELAudioResult& result)>;
+    using Sink = std::function<void(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result)>;
 
     AudioPeriods(const ZELAlgo::ZELAlgoConfig& config, int sample_rate);
 
@@ -39,6 +39,6 @@ class AudioPeriods {
     std::optional<double> start_s_;  // of the period at hand, once there is sound in it
 };
 
-}  // namespace zel_monitor::scan
+}  // namespace zel_monitor
 
 #endif  // ZEL_TOOLS_SCAN_AUDIO_PERIODS_H_

@@ -17,16 +17,16 @@ extern "C" {
 #include <libavutil/log.h>
 }
 
-#include "file_names.h"
-#include "scan/output_file.h"
-#include "scan/page.h"
-#include "scan/progress.h"
+#include "cli/file_names.h"
+#include "cli/output_file.h"
+#include "cli/progress.h"
+#include "cli/standard_streams.h"
+#include "cli/stop_signal.h"
+#include "report/page.h"
+#include "report/writers.h"
 #include "scan/scan_input.h"
-#include "scan/writers.h"
-#include "standard_streams.h"
-#include "stop_signal.h"
 
-namespace zel_monitor::scan {
+namespace zel_monitor {
 namespace {
 
 /// What stands for an input that is not begun, because the scan was stopped.
@@ -116,9 +116,9 @@ class Scan {
     }
 
     InputScan scanInput(const std::string& input, size_t i) {
-        const auto on_event = [this, &input](const Event& event) { writeEvent(input, event); };
-        return scan::scanInput(input, options_.rules, outputs_.page != nullptr, progress_.slot(i), on_event,
-                               stop_);
+        const auto on_event = [this, &input](const ZEL::Event& event) { writeEvent(input, event); };
+        return zel_monitor::scanInput(input, options_.rules, outputs_.page != nullptr, progress_.slot(i),
+                                      on_event, stop_);
     }
 
     /// Ends the run with the exception at hand, of an output that takes no more: all further work would be
@@ -131,7 +131,7 @@ class Scan {
     }
 
     /// Does not throw: the input is not to blame.
-    void writeEvent(const std::string& input, const Event& event) {
+    void writeEvent(const std::string& input, const ZEL::Event& event) {
         if (options_.format != Format::kJsonLines && options_.format != Format::kCsv) {
             return;
         }
@@ -265,4 +265,4 @@ int runScan(const ScanOptions& options) {
     return Scan(options, *outputs, stop).run();
 }
 
-}  // namespace zel_monitor::scan
+}  // namespace zel_monitor

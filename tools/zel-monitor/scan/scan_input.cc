@@ -4,25 +4,26 @@
 #include <exception>
 #include <fmt/format.h>
 
-#include "demo_source.h"
+#include "input/decode_ahead.h"
+#include "input/demo_source.h"
 #include "scan/analyser.h"
-#include "scan/decode_ahead.h"
 
-namespace zel_monitor::scan {
+namespace zel_monitor {
 namespace {
 
 /// Collects what an analysis finds.
 class Findings : public AnalysisListener {
   public:
-    Findings(InputScan& scan, Progress::Slot& progress, const std::function<void(const Event&)>& on_event)
+    Findings(InputScan& scan, Progress::Slot& progress,
+             const std::function<void(const ZEL::Event&)>& on_event)
         : scan_(scan), progress_(progress), on_event_(on_event) {}
 
-    void onRunBegan(Kind kind) override {
+    void onRunBegan(ZEL::EventKind kind) override {
         if (scan_.record) {
             scan_.record->onRunBegan(kind);
         }
     }
-    void onEvent(const Event& event) override {
+    void onEvent(const ZEL::Event& event) override {
         scan_.report.events.push_back(event);
         ++progress_.events;
         if (scan_.record) {
@@ -35,12 +36,12 @@ class Findings : public AnalysisListener {
             scan_.record->onPicture(picture, time_s);
         }
     }
-    void onSilencePeriod(Span period, const ZELAlgo::ZELAudioResult& result) override {
+    void onSilencePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result) override {
         if (scan_.record) {
             scan_.record->onSilencePeriod(period, result);
         }
     }
-    void onVoicePeriod(Span period, const ZELAlgo::ZELAudioResult& result) override {
+    void onVoicePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result) override {
         if (scan_.record) {
             scan_.record->onVoicePeriod(period, result);
         }
@@ -49,7 +50,7 @@ class Findings : public AnalysisListener {
   private:
     InputScan& scan_;
     Progress::Slot& progress_;
-    const std::function<void(const Event&)>& on_event_;
+    const std::function<void(const ZEL::Event&)>& on_event_;
 };
 
 /// A message of the source without the input's name, which the report has already.
@@ -62,19 +63,19 @@ std::string reasonFrom(const std::string& message, const std::string& input) {
 /// This does not hang on the rules for events.
 std::optional<std::string> missingEnd(const InputReport& report, const std::optional<double>& declared_s) {
     const double missing_s = declared_s.value_or(0.0) - report.length_s;
-    if (missing_s + kSlackS >= infoOf(Kind::kShort).rule.min_s) {
+    if (missing_s + ZEL::kSlackS >= infoOf(ZEL::EventKind::kShort).rule.min_s) {
         return fmt::format("it ends {:.3f} s before its declared end", missing_s);
     }
     return std::nullopt;
 }
 
-void analyse(MediaSource& source, const EventRules& rules, InputScan& scan, Progress::Slot& progress,
+void analyse(MediaSource& source, const ZEL::EventRules& rules, InputScan& scan, Progress::Slot& progress,
              Findings& findings, const std::atomic<bool>& stop) {
     InputReport& report = scan.report;
     const auto& video = report.facts.video;
-    const Tracks tracks{.video = video.has_value(),
-                        .audio = report.facts.audio.has_value(),
-                        .still_picture = video && video->still};
+    const ZEL::StreamTracks tracks{.video = video.has_value(),
+                                   .audio = report.facts.audio.has_value(),
+                                   .still_picture = video && video->still};
     Analyser analyser(rules, tracks, findings);
     {
         DecodeAhead ahead(source);
@@ -103,8 +104,8 @@ void analyse(MediaSource& source, const EventRules& rules, InputScan& scan, Prog
 
 }  // namespace
 
-InputScan scanInput(const std::string& input, const EventRules& rules, bool with_record,
-                    Progress::Slot& progress, const std::function<void(const Event&)>& on_event,
+InputScan scanInput(const std::string& input, const ZEL::EventRules& rules, bool with_record,
+                    Progress::Slot& progress, const std::function<void(const ZEL::Event&)>& on_event,
                     const std::atomic<bool>& stop) {
     InputScan scan;
     InputReport& report = scan.report;
@@ -124,11 +125,12 @@ InputScan scanInput(const std::string& input, const EventRules& rules, bool with
     if (stop) {
         report.problem = "stopped before its end";
     }
-    std::stable_sort(report.events.begin(), report.events.end(),
-                     [](const Event& a, const Event& b) { return a.span.start_s < b.span.start_s; });
+    std::stable_sort(
+        report.events.begin(), report.events.end(),
+        [](const ZEL::Event& a, const ZEL::Event& b) { return a.span.start_s < b.span.start_s; });
     progress.position_s = report.length_s;
     progress.done = true;
     return scan;
 }
 
-}  // namespace zel_monitor::scan
+}  // namespace zel_monitor

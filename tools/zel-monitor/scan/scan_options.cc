@@ -8,10 +8,10 @@
 #include <string_view>
 #include <utility>
 
-#include "file_names.h"
-#include "scan/text.h"
+#include "cli/file_names.h"
+#include "cli/time_text.h"
 
-namespace zel_monitor::scan {
+namespace zel_monitor {
 namespace {
 
 constexpr unsigned kMostJobs = 64;
@@ -25,8 +25,8 @@ double seconds(const std::string& option, std::string_view text) {
     return *value;
 }
 
-Kind kind(const std::string& option, std::string_view name) {
-    const auto found = kindByName(name);
+ZEL::EventKind kind(const std::string& option, std::string_view name) {
+    const auto found = ZEL::eventKindByName(name);
     if (!found) {
         throw CLI::ValidationError(
             option, fmt::format("'{}' is not a kind of fault; --list-detectors names them all", name));
@@ -36,26 +36,26 @@ Kind kind(const std::string& option, std::string_view name) {
 
 /// What stood on the command line, where that is more than the options tell.
 struct Given {
-    PerKind<bool> minimum{};
-    PerKind<bool> limit{};  ///< of --fail-on, as a time
+    ZEL::PerEventKind<bool> minimum{};
+    ZEL::PerEventKind<bool> limit{};  ///< of --fail-on, as a time
 };
 
 /// Adds an option that takes "kind=time", several with commas or by repetition. `bare` allows "kind" alone,
 /// without a time.
 void addPerKind(CLI::App& command, const std::string& name, const std::string& help, bool bare,
-                std::function<void(Kind, std::optional<double>)> set) {
+                std::function<void(ZEL::EventKind, std::optional<double>)> set) {
     command
         .add_option_function<std::vector<std::string>>(
             name,
             [name, bare, set = std::move(set)](const std::vector<std::string>& items) {
-                PerKind<bool> given{};
+                ZEL::PerEventKind<bool> given{};
                 for (const std::string& item : items) {
                     const size_t equals = item.find('=');
                     if (equals == std::string::npos && !bare) {
                         throw CLI::ValidationError(
                             name, fmt::format("'{}' lacks a length of time; write {}=0.5s", item, item));
                     }
-                    const Kind wanted = kind(name, item.substr(0, equals));
+                    const ZEL::EventKind wanted = kind(name, item.substr(0, equals));
                     if (std::exchange(given[indexOf(wanted)], true)) {
                         throw CLI::ValidationError(name,
                                                    fmt::format("{} is given twice", infoOf(wanted).name));
@@ -72,7 +72,8 @@ void addPerKind(CLI::App& command, const std::string& name, const std::string& h
 }
 
 /// Sets the shortest event of a kind, as --min and --stall ask for it.
-void setMinimum(const std::string& option, ScanOptions& options, Given& given, Kind kind, double seconds) {
+void setMinimum(const std::string& option, ScanOptions& options, Given& given, ZEL::EventKind kind,
+                double seconds) {
     if (std::exchange(given.minimum[indexOf(kind)], true)) {
         throw CLI::ValidationError(option, fmt::format("{} is given twice", infoOf(kind).name));
     }
@@ -81,7 +82,7 @@ void setMinimum(const std::string& option, ScanOptions& options, Given& given, K
 
 /// Whoever names the length from which an event is a violation wants events that short to be found.
 void applyLimits(ScanOptions& options, const Given& given) {
-    for (const KindInfo& info : kinds()) {
+    for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
         const size_t i = indexOf(info.kind);
         double& min_s = options.rules[i].min_s;
         if (!given.limit[i] || min_s <= *options.policy[i]) {
@@ -112,16 +113,18 @@ CLI::App* addScanCommand(CLI::App& app, ScanOptions& options) {
     const auto given = std::make_shared<Given>();
     command->add_flag("--list-detectors", options.list_detectors,
                       "List the kinds of faults, with the defaults");
+    addPerKind(*command, "--min", "Shortest event of a kind", false,
+               [&options, given](ZEL::EventKind k, std::optional<double> s) {
+                   setMinimum("--min", options, *given, k, *s);
+               });
     addPerKind(
-        *command, "--min", "Shortest event of a kind", false,
-        [&options, given](Kind k, std::optional<double> s) { setMinimum("--min", options, *given, k, *s); });
-    addPerKind(*command, "--gap", "How long without the fault ends an event", false,
-               [&options](Kind k, std::optional<double> s) { options.rules[indexOf(k)].gap_s = *s; });
+        *command, "--gap", "How long without the fault ends an event", false,
+        [&options](ZEL::EventKind k, std::optional<double> s) { options.rules[indexOf(k)].gap_s = *s; });
     command
         ->add_option_function<std::string>(
             "--stall",
             [&options, given](const std::string& text) {
-                setMinimum("--stall", options, *given, Kind::kStall, seconds("--stall", text));
+                setMinimum("--stall", options, *given, ZEL::EventKind::kStall, seconds("--stall", text));
             },
             "Shortest gap in the timestamps that is an event; as --min stall=TIME")
         ->type_name("TIME");
@@ -129,7 +132,7 @@ CLI::App* addScanCommand(CLI::App& app, ScanOptions& options) {
         *command, "--fail-on",
         "Exit with 1 if an event of the kind is this long, which lowers --min to that; without a time: "
         "if there is any event",
-        true, [&options, given](Kind k, std::optional<double> s) {
+        true, [&options, given](ZEL::EventKind k, std::optional<double> s) {
             options.policy[indexOf(k)] = s.value_or(0.0);
             given->limit[indexOf(k)] = s.has_value();
         });
@@ -167,4 +170,4 @@ CLI::App* addScanCommand(CLI::App& app, ScanOptions& options) {
     return command;
 }
 
-}  // namespace zel_monitor::scan
+}  // namespace zel_monitor

@@ -1,23 +1,24 @@
 #ifndef ZEL_TOOLS_SCAN_SCAN_OPTIONS_H_
 #define ZEL_TOOLS_SCAN_SCAN_OPTIONS_H_
 
+#include <zel/events/kinds.h>
+
 #include <string>
 #include <vector>
 
-#include "scan/kinds.h"
-#include "scan/report.h"
+#include "report/report.h"
 
 namespace CLI {
 class App;
 }
 
-namespace zel_monitor::scan {
+namespace zel_monitor {
 
 enum class Format { kTable, kJson, kJsonLines, kCsv };
 
 struct ScanOptions {
     std::vector<std::string> inputs;
-    EventRules rules = defaultRules();
+    ZEL::EventRules rules = ZEL::defaultEventRules();
     Policy policy;
     Format format = Format::kTable;
     std::string output;  ///< empty: standard output
@@ -32,6 +33,6 @@ struct ScanOptions {
 /// outlives the parsing.
 CLI::App* addScanCommand(CLI::App& app, ScanOptions& options);
 
-}  // namespace zel_monitor::scan
+}  // namespace zel_monitor
 
 #endif  // ZEL_TOOLS_SCAN_SCAN_OPTIONS_H_

@@ -8,7 +8,7 @@
 #include <optional>
 #include <utility>
 
-namespace zel_monitor::scan {
+namespace zel_monitor {
 
 /// How far a track has come in stream time, and how that differs from its timestamps.
 struct TrackClock {
@@ -139,6 +139,6 @@ class Timeline {
     TrackClock& other_;
 };
 
-}  // namespace zel_monitor::scan
+}  // namespace zel_monitor
 
 #endif  // ZEL_TOOLS_SCAN_TIMELINE_H_

@@ -5,12 +5,12 @@
 namespace zel_monitor::selftest {
 namespace {
 
-using scan::Kind;
-using scan::Span;
+using ZEL::EventKind;
+using ZEL::TimeSpan;
 
 // The fault, where there is one, lasts from second 4 to second 8 of 12.
-const std::vector<Span> kMiddle{{4.0, 8.0}};
-const std::vector<Span> kNever;
+const std::vector<ZEL::TimeSpan> kMiddle{{4.0, 8.0}};
+const std::vector<ZEL::TimeSpan> kNever;
 const std::string kDuring = "enable='between(t,4,7.99)'";
 
 // A pattern that moves fast enough to be no freeze, of medium brightness.
@@ -60,9 +60,9 @@ Recipe spliced(const std::string& scene) {
 }
 
 void addBlack(std::vector<Case>& cases) {
-    const auto add = [&](const char* name, bool hard, const char* about, std::vector<Span> truth,
+    const auto add = [&](const char* name, bool hard, const char* about, std::vector<ZEL::TimeSpan> truth,
                          Recipe recipe) {
-        cases.push_back({name, Kind::kBlack, hard, about, std::move(truth), {std::move(recipe)}});
+        cases.push_back({name, ZEL::EventKind::kBlack, hard, about, std::move(truth), {std::move(recipe)}});
     };
     const std::string fill = kScene + ",drawbox=t=fill:c=black:";
     add("black-cut", false, "cut to black and back", kMiddle, video(fill + kDuring));
@@ -87,9 +87,9 @@ void addBlack(std::vector<Case>& cases) {
 }
 
 void addGreen(std::vector<Case>& cases) {
-    const auto add = [&](const char* name, bool hard, const char* about, std::vector<Span> truth,
+    const auto add = [&](const char* name, bool hard, const char* about, std::vector<ZEL::TimeSpan> truth,
                          Recipe recipe) {
-        cases.push_back({name, Kind::kGreen, hard, about, std::move(truth), {std::move(recipe)}});
+        cases.push_back({name, ZEL::EventKind::kGreen, hard, about, std::move(truth), {std::move(recipe)}});
     };
     const std::string zero = kScene + ",lutyuv=y=0:u=0:v=0:" + kDuring;
     add("green-cut", false, "pictures of zeros between good ones", kMiddle, video(zero));
@@ -102,14 +102,14 @@ void addGreen(std::vector<Case>& cases) {
 }
 
 void addFreeze(std::vector<Case>& cases) {
-    const auto add = [&](const char* name, bool hard, const char* about, std::vector<Span> truth,
+    const auto add = [&](const char* name, bool hard, const char* about, std::vector<ZEL::TimeSpan> truth,
                          Recipe recipe) {
-        cases.push_back({name, Kind::kFreeze, hard, about, std::move(truth), {std::move(recipe)}});
+        cases.push_back({name, ZEL::EventKind::kFreeze, hard, about, std::move(truth), {std::move(recipe)}});
     };
     const std::string moving = "testsrc2=s=640x360:r=25:d=8,scroll=h=0.01";
     const std::string frozen =
         moving + ",loop=loop=100:size=1:start=100,setpts=N/25/TB";  // picture 100 stays for 4 s more
-    const std::vector<Span> truth{{4.0, 8.04}};
+    const std::vector<ZEL::TimeSpan> truth{{4.0, 8.04}};
     add("freeze-cut", false, "one picture stays for 4 s", truth, video(frozen));
     add("freeze-none", false, "everything moves", kNever, video(kScene));
     add("freeze-coarse", true, "a freeze coded coarsely", truth, video(frozen, "36"));
@@ -136,12 +136,12 @@ void addBlock(std::vector<Case>& cases) {
         "color=gray:s=72x40:r=25:d=1,trim=end_frame=1,noise=c0_seed=7:c0s=100,scale=640:360:flags=bicubic,"
         "setsar=1,"
         "loop=loop=400:size=1,trim=duration=12,scroll=h=0.01";
-    const auto add = [&](const char* name, bool hard, const char* about, std::vector<Span> truth,
+    const auto add = [&](const char* name, bool hard, const char* about, std::vector<ZEL::TimeSpan> truth,
                          std::vector<std::string> coder) {
         Recipe bad{"-f", "lavfi", "-i", scene, "-pix_fmt", "yuv420p", "-bf", "0"};
         bad.insert(bad.end(), coder.begin(), coder.end());
         cases.push_back(
-            {name, Kind::kBlock, hard, about, std::move(truth), {std::move(bad), spliced(scene)}});
+            {name, ZEL::EventKind::kBlock, hard, about, std::move(truth), {std::move(bad), spliced(scene)}});
     };
     const auto mpeg2 = [](const char* q) {
         return std::vector<std::string>{"-c:v", "mpeg2video", "-q:v", q, "-g", "12"};
@@ -172,7 +172,7 @@ void addBlock(std::vector<Case>& cases) {
 }
 
 void addExposure(std::vector<Case>& cases) {
-    const auto add = [&](const char* name, Kind kind, bool hard, const char* about, bool fault,
+    const auto add = [&](const char* name, ZEL::EventKind kind, bool hard, const char* about, bool fault,
                          const std::string& luma) {
         cases.push_back({name,
                          kind,
@@ -182,21 +182,21 @@ void addExposure(std::vector<Case>& cases) {
                          {video(kScene + ",lutyuv=y='" + luma + "':" + kDuring)}});
     };
     // The scene's mean luma is about 125; the fault's is told in the text.
-    add("under-30", Kind::kUnderexposed, false, "mean luma about 30", true, "16+(val-16)*0.13");
-    add("under-none", Kind::kUnderexposed, false, "mean luma about 125", false, "val");
-    add("under-50", Kind::kUnderexposed, true, "mean luma about 50", true, "16+(val-16)*0.31");
-    add("under-80", Kind::kUnderexposed, true, "a dim scene, mean luma about 80, which is no fault", false,
-        "16+(val-16)*0.59");
-    add("over-225", Kind::kOverexposed, false, "mean luma about 225", true, "235-(235-val)*0.09");
-    add("over-none", Kind::kOverexposed, false, "mean luma about 125", false, "val");
-    add("over-210", Kind::kOverexposed, true, "mean luma about 210", true, "235-(235-val)*0.23");
-    add("over-175", Kind::kOverexposed, true, "a bright scene, mean luma about 175, which is no fault", false,
-        "235-(235-val)*0.55");
+    add("under-30", ZEL::EventKind::kUnderexposed, false, "mean luma about 30", true, "16+(val-16)*0.13");
+    add("under-none", ZEL::EventKind::kUnderexposed, false, "mean luma about 125", false, "val");
+    add("under-50", ZEL::EventKind::kUnderexposed, true, "mean luma about 50", true, "16+(val-16)*0.31");
+    add("under-80", ZEL::EventKind::kUnderexposed, true, "a dim scene, mean luma about 80, which is no fault",
+        false, "16+(val-16)*0.59");
+    add("over-225", ZEL::EventKind::kOverexposed, false, "mean luma about 225", true, "235-(235-val)*0.09");
+    add("over-none", ZEL::EventKind::kOverexposed, false, "mean luma about 125", false, "val");
+    add("over-210", ZEL::EventKind::kOverexposed, true, "mean luma about 210", true, "235-(235-val)*0.23");
+    add("over-175", ZEL::EventKind::kOverexposed, true,
+        "a bright scene, mean luma about 175, which is no fault", false, "235-(235-val)*0.55");
 }
 
 void addSound(std::vector<Case>& cases) {
-    const auto add = [&](const char* name, Kind kind, bool hard, const char* about, std::vector<Span> truth,
-                         const std::string& graph) {
+    const auto add = [&](const char* name, ZEL::EventKind kind, bool hard, const char* about,
+                         std::vector<ZEL::TimeSpan> truth, const std::string& graph) {
         cases.push_back({name, kind, hard, about, std::move(truth), {sound(graph)}});
     };
     const auto speech = [](const std::string& filter) { return kSpeech + ",atrim=0:12" + filter; };
@@ -204,24 +204,25 @@ void addSound(std::vector<Case>& cases) {
     const auto over = [](const std::string& a, const std::string& b) {
         return a + "[x];" + b + "[y];[x][y]amix=normalize=0:duration=first";
     };
-    add("mute-gap", Kind::kMute, false, "4 s of zeros in speech", kMiddle, speech(gap));
-    add("mute-none", Kind::kMute, false, "speech with its own pauses", kNever, speech(""));
-    add("mute-dither", Kind::kMute, true, "a gap that is not zero, but dither of one step", kMiddle,
+    add("mute-gap", ZEL::EventKind::kMute, false, "4 s of zeros in speech", kMiddle, speech(gap));
+    add("mute-none", ZEL::EventKind::kMute, false, "speech with its own pauses", kNever, speech(""));
+    add("mute-dither", ZEL::EventKind::kMute, true, "a gap that is not zero, but dither of one step", kMiddle,
         over(speech(gap), "anoisesrc=r=48000:d=12:a=0.00004:c=white"));
-    add("mute-hiss", Kind::kMute, true, "a quiet hiss at -50 dB in the gap, which is no silence", kNever,
-        over(speech(gap), "anoisesrc=r=48000:d=12:a=0.006:c=white"));
-    add("mute-short", Kind::kMute, true, "a gap of 1.5 s", {{4.0, 5.5}},
+    add("mute-hiss", ZEL::EventKind::kMute, true, "a quiet hiss at -50 dB in the gap, which is no silence",
+        kNever, over(speech(gap), "anoisesrc=r=48000:d=12:a=0.006:c=white"));
+    add("mute-short", ZEL::EventKind::kMute, true, "a gap of 1.5 s", {{4.0, 5.5}},
         speech(",asetnsamples=480,volume=0:enable='between(t,4,5.49)'"));
 
-    const std::vector<Span> whole{{0.0, 12.0}};
-    add("low-quiet", Kind::kLowVoice, false, "speech 35 dB too quiet", whole, speech(",volume=-35dB"));
-    add("low-none", Kind::kLowVoice, false, "speech at its usual level", kNever, speech(""));
-    add("low-part", Kind::kLowVoice, true, "speech that is 35 dB too quiet for 4 s", kMiddle,
+    const std::vector<ZEL::TimeSpan> whole{{0.0, 12.0}};
+    add("low-quiet", ZEL::EventKind::kLowVoice, false, "speech 35 dB too quiet", whole,
+        speech(",volume=-35dB"));
+    add("low-none", ZEL::EventKind::kLowVoice, false, "speech at its usual level", kNever, speech(""));
+    add("low-part", ZEL::EventKind::kLowVoice, true, "speech that is 35 dB too quiet for 4 s", kMiddle,
         speech(",asetnsamples=480,volume=-35dB:" + kDuring));
-    add("high-clipped", Kind::kHighVoice, false, "speech driven far into clipping", whole,
+    add("high-clipped", ZEL::EventKind::kHighVoice, false, "speech driven far into clipping", whole,
         speech(",volume=50dB"));
-    add("high-none", Kind::kHighVoice, false, "speech at its usual level", kNever, speech(""));
-    add("high-part", Kind::kHighVoice, true, "speech driven into clipping for 4 s", kMiddle,
+    add("high-none", ZEL::EventKind::kHighVoice, false, "speech at its usual level", kNever, speech(""));
+    add("high-part", ZEL::EventKind::kHighVoice, true, "speech driven into clipping for 4 s", kMiddle,
         speech(",asetnsamples=480,volume=50dB:" + kDuring));
 
     const auto noise = [](const char* colour) {
@@ -231,15 +232,15 @@ void addSound(std::vector<Case>& cases) {
         return kSpeech + ",asplit[s1][s2];[s1]atrim=0:4[a];[s2]atrim=4:8,asetpts=PTS-STARTPTS[c];" + middle +
                "[b];[a][b][c]concat=n=3:v=0:a=1";
     };
-    const std::vector<Span> gap8{{4.0, 12.0}};
-    add("novoice-noise", Kind::kNoVoice, false, "8 s of pink noise between speech", gap8,
+    const std::vector<ZEL::TimeSpan> gap8{{4.0, 12.0}};
+    add("novoice-noise", ZEL::EventKind::kNoVoice, false, "8 s of pink noise between speech", gap8,
         between(noise("pink")));
-    add("novoice-none", Kind::kNoVoice, false, "speech throughout", kNever, speech(""));
-    add("novoice-hum", Kind::kNoVoice, true, "8 s of mains hum between speech", gap8,
+    add("novoice-none", ZEL::EventKind::kNoVoice, false, "speech throughout", kNever, speech(""));
+    add("novoice-hum", ZEL::EventKind::kNoVoice, true, "8 s of mains hum between speech", gap8,
         between("aevalsrc='0.2*sin(314*t)+0.1*sin(942*t)':s=48000:d=8"));
-    add("novoice-over-noise", Kind::kNoVoice, true, "speech over noise, 15 dB below it", kNever,
+    add("novoice-over-noise", ZEL::EventKind::kNoVoice, true, "speech over noise, 15 dB below it", kNever,
         over(speech(""), "anoisesrc=r=48000:d=12:a=0.03:c=pink"));
-    add("novoice-beat", Kind::kNoVoice, true, "8 s of drum beats between speech", gap8,
+    add("novoice-beat", ZEL::EventKind::kNoVoice, true, "8 s of drum beats between speech", gap8,
         between("aevalsrc='0.5*sin(1200*t)*exp(-30*mod(t,0.5))':s=48000:d=8"));
 }
 

@@ -1,12 +1,12 @@
 #ifndef ZEL_TOOLS_SELFTEST_CORPUS_H_
 #define ZEL_TOOLS_SELFTEST_CORPUS_H_
 
+#include <zel/events/event.h>
+#include <zel/events/kinds.h>
+
 #include <string>
 #include <string_view>
 #include <vector>
-
-#include "scan/event.h"
-#include "scan/kinds.h"
 
 namespace zel_monitor::selftest {
 
@@ -16,10 +16,10 @@ using Recipe = std::vector<std::string>;
 /// One clip of which it is known when the fault is there.
 struct Case {
     std::string name;
-    scan::Kind kind;
+    ZEL::EventKind kind;
     bool hard;
     std::string about;  ///< what is seen or heard, for people
-    std::vector<scan::Span> truth;
+    std::vector<ZEL::TimeSpan> truth;
     std::vector<Recipe> recipes;  ///< each makes a file from the one before it, which kPrevious stands for
 };
 

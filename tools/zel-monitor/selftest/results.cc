@@ -37,7 +37,7 @@ std::string outcome(const Case& tested, const Score& score) {
     return text.empty() ? "right: nothing" : text;
 }
 
-void appendRow(std::string& text, const scan::KindInfo& info, const char* which,
+void appendRow(std::string& text, const ZEL::EventKindInfo& info, const char* which,
                const std::vector<Result>& results, const std::function<bool(const Case&)>& wanted) {
     Score ours;
     Score rival;
@@ -100,7 +100,7 @@ std::string resultText(const std::vector<Result>& results, std::optional<double>
     std::string text =
         "| kind | cases | clips | detector | precision | recall | onset s | length s |\n"
         "|---|---|---|---|---|---|---|---|\n";
-    for (const scan::KindInfo& info : scan::kinds()) {
+    for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
         appendRow(text, info, "easy", results, [](const Case& tested) { return !tested.hard; });
         appendRow(text, info, "hard", results, [](const Case& tested) { return tested.hard; });
     }

@@ -5,7 +5,7 @@
 #include <fmt/format.h>
 #include <optional>
 
-#include "scan/event_tracker.h"
+#include "events/event_tracker.h"
 #include "selftest/child_process.h"
 
 namespace zel_monitor::selftest {
@@ -40,29 +40,29 @@ std::string filterOutput(const std::string& file, const std::string& kind, const
 
 }  // namespace
 
-std::string_view rivalOf(Kind kind) {
+std::string_view rivalOf(ZEL::EventKind kind) {
     switch (kind) {
-        case Kind::kBlack:
+        case ZEL::EventKind::kBlack:
             return "blackdetect";
-        case Kind::kFreeze:
+        case ZEL::EventKind::kFreeze:
             return "freezedetect";
-        case Kind::kBlock:
+        case ZEL::EventKind::kBlock:
             return "blockdetect";
-        case Kind::kMute:
+        case ZEL::EventKind::kMute:
             return "silencedetect";
         default:
             return "";
     }
 }
 
-std::vector<Span> rivalEvents(Kind kind, const std::string& file, double length_s) {
-    const std::string filter = fmt::format("{}=d={}", rivalOf(kind), scan::infoOf(kind).rule.min_s);
+std::vector<ZEL::TimeSpan> rivalEvents(ZEL::EventKind kind, const std::string& file, double length_s) {
+    const std::string filter = fmt::format("{}=d={}", rivalOf(kind), infoOf(kind).rule.min_s);
     switch (kind) {
-        case Kind::kBlack:
+        case ZEL::EventKind::kBlack:
             return parseBlack(filterOutput(file, "-vf", filter));
-        case Kind::kFreeze:
+        case ZEL::EventKind::kFreeze:
             return parseStartEnd(filterOutput(file, "-vf", filter), "freeze", length_s);
-        case Kind::kMute:
+        case ZEL::EventKind::kMute:
             return parseStartEnd(filterOutput(file, "-af", filter), "silence", length_s);
         default:
             return {};
@@ -84,28 +84,28 @@ std::vector<Blockiness> rivalBlockiness(const std::string& file, double length_s
     return values;
 }
 
-std::vector<Span> blockEvents(const std::vector<Blockiness>& values, double threshold) {
-    std::vector<Span> spans;
-    const auto add = [&spans](const std::optional<scan::Event>& event) {
+std::vector<ZEL::TimeSpan> blockEvents(const std::vector<Blockiness>& values, double threshold) {
+    std::vector<ZEL::TimeSpan> spans;
+    const auto add = [&spans](const std::optional<ZEL::Event>& event) {
         if (event) {
             spans.push_back(event->span);
         }
     };
-    scan::EventTracker tracker(Kind::kBlock, scan::infoOf(Kind::kBlock).rule);
+    ZEL::EventTracker tracker(ZEL::EventKind::kBlock, infoOf(ZEL::EventKind::kBlock).rule);
     double end_s = 0.0;
     for (const Blockiness& part : values) {
         end_s = part.start_s + kBlockinessStepS;
         add(tracker
                 .see({part.start_s, end_s},
-                     part.value >= threshold ? scan::Sight::kPresent : scan::Sight::kAbsent)
+                     part.value >= threshold ? ZEL::Sight::kPresent : ZEL::Sight::kAbsent)
                 .ended);
     }
     add(tracker.finish(end_s));
     return spans;
 }
 
-std::vector<Span> parseBlack(std::string_view text) {
-    std::vector<Span> spans;
+std::vector<ZEL::TimeSpan> parseBlack(std::string_view text) {
+    std::vector<ZEL::TimeSpan> spans;
     for (size_t at = 0;;) {
         const auto start = numberAfter(text, "black_start:", at);
         const auto end = numberAfter(text, "black_end:", at);
@@ -116,10 +116,10 @@ std::vector<Span> parseBlack(std::string_view text) {
     }
 }
 
-std::vector<Span> parseStartEnd(std::string_view text, std::string_view name, double length_s) {
+std::vector<ZEL::TimeSpan> parseStartEnd(std::string_view text, std::string_view name, double length_s) {
     const std::string start_key = fmt::format("{}_start:", name);
     const std::string end_key = fmt::format("{}_end:", name);
-    std::vector<Span> spans;
+    std::vector<ZEL::TimeSpan> spans;
     for (size_t at = 0;;) {
         const auto start = numberAfter(text, start_key, at);
         if (!start) {

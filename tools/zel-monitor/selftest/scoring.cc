@@ -14,7 +14,7 @@ std::optional<double> ratio(double part, size_t whole) {
 
 }  // namespace
 
-double overlap(Span a, Span b) {
+double overlap(ZEL::TimeSpan a, ZEL::TimeSpan b) {
     const double both = std::min(a.end_s, b.end_s) - std::max(a.start_s, b.start_s);
     const double either = std::max(a.end_s, b.end_s) - std::min(a.start_s, b.start_s);
     return both > 0.0 ? both / either : 0.0;
@@ -44,14 +44,14 @@ std::optional<double> Score::lengthError() const {
     return ratio(length_error_sum_s, hits);
 }
 
-Score scoreOf(const std::vector<Span>& truth, const std::vector<Span>& found) {
+Score scoreOf(const std::vector<ZEL::TimeSpan>& truth, const std::vector<ZEL::TimeSpan>& found) {
     Score score;
     // Two stretches that do not overlap one another cannot both cover half of a third, so the best
     // candidate is the only one.
-    for (const Span real : truth) {
-        const auto best = std::max_element(found.begin(), found.end(), [real](Span a, Span b) {
-            return overlap(real, a) < overlap(real, b);
-        });
+    for (const ZEL::TimeSpan real : truth) {
+        const auto best = std::max_element(
+            found.begin(), found.end(),
+            [real](ZEL::TimeSpan a, ZEL::TimeSpan b) { return overlap(real, a) < overlap(real, b); });
         if (best == found.end() || overlap(real, *best) < kLeastOverlap) {
             ++score.misses;
             continue;

@@ -1,18 +1,18 @@
 #ifndef ZEL_TOOLS_SELFTEST_SCORING_H_
 #define ZEL_TOOLS_SELFTEST_SCORING_H_
 
+#include <zel/events/event.h>
+
 #include <cstddef>
 #include <optional>
 #include <vector>
 
-#include "scan/event.h"
-
 namespace zel_monitor::selftest {
 
-using scan::Span;
+using ZEL::TimeSpan;
 
 /// Length of what both share over the length of what either covers, 0 to 1.
-double overlap(Span a, Span b);
+double overlap(ZEL::TimeSpan a, ZEL::TimeSpan b);
 
 /// How well what was found fits what is there.
 struct Score {
@@ -32,7 +32,7 @@ struct Score {
 };
 
 /// Pairs each true stretch with the found one that overlaps it best.
-Score scoreOf(const std::vector<Span>& truth, const std::vector<Span>& found);
+Score scoreOf(const std::vector<ZEL::TimeSpan>& truth, const std::vector<ZEL::TimeSpan>& found);
 
 }  // namespace zel_monitor::selftest
 

@@ -16,12 +16,12 @@ extern "C" {
 #include <libavutil/log.h>
 }
 
+#include "cli/standard_streams.h"
+#include "cli/stop_signal.h"
 #include "scan/scan_input.h"
 #include "selftest/child_process.h"
 #include "selftest/corpus.h"
 #include "selftest/results.h"
-#include "standard_streams.h"
-#include "stop_signal.h"
 
 namespace zel_monitor::selftest {
 namespace {
@@ -85,9 +85,9 @@ std::string make(const Case& wanted, const ClipFolder& folder) {
     return previous;
 }
 
-std::vector<Span> eventsOf(const scan::InputReport& report, Kind kind) {
-    std::vector<Span> spans;
-    for (const scan::Event& event : report.events) {
+std::vector<ZEL::TimeSpan> eventsOf(const InputReport& report, ZEL::EventKind kind) {
+    std::vector<ZEL::TimeSpan> spans;
+    for (const ZEL::Event& event : report.events) {
         if (event.kind == kind) {
             spans.push_back(event.span);
         }
@@ -97,10 +97,10 @@ std::vector<Span> eventsOf(const scan::InputReport& report, Kind kind) {
 
 Result test(const Case& tested, const ClipFolder& folder, const std::atomic<bool>& stop) {
     const std::string file = make(tested, folder);
-    scan::Progress::Slot unseen;
-    const scan::InputReport report =
-        scan::scanInput(
-            file, scan::defaultRules(), false, unseen, [](const scan::Event&) {}, stop)
+    Progress::Slot unseen;
+    const InputReport report =
+        scanInput(
+            file, ZEL::defaultEventRules(), false, unseen, [](const ZEL::Event&) {}, stop)
             .report;
     if (report.problem) {
         throw std::runtime_error(file + ": " + *report.problem);
@@ -108,7 +108,7 @@ Result test(const Case& tested, const ClipFolder& folder, const std::atomic<bool
     Result result;
     result.tested = &tested;
     result.ours = scoreOf(tested.truth, eventsOf(report, tested.kind));
-    if (tested.kind == Kind::kBlock) {
+    if (tested.kind == ZEL::EventKind::kBlock) {
         result.blockiness = rivalBlockiness(file, report.length_s);
     } else if (!rivalOf(tested.kind).empty()) {
         result.rival = scoreOf(tested.truth, rivalEvents(tested.kind, file, report.length_s));
@@ -149,16 +149,16 @@ int runSelftest(const SelftestOptions& options) {
         }
         if (results.empty()) {
             complain(fmt::format("no case has '{}' in its name", options.only));
-            return scan::kUsage;
+            return kUsage;
         }
         const auto threshold = scoreBlockiness(results);
         writeOutput(resultText(results, threshold));
-        return scan::kClean;
+        return kClean;
     } catch (const OutputError&) {
         throw;
     } catch (const std::exception& error) {
         complain(fmt::format("selftest: {}", stop ? kStopped : error.what()));
-        return scan::kNotAnalysed;
+        return kNotAnalysed;
     }
 }
 

@@ -1,0 +1,30 @@
+#ifndef ZEL_EVENTS_EVENT_H_
+#define ZEL_EVENTS_EVENT_H_
+
+#include <zel/events/kinds.h>
+
+namespace ZEL {
+
+/// Timestamps are sums of rounded fractions; a microsecond decides nothing.
+inline constexpr double kSlackS = 1e-6;
+
+/// A stretch of stream time, in seconds from the stream's first timestamp.
+struct TimeSpan {
+    double start_s = 0.0;
+    double end_s = 0.0;
+
+    double length() const { return end_s - start_s; }
+    double middle() const { return (start_s + end_s) / 2.0; }
+};
+
+/// One stretch of a stream in which something was wrong.
+struct Event {
+    EventKind kind = EventKind::kBlack;
+    TimeSpan span;
+    double share = 1.0;        ///< share of the stretch in which the fault was measured, 0 to 1
+    bool open_at_end = false;  ///< the fault was still there when the stream ended
+};
+
+}  // namespace ZEL
+
+#endif  // ZEL_EVENTS_EVENT_H_

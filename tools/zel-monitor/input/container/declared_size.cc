@@ -1,0 +1,108 @@
+#include "input/container/declared_size.h"
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <span>
+#include <string_view>
+#include <vector>
+
+extern "C" {
+#include <libavutil/intreadwrite.h>
+}
+
+namespace zel_monitor {
+namespace {
+
+constexpr int64_t kMostHeaderBytes = int64_t{64} << 10;
+using Header = std::span<const uint8_t>;
+
+/// Some programs count the eight bytes before the size, or a last pad byte that they leave out. One that
+/// writes into a pipe gives no size, or the most that fits.
+std::optional<int64_t> riffSize(Header header) {
+    constexpr uint32_t kLeastUnknown = 0x7fff0000;
+    const uint32_t size = header.size() >= 8 ? AV_RL32(header.data() + 4) : 0;
+    return size > 0 && size < kLeastUnknown ? std::optional(int64_t{size} - 1) : std::nullopt;
+}
+
+std::optional<int64_t> wave64Size(Header header) {
+    constexpr int64_t kMostPadding = 7;
+    const auto size = header.size() >= 24 ? static_cast<int64_t>(AV_RL64(header.data() + 16)) : 0;
+    return size > 0 ? std::optional(size - kMostPadding) : std::nullopt;
+}
+
+std::optional<int64_t> asfSize(Header header) {
+    constexpr std::array<uint8_t, 16> kFileProperties{0xa1, 0xdc, 0xab, 0x8c, 0x47, 0xa9, 0xcf, 0x11,
+                                                      0x8e, 0xe4, 0x00, 0xc0, 0x0c, 0x20, 0x53, 0x65};
+    constexpr std::ptrdiff_t kSize = 40;  // from the beginning of the properties
+    constexpr std::ptrdiff_t kFlags = 88;
+    constexpr uint32_t kBroadcast = 1;
+    const auto found =
+        std::search(header.begin(), header.end(), kFileProperties.begin(), kFileProperties.end());
+    if (header.end() - found < kFlags + 4) {
+        return std::nullopt;
+    }
+    const uint8_t* const properties = &*found;
+    const auto size = static_cast<int64_t>(AV_RL64(properties + kSize));
+    const bool is_known = (AV_RL32(properties + kFlags) & kBroadcast) == 0 && size > 0;
+    return is_known ? std::optional(size) : std::nullopt;
+}
+
+std::optional<int64_t> cafSize(Header header) {
+    constexpr size_t kChunkHead = 12;
+    for (size_t at = 8; at + kChunkHead <= header.size();) {
+        const auto size = static_cast<int64_t>(AV_RB64(header.data() + at + 4));
+        if (size < 0) {
+            return std::nullopt;
+        }
+        const auto end = static_cast<int64_t>(at + kChunkHead) + std::min(size, INT64_MAX / 2);
+        if (std::memcmp(header.data() + at, "data", 4) == 0) {
+            return end;
+        }
+        at = static_cast<size_t>(end);
+    }
+    return std::nullopt;
+}
+
+struct Container {
+    std::string_view name;  ///< libavformat's
+    std::optional<int64_t> (*size)(Header);
+};
+constexpr std::array<Container, 5> kContainers{{
+    {"wav", &riffSize},
+    {"avi", &riffSize},
+    {"w64", &wave64Size},
+    {"asf", &asfSize},
+    {"caf", &cafSize},
+}};
+
+/// The header of a file, through which libavformat has just gone.
+std::vector<uint8_t> headerOf(AVIOContext& input) {
+    const int64_t place = avio_tell(&input);
+    std::vector<uint8_t> header(static_cast<size_t>(std::clamp<int64_t>(place, 0, kMostHeaderBytes)));
+    const bool begins = avio_seek(&input, 0, SEEK_SET) == 0;
+    const int read = begins ? avio_read(&input, header.data(), static_cast<int>(header.size())) : 0;
+    header.resize(static_cast<size_t>(std::max(read, 0)));
+    avio_seek(&input, place, SEEK_SET);
+    return header;
+}
+
+}  // namespace
+
+std::optional<int64_t> declaredSize(const AVFormatContext& format, std::span<const uint8_t> beginning) {
+    const auto* const container =
+        std::find_if(kContainers.begin(), kContainers.end(),
+                     [&](const Container& candidate) { return candidate.name == format.iformat->name; });
+    if (container == kContainers.end() || format.pb == nullptr) {
+        return std::nullopt;
+    }
+    const bool can_return = (format.pb->seekable & AVIO_SEEKABLE_NORMAL) != 0;
+    return container->size(can_return ? Header(headerOf(*format.pb)) : beginning);
+}
+
+bool endsBefore(AVIOContext& input, int64_t size) {
+    const int64_t length = avio_size(&input);
+    return length >= 0 ? length < size : avio_seek(&input, size, SEEK_SET) < 0;
+}
+
+}  // namespace zel_monitor

@@ -1,0 +1,17 @@
+#ifndef ZEL_TOOLS_INPUT_CONTAINER_UNREAD_TAIL_H_
+#define ZEL_TOOLS_INPUT_CONTAINER_UNREAD_TAIL_H_
+
+#include <cstdint>
+
+#include "input/ffmpeg_handles.h"
+
+namespace zel_monitor {
+
+/// Whether a transport stream holds more pictures, or more sound, after `place`, where the last packet of
+/// that type begins that libavformat gave. It gives none of a stream whose coding changes, or only rubbish,
+/// but says nothing. False for inputs in which it cannot be looked up. Leaves the input elsewhere.
+bool hasUnreadTail(const AVFormatContext& format, AVMediaType type, int64_t place);
+
+}  // namespace zel_monitor
+
+#endif  // ZEL_TOOLS_INPUT_CONTAINER_UNREAD_TAIL_H_

@@ -1,0 +1,103 @@
+#include "input/demo_source.h"
+
+#include <fmt/format.h>
+#include <span>
+
+namespace zel_monitor {
+namespace {
+
+/// One stretch of the demo stream: what it is, and the FFmpeg filters that make it.
+struct Stretch {
+    int seconds;
+    std::string_view caption;
+    std::string_view filters;
+};
+
+/// What every stretch starts from, unless it makes its own: a moving, well-exposed picture and speech. The
+/// base is named by "BASE" in the tables.
+constexpr std::string_view kPicture = "testsrc2=s=640x360:r=25,scroll=h=0.02:v=0.01";
+constexpr std::string_view kSpeech =
+    "flite=voice=slt:text='The ship left the harbour at dawn and sailed along the coast. "
+    "The captain watched the weather and wrote a long letter to his family. "
+    "In the evening the wind grew stronger and the crew took in the sails.'";
+
+constexpr Stretch kPictures[] = {
+    {10, "normal picture", "BASE"},
+    {5, "black picture", "color=black:s=640x360:r=25"},
+    {5, "green picture", "color=black:s=640x360:r=25,lutyuv=y=0:u=0:v=0"},
+    {5, "blocky picture", "BASE,scale=80:45,noise=c0s=100:c0f=t,scale=640:360:flags=neighbor"},
+    {5, "frozen picture", "BASE,loop=loop=-1:size=1"},
+    {5, "under-exposed picture", "BASE,lutyuv=y=16+(val-16)*0.3"},
+    {5, "over-exposed picture", "BASE,lutyuv=y=min(val+110\\,235)"},
+    {12, "normal picture", "BASE"},
+};
+constexpr Stretch kSounds[] = {
+    {10, "speech", "BASE"},
+    {10, "mute", "anullsrc=r=16000:cl=mono"},
+    {10, "quiet speech", "BASE,volume=0.05"},
+    {10, "loud speech", "BASE,volume=40"},
+    {12, "music without voice",
+     "aevalsrc='0.2*sin(2*PI*220*t)*(0.5+0.5*sin(2*PI*0.4*t))+0.1*sin(2*PI*330*t)':s=16000"},
+};
+
+int lengthOf(std::span<const Stretch> stretches) {
+    int seconds = 0;
+    for (const Stretch& stretch : stretches) {
+        seconds += stretch.seconds;
+    }
+    return seconds;
+}
+
+std::string_view captionAt(std::span<const Stretch> stretches, double position) {
+    for (const Stretch& stretch : stretches) {
+        if (position < stretch.seconds) {
+            return stretch.caption;
+        }
+        position -= stretch.seconds;
+    }
+    return stretches.back().caption;
+}
+
+/// The stretches one after another: each cut to its length by `cut`, then joined by `join`.
+std::string sequence(std::span<const Stretch> stretches, std::string_view base, std::string_view cut,
+                     std::string_view join) {
+    std::string chains;
+    std::string labels;
+    for (const Stretch& stretch : stretches) {
+        std::string filters(stretch.filters);
+        if (const size_t place = filters.find("BASE"); place != std::string::npos) {
+            filters.replace(place, 4, base);
+        }
+        const std::string label = fmt::format("[{}{}]", cut, labels.size());
+        chains += fmt::format("{},{}=end={}{};", filters, cut, stretch.seconds, label);
+        labels += label;
+    }
+    return chains + labels + fmt::format("concat=n={}:{}", stretches.size(), join);
+}
+
+/// Both streams of the demo. Sound comes in blocks of 10 ms, as real-time clients hand it over: digital
+/// silence takes one step of its period per block, however long the block is.
+std::string demoGraph() {
+    return sequence(kPictures, kPicture, "trim", "v=1:a=0,format=yuv420p[out0];") +
+           sequence(kSounds, kSpeech, "atrim", "v=0:a=1,asetnsamples=160:p=0[out1]");
+}
+
+}  // namespace
+
+MediaSource openInput(const std::string& input, MediaOptions options) {
+    if (input != kDemoInput) {
+        return MediaSource(input, options);
+    }
+    options.format = "lavfi";
+    if (options.label.empty()) {
+        options.label = "demo stream";
+    }
+    options.duration = lengthOf(kPictures);
+    return MediaSource(demoGraph(), options);
+}
+
+std::string demoCaption(double position) {
+    return fmt::format("{}, {}", captionAt(kPictures, position), captionAt(kSounds, position));
+}
+
+}  // namespace zel_monitor

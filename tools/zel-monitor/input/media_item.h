@@ -1,0 +1,53 @@
+#ifndef ZEL_TOOLS_INPUT_MEDIA_ITEM_H_
+#define ZEL_TOOLS_INPUT_MEDIA_ITEM_H_
+
+#include <zel/algo/algo_types.h>
+
+#include <cstdint>
+#include <memory>
+#include <variant>
+
+struct AVBufferRef;
+struct AVFrame;
+
+namespace zel_monitor {
+
+struct BufferRelease {
+    void operator()(AVBufferRef* buffer) const;
+};
+/// One reference to a reference-counted block of bytes; may be released on any thread.
+using BufferHandle = std::unique_ptr<AVBufferRef, BufferRelease>;
+
+struct FrameRelease {
+    void operator()(AVFrame* frame) const;
+};
+/// One reference to a frame's content; may be released on any thread.
+using FrameReference = std::unique_ptr<AVFrame, FrameRelease>;
+
+/// One decoded picture as I420.
+struct Picture {
+    double time;                     ///< seconds since the start of the stream
+    double duration;                 ///< seconds; 0 if the stream does not say
+    ZELAlgo::ZELVideoPlanes planes;  ///< an odd last column or row is left out
+    FrameReference frame;            ///< keeps the planes alive
+};
+
+/// One block of decoded sound: `samples` times `channels` interleaved 16-bit samples.
+struct Sound {
+    double time;  ///< seconds since the start of the stream
+    int sample_rate;
+    int channels;
+    int samples;  ///< per channel
+    const int16_t* data;
+    BufferHandle buffer;  ///< keeps `data` alive
+};
+
+using MediaItem = std::variant<Picture, Sound>;
+
+inline double timeOf(const MediaItem& item) {
+    return std::visit([](const auto& content) { return content.time; }, item);
+}
+
+}  // namespace zel_monitor
+
+#endif  // ZEL_TOOLS_INPUT_MEDIA_ITEM_H_

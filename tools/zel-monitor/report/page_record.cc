@@ -1,0 +1,134 @@
+#include "report/page_record.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "cli/time_text.h"
+
+namespace zel_monitor {
+namespace {
+
+constexpr double kCurveStepS = 0.1;
+constexpr size_t kMostThumbnails = 300;
+constexpr double kSnapshotStepS = 0.25;
+constexpr size_t kMostRecent = 9;        // two seconds: most kinds are noticed sooner
+constexpr size_t kMostAroundStart = 18;  // as many again, because sound may be ahead of the pictures
+constexpr uint32_t kLumaGrid = 8;        // every so many rows and columns are enough for a mean
+
+double meanLuma(const ZELAlgo::ZELVideoPlanes& planes) {
+    uint64_t sum = 0;
+    uint64_t count = 0;
+    for (uint32_t y = 0; y < planes.height; y += kLumaGrid) {
+        const uint8_t* const row = planes.data[0] + y * planes.stride[0];
+        for (uint32_t x = 0; x < planes.width; x += kLumaGrid) {
+            sum += row[x];
+            ++count;
+        }
+    }
+    return static_cast<double>(sum) / static_cast<double>(count);
+}
+
+nlohmann::ordered_json curveJson(const Series& series, double scale) {
+    nlohmann::ordered_json values = nlohmann::ordered_json::array();
+    for (size_t i = 0; i < series.size(); ++i) {
+        const auto value = series.at(i);
+        values.push_back(value ? nlohmann::ordered_json(std::round(*value * scale) / scale) : nullptr);
+    }
+    return {{"step_s", series.step()}, {"values", std::move(values)}};
+}
+
+}  // namespace
+
+PageRecord::PageRecord(double frame_rate)
+    : luma_(frame_rate > 0.0 ? std::max(kCurveStepS, 2.0 / frame_rate) : kCurveStepS),
+      level_(kSilencePeriodS),
+      voice_(kVoicePeriodS) {}
+
+void PageRecord::onPicture(const Picture& picture, double time_s) {
+    current_ = &picture;
+    current_s_ = time_s;
+    current_small_.reset();
+    if (wantsThumbnails() &&
+        (recent_.empty() || time_s - recent_.back()->time_s + ZEL::kSlackS >= kSnapshotStepS)) {
+        remember(snapshot());
+    }
+    luma_.add(time_s, meanLuma(picture.planes));
+}
+
+void PageRecord::onSilencePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result) {
+    level_.add(period.middle(), result.audio_level);
+}
+
+void PageRecord::onVoicePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result) {
+    voice_.add(period.middle(), result.voice_scale_longtime);
+}
+
+/// The picture at hand is the first of what is seen. When something else is noticed, its start is past, and
+/// told only by the event; so the pictures around this time are kept until then.
+void PageRecord::onRunBegan(ZEL::EventKind kind) {
+    Run& run = runs_[indexOf(kind)];
+    run = {};
+    if (!wantsThumbnails()) {
+        return;
+    }
+    if (infoOf(kind).source != ZEL::EventSource::kVideo) {
+        run = {.followed = true, .around_start = recent_};
+    }
+    if (current_ != nullptr) {
+        run.around_start.push_back(snapshot());
+    }
+}
+
+void PageRecord::onEvent(const ZEL::Event& event) {
+    const Run run = std::exchange(runs_[indexOf(event.kind)], {});
+    const Snapshots& pictures = run.around_start;
+    auto after = std::find_if(pictures.begin(), pictures.end(), [&](const auto& picture) {
+        return run.followed && picture->time_s > event.span.start_s + ZEL::kSlackS;
+    });
+    if (after == pictures.begin() || !wantsThumbnails()) {
+        return;
+    }
+    if (const FrameHandle& first = (*--after)->small) {
+        thumbnails_.push_back({event.kind, event.span.start_s, jpegAddress(*first)});
+    }
+}
+
+std::shared_ptr<const PageRecord::Snapshot> PageRecord::snapshot() {
+    if (current_small_ == nullptr) {
+        current_small_ =
+            std::make_shared<const Snapshot>(Snapshot{current_s_, thumbnailer_.shrink(*current_)});
+    }
+    return current_small_;
+}
+
+void PageRecord::remember(const std::shared_ptr<const Snapshot>& snapshot) {
+    recent_.push_back(snapshot);
+    if (recent_.size() > kMostRecent) {
+        recent_.pop_front();
+    }
+    for (Run& run : runs_) {
+        if (run.followed && run.around_start.size() < kMostAroundStart) {
+            run.around_start.push_back(snapshot);
+        }
+    }
+}
+
+bool PageRecord::wantsThumbnails() const {
+    return thumbnails_.size() < kMostThumbnails;
+}
+
+nlohmann::ordered_json PageRecord::json() const {
+    nlohmann::ordered_json thumbnails = nlohmann::ordered_json::array();
+    for (const Thumbnail& thumbnail : thumbnails_) {
+        thumbnails.push_back({{"kind", infoOf(thumbnail.kind).name},
+                              {"start_s", toMicroseconds(thumbnail.start_s)},
+                              {"image", thumbnail.address}});
+    }
+    return {{"luma", curveJson(luma_, 10.0)},
+            {"audio_level", curveJson(level_, 1.0)},
+            {"voice_share", curveJson(voice_, 1000.0)},
+            {"thumbnails", std::move(thumbnails)}};
+}
+
+}  // namespace zel_monitor

@@ -1,0 +1,72 @@
+#include "report/thumbnail.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+extern "C" {
+#include <libavutil/base64.h>
+}
+
+namespace zel_monitor {
+namespace {
+
+constexpr int kLongestSide = 160;
+constexpr int kQuality = 4;  // the encoder's quantiser scale: 2 is best
+
+/// One side of the small picture, even.
+int scaled(int side, int longest) {
+    return std::max(side * std::min(kLongestSide, longest) / longest, 2) & ~1;
+}
+
+std::string addressOf(const AVPacket& jpeg) {
+    std::vector<char> text(AV_BASE64_SIZE(static_cast<size_t>(jpeg.size)));
+    av_base64_encode(text.data(), static_cast<int>(text.size()), jpeg.data, jpeg.size);
+    return std::string("data:image/jpeg;base64,") + text.data();
+}
+
+}  // namespace
+
+FrameHandle Thumbnailer::shrink(const Picture& picture) {
+    const ZELAlgo::ZELVideoPlanes& planes = picture.planes;
+    const auto width = static_cast<int>(planes.width);
+    const auto height = static_cast<int>(planes.height);
+    const int longest = std::max(width, height);
+    FrameHandle small(orOutOfMemory(av_frame_alloc()));
+    small->format = AV_PIX_FMT_YUVJ420P;
+    small->width = scaled(width, longest);
+    small->height = scaled(height, longest);
+    scaler_.reset(sws_getCachedContext(scaler_.release(), width, height, AV_PIX_FMT_YUV420P, small->width,
+                                       small->height, AV_PIX_FMT_YUVJ420P, SWS_AREA, nullptr, nullptr,
+                                       nullptr));
+    if (!scaler_ || av_frame_get_buffer(small.get(), 0) < 0) {
+        return nullptr;
+    }
+    std::array<int, 3> strides{};
+    std::transform(planes.stride, planes.stride + 3, strides.begin(),
+                   [](size_t stride) { return static_cast<int>(stride); });
+    sws_scale(scaler_.get(), planes.data, strides.data(), 0, height, small->data, small->linesize);
+    return small;
+}
+
+std::string jpegAddress(const AVFrame& small) {
+    const AVCodec* const encoder = avcodec_find_encoder(AV_CODEC_ID_MJPEG);
+    if (encoder == nullptr) {
+        return "";
+    }
+    const CodecHandle codec(orOutOfMemory(avcodec_alloc_context3(encoder)));
+    codec->width = small.width;
+    codec->height = small.height;
+    codec->pix_fmt = AV_PIX_FMT_YUVJ420P;
+    codec->time_base = {1, 1};
+    codec->thread_count = 1;
+    codec->flags |= AV_CODEC_FLAG_QSCALE;
+    codec->global_quality = FF_QP2LAMBDA * kQuality;
+    const PacketHandle jpeg(orOutOfMemory(av_packet_alloc()));
+    const bool made = avcodec_open2(codec.get(), encoder, nullptr) >= 0 &&
+                      avcodec_send_frame(codec.get(), &small) >= 0 &&
+                      avcodec_receive_packet(codec.get(), jpeg.get()) >= 0;
+    return made ? addressOf(*jpeg) : "";
+}
+
+}  // namespace zel_monitor
