@@ -9,7 +9,6 @@
 #include "cli/standard_streams.h"
 #include "cli/stop_signal.h"
 #include "scan/scan.h"
-#include "selftest/selftest.h"
 #include "watch/options.h"
 #include "watch/watch.h"
 
@@ -41,9 +40,7 @@ int run(int argc, char** argv) {
     ScanOptions scan_options;
     const CLI::App* const demo_command = addDemoCommand(*app, demo_options);
     const CLI::App* const watch_command = addWatchCommand(*app, watch_options);
-    const CLI::App* const scan_command = addScanCommand(*app, scan_options);
-    selftest::SelftestOptions selftest_options;
-    selftest::addSelftestCommand(*app, selftest_options);
+    addScanCommand(*app, scan_options);
     if (const auto answer = parseArguments(*app, {argv + 1, argv + argc})) {
         writeError(answer->error);
         writeOutput(answer->output);
@@ -55,7 +52,7 @@ int run(int argc, char** argv) {
     if (watch_command->parsed()) {
         return watch(watch_options);
     }
-    return scan_command->parsed() ? runScan(scan_options) : selftest::runSelftest(selftest_options);
+    return runScan(scan_options);
 }
 
 }  // namespace

@@ -1,16 +1,16 @@
-#ifndef ZEL_TOOLS_SELFTEST_CHILD_PROCESS_H_
-#define ZEL_TOOLS_SELFTEST_CHILD_PROCESS_H_
+#ifndef ZEL_BENCH_ACCURACY_CHILD_PROCESS_H_
+#define ZEL_BENCH_ACCURACY_CHILD_PROCESS_H_
 
 #include <string>
 #include <vector>
 
-namespace zel_monitor::selftest {
+namespace bench::accuracy {
 
 /// Runs `words[0]`, looked for in the path, without standard input, and gives what it wrote to standard
 /// output and standard error together. Throws std::runtime_error, with the end of that text, if it cannot be
 /// run or fails.
 std::string outputOf(const std::vector<std::string>& words);
 
-}  // namespace zel_monitor::selftest
+}  // namespace bench::accuracy
 
-#endif  // ZEL_TOOLS_SELFTEST_CHILD_PROCESS_H_
+#endif  // ZEL_BENCH_ACCURACY_CHILD_PROCESS_H_

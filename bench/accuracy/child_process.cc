@@ -1,4 +1,4 @@
-#include "selftest/child_process.h"
+#include "bench/accuracy/child_process.h"
 
 #include <algorithm>
 #include <array>
@@ -10,7 +10,7 @@
 #include <system_error>
 #include <unistd.h>
 
-namespace zel_monitor::selftest {
+namespace bench::accuracy {
 namespace {
 
 constexpr size_t kShownOnFailure = 600;
@@ -79,4 +79,4 @@ std::string outputOf(const std::vector<std::string>& words) {
     return text;
 }
 
-}  // namespace zel_monitor::selftest
+}  // namespace bench::accuracy
