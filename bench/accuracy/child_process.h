@@ -6,10 +6,9 @@
 
 namespace bench::accuracy {
 
-/// Runs `words[0]`, looked for in the path, without standard input, and gives what it wrote to standard
-/// output and standard error together. Throws std::runtime_error, with the end of that text, if it cannot be
-/// run or fails.
-std::string outputOf(const std::vector<std::string>& words);
+/// Runs `words[0]`, looked for in the path, without standard input. Throws std::runtime_error if it cannot be
+/// run, or fails, with the end of what it wrote.
+void runProgram(const std::vector<std::string>& words);
 
 }  // namespace bench::accuracy
 

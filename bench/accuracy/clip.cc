@@ -81,7 +81,7 @@ std::string ClipFolder::texture() const {
     const std::string made = file("texture.mp4");
     if (!fs::exists(made)) {
         const std::string part = file("texture.part.mp4");
-        outputOf({ZEL_BENCH_FOLDER "/make_clip", "1280x720", part});
+        runProgram({ZEL_BENCH_FOLDER "/make_clip", "1280x720", part});
         fs::rename(part, made);
     }
     return made;
@@ -104,7 +104,7 @@ std::string ClipFolder::make(const Clip& clip) const {
             words.push_back(word == kPrevious ? previous : word == kTexture ? texture() : word);
         }
         words.push_back(target);
-        outputOf(words);
+        runProgram(words);
         if (!previous.empty()) {
             fs::remove(previous);
         }

@@ -2,6 +2,7 @@
 
 #include <CLI/App.hpp>
 #include <CLI/Config.hpp>
+#include <CLI/Error.hpp>
 #include <CLI/Formatter.hpp>
 #include <CLI/Validators.hpp>
 #include <algorithm>
@@ -17,6 +18,7 @@ extern "C" {
 }
 
 #include "bench/accuracy/corpus.h"
+#include "bench/accuracy/file_frames.h"
 #include "bench/accuracy/frame_verdicts.h"
 #include "bench/accuracy/real_clips.h"
 #include "bench/accuracy/real_results.h"
@@ -90,7 +92,11 @@ class Run {
 
     std::vector<Findings> ask(const std::string& file, const std::vector<const Rival*>& asked,
                               bool all_settings) const {
-        return options_.no_rivals ? std::vector<Findings>{} : findWithRivals(file, asked, all_settings);
+        if (options_.no_rivals || asked.empty()) {
+            return {};
+        }
+        const bool sound = asked.front()->source == ZEL::EventSource::kAudio;
+        return findWithRivals(sound ? soundFrames(file) : videoFrames(file), asked, all_settings);
     }
 
     void discard(const std::string& file) const { folder_.discard(file); }
@@ -275,7 +281,11 @@ int main(int argc, char** argv) {
     app.add_flag("--no-rivals", options.no_rivals,
                  "Do not ask FFmpeg's detectors, which take most of the time");
     app.add_flag("-q,--quiet", options.quiet, "No progress on standard error");
-    CLI11_PARSE(app, argc, argv);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0 : 2;
+    }
 
     ZEL::setLogSink([](const char*, size_t, void*) {}, nullptr);
     av_log_set_level(AV_LOG_QUIET);

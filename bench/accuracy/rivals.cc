@@ -7,7 +7,6 @@
 #include <optional>
 #include <stdexcept>
 
-#include "bench/accuracy/file_frames.h"
 #include "bench/filter_chain.h"
 #include "events/event_tracker.h"
 
@@ -206,36 +205,32 @@ const Rival* rivalOf(std::string_view kind) {
     return found != all.end() ? &*found : nullptr;
 }
 
-std::vector<Findings> findWithRivals(const std::string& file, const std::vector<const Rival*>& asked,
+std::vector<Findings> findWithRivals(support::FilterSource frames, const std::vector<const Rival*>& asked,
                                      bool all_settings) {
-    if (asked.empty()) {
-        return {};
-    }
-    const bool sound = asked.front()->source == EventSource::kAudio;
-    support::FilterSource source = sound ? soundFrames(file) : videoFrames(file);
-    const AVRational time_base = source.timeBase();
+    const AVRational time_base = frames.timeBase();
     std::unique_ptr<Watch> watch;
     double start_s = 0.0;
-    double end_s = 0.0;
-    double frame_s = 0.0;
-    while (source.advance()) {
-        AVFrame& frame = source.frame();
+    double last_s = 0.0;
+    double length_s = 0.0;  // of the last frame
+    while (frames.advance()) {
+        AVFrame& frame = frames.frame();
         if (frame.pts == AV_NOPTS_VALUE) {
             continue;
         }
         const double at_s = static_cast<double>(frame.pts) * av_q2d(time_base);
         if (!watch) {
             watch = std::make_unique<Watch>(asked, all_settings, frame, time_base);
-            start_s = end_s = at_s;
+            start_s = last_s = at_s;
         }
-        frame_s = sound ? static_cast<double>(frame.nb_samples) / frame.sample_rate : at_s - end_s;
+        length_s =
+            frame.nb_samples > 0 ? static_cast<double>(frame.nb_samples) / frame.sample_rate : at_s - last_s;
         watch->see(frame, at_s);
-        end_s = at_s;
+        last_s = at_s;
     }
     if (!watch) {
-        throw std::runtime_error(file + ": nothing to be decoded");
+        throw std::runtime_error("no frames for FFmpeg's detectors");
     }
-    return watch->finish(start_s, end_s + frame_s);
+    return watch->finish(start_s, last_s + length_s);
 }
 
 std::vector<TimeSpan> blockEvents(const std::vector<Blockiness>& values, double threshold) {

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "support/filter_source.h"
+
 namespace bench::accuracy {
 
 /// FFmpeg's detector of a kind of event.
@@ -40,9 +42,9 @@ struct Findings {
     std::vector<Blockiness> blockiness;                  ///< of blockdetect, instead
 };
 
-/// What rivals of one source find in a file, with all their settings or by default. Times count from the
-/// first frame. Throws std::runtime_error if the file has no such track.
-std::vector<Findings> findWithRivals(const std::string& file, const std::vector<const Rival*>& asked,
+/// What rivals of one source find in a file's frames, with all their settings or by default. Times count from
+/// the first frame. Throws std::runtime_error if there are no frames.
+std::vector<Findings> findWithRivals(support::FilterSource frames, const std::vector<const Rival*>& asked,
                                      bool all_settings);
 
 /// Events by a threshold, made by the same rules as ours.

@@ -1,4 +1,7 @@
 #include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <set>
 #include <stdexcept>
 #include <string>
@@ -7,25 +10,29 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "selftest/child_process.h"
-#include "selftest/corpus.h"
-#include "selftest/results.h"
-#include "selftest/rivals.h"
-#include "selftest/scoring.h"
+#include "bench/accuracy/child_process.h"
+#include "bench/accuracy/corpus.h"
+#include "bench/accuracy/real_clips.h"
+#include "bench/accuracy/real_results.h"
+#include "bench/accuracy/results.h"
+#include "bench/accuracy/rivals.h"
+#include "bench/accuracy/scoring.h"
 
 namespace {
 
-using namespace zel_monitor::selftest;
+using namespace bench::accuracy;
 using testing::DoubleNear;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
 
-auto isSpan(double start, double end) {
-    return testing::AllOf(testing::Field(&ZEL::TimeSpan::start_s, DoubleNear(start, 1e-9)),
-                          testing::Field(&ZEL::TimeSpan::end_s, DoubleNear(end, 1e-9)));
+auto isSpan(double start, double end, double within = 1e-9) {
+    return testing::AllOf(testing::Field(&ZEL::TimeSpan::start_s, DoubleNear(start, within)),
+                          testing::Field(&ZEL::TimeSpan::end_s, DoubleNear(end, within)));
 }
 
-TEST(SelftestScoring, OverlapOfOneHalfIsAHit) {
+TEST(AccuracyScoring, OverlapOfOneHalfIsAHit) {
     const Score score = scoreOf({{4.0, 8.0}, {20.0, 24.0}}, {{6.0, 8.0}, {20.5, 25.0}, {30.0, 31.0}});
     EXPECT_EQ(score.hits, 2U);
     EXPECT_EQ(score.misses, 0U);
@@ -33,40 +40,70 @@ TEST(SelftestScoring, OverlapOfOneHalfIsAHit) {
     EXPECT_DOUBLE_EQ(*score.precision(), 2.0 / 3.0);
     EXPECT_DOUBLE_EQ(*score.onsetDelay(), 1.25);
     EXPECT_DOUBLE_EQ(*score.lengthError(), 1.25);
+    EXPECT_DOUBLE_EQ(score.accuracy(), 2.0 / 3.0);
 }
 
-TEST(SelftestScoring, LessIsAMissAndAFalseAlarm) {
-    const Score score = scoreOf({{4.0, 8.0}}, {{6.1, 8.0}});
+TEST(AccuracyScoring, LessIsAMissAndAFalseAlarmUnlessSomethingElseIsTrulyThere) {
+    const std::vector<ZEL::TimeSpan> found{{6.1, 8.0}};
+    const Score score = scoreOf({{4.0, 8.0}}, found);
     EXPECT_EQ(score.hits, 0U);
     EXPECT_EQ(score.misses, 1U);
     EXPECT_EQ(score.false_alarms, 1U);
     EXPECT_FALSE(score.onsetDelay());
+    EXPECT_EQ(scoreOf({}, found, {{6.0, 7.2}}).false_alarms, 0U);
+    EXPECT_EQ(scoreOf({}, found, {{6.0, 6.9}}).false_alarms, 1U);
     EXPECT_FALSE(scoreOf({}, {}).precision());
     EXPECT_FALSE(scoreOf({}, {}).recall());
 }
 
-TEST(SelftestRivals, TheirOutputIsRead) {
-    EXPECT_THAT(parseBlack("[blackdetect @ 0x1] black_start:4 black_end:8.04 black_duration:4.04\n"
-                           "[blackdetect @ 0x1] black_start:10 black_end:12 black_duration:2\n"),
-                ElementsAre(isSpan(4.0, 8.04), isSpan(10.0, 12.0)));
-    EXPECT_THAT(parseStartEnd("lavfi.freezedetect.freeze_start: 4\nlavfi.freezedetect.freeze_duration: 2\n"
-                              "lavfi.freezedetect.freeze_end: 6\nlavfi.freezedetect.freeze_start: 9\n",
-                              "freeze", 12.0),
-                ElementsAre(isSpan(4.0, 6.0), isSpan(9.0, 12.0)));
-    EXPECT_THAT(
-        parseStartEnd("silence_start: -0.01\nsilence_end: 2.5 | silence_duration: 2.51\n", "silence", 9.0),
-        ElementsAre(isSpan(-0.01, 2.5)));
+TEST(AccuracyScoring, OfAFaultThatComesAndGoesAnyPartIsEnoughButNotTheWholeClip) {
+    const Score parts = scoreWithin({{3.0, 7.0}}, {{3.1, 3.3}, {5.0, 5.5}, {6.5, 9.0}});
+    EXPECT_EQ(parts.hits, 1U);
+    EXPECT_EQ(parts.false_alarms, 1U);
+    const Score all = scoreWithin({{3.0, 7.0}}, {{0.0, 9.0}});
+    EXPECT_EQ(all.misses, 1U);
+    EXPECT_EQ(all.false_alarms, 1U);
 }
 
-TEST(SelftestRivals, BlockinessBecomesEventsByItsThreshold) {
-    EXPECT_EQ(parseBlockiness("pts_time:0\nlavfi.block=1.5\npts_time:0.04\nlavfi.block=2.5\n"), 2.5);
-    EXPECT_FALSE(parseBlockiness("nothing"));
-    const std::vector<Blockiness> values{{0.0, 1.0}, {0.5, 3.0}, {1.0, 3.0}, {1.5, 1.0}, {2.0, 1.0}};
-    EXPECT_THAT(blockEvents(values, 2.0), ElementsAre(isSpan(0.5, 1.5)));
-    EXPECT_THAT(blockEvents(values, 4.0), testing::IsEmpty());
+std::vector<Findings> findings(const std::string& graph, std::string_view kind, bool all_settings = false) {
+    const Rival* const rival = rivalOf(kind);
+    const bool sound = rival->source == ZEL::EventSource::kAudio;
+    return findWithRivals({graph, sound ? "abuffersink" : "buffersink"}, {rival}, all_settings);
 }
 
-TEST(SelftestResults, ThresholdThatServesTheRivalBestIsTaken) {
+TEST(AccuracyRivals, TheirFindingsAreReadFromTheFrames) {
+    const std::string moving = "testsrc2=s=64x48:r=25:d=6,scroll=h=0.02,setpts=PTS+5/TB";
+    const std::string black =
+        moving + ",drawbox=t=fill:c=black:enable='between(t,6,6.3)+between(t,7,7.99)+gte(t,10)'";
+    EXPECT_THAT(findings(black, "black")[0].by_setting, ElementsAre(ElementsAre(isSpan(2, 3), isSpan(5, 6))));
+    EXPECT_THAT(findings(black, "black", true)[0].by_setting, SizeIs(rivalOf("black")->settings.size()));
+    EXPECT_THAT(findings("testsrc2=s=64x48:r=25:d=2,scroll=h=0.02,loop=75:1:24,setpts=N/25/TB", "freeze")[0]
+                    .by_setting,
+                ElementsAre(ElementsAre(isSpan(0.96, 4.0, 0.041))));
+    const std::string tone = "aevalsrc='if(between(t,1,2.99),0,sin(2000*t))'";
+    EXPECT_THAT(findings(tone + ":s=48000:d=4", "mute")[0].by_setting,
+                ElementsAre(ElementsAre(isSpan(1, 2.99, 0.01))));
+    EXPECT_THAT(findings("sine=d=4,pan=stereo|c0=c0|c1=-1*c0", "antiphase", true)[0].by_setting,
+                testing::Each(ElementsAre(isSpan(0.0, 4.0, 0.1))));
+    EXPECT_EQ(rivalOf("no-voice"), nullptr);
+}
+
+TEST(AccuracyRivals, BlockinessIsMeasuredAnewEachHalfSecond) {
+    const auto values = findings(
+                            "color=gray:s=320x240:r=25:d=2,noise=alls=20:allf=t,"
+                            "split[a][b];[b]scale=40:30,scale=320:240:flags=neighbor[c];"
+                            "[a][c]overlay=enable='between(t,0.5,1.49)',format=yuv420p",
+                            "block")[0]
+                            .blockiness;
+    ASSERT_THAT(values, SizeIs(4));
+    EXPECT_DOUBLE_EQ(values[1].start_s, 0.5);
+    const double threshold = (values[0].value + values[1].value) / 2.0;
+    EXPECT_GT(threshold, values[0].value);
+    EXPECT_THAT(blockEvents(values, threshold), ElementsAre(isSpan(0.5, 1.5)));
+    EXPECT_THAT(blockEvents({{0.0, 1.0}, {0.5, 3.0}}, 4.0), IsEmpty());
+}
+
+TEST(AccuracyResults, ThresholdThatServesTheRivalBestIsTaken) {
     const auto blocky = std::find_if(corpus().begin(), corpus().end(), [](const Case& c) {
         return c.kind == ZEL::EventKind::kBlock && !c.truth.empty();
     });
@@ -83,10 +120,13 @@ TEST(SelftestResults, ThresholdThatServesTheRivalBestIsTaken) {
     EXPECT_THAT(resultText(results, threshold), HasSubstr("found"));
 }
 
-TEST(SelftestCorpus, CasesAreNamedOnceAndEveryKindIsShownWithAndWithoutFault) {
+TEST(AccuracyCorpus, ClipsAreNamedOnceAndEveryKindIsShownWithAndWithoutFault) {
     std::set<std::string> names;
     for (const Case& one : corpus()) {
-        EXPECT_TRUE(names.insert(one.name).second) << one.name;
+        EXPECT_TRUE(names.insert(one.clip.name).second) << one.clip.name;
+    }
+    for (const Clip& clip : textureClips()) {
+        EXPECT_TRUE(names.insert(clip.name).second) << clip.name;
     }
     for (const auto& info : ZEL::eventKinds()) {
         if (info.source == ZEL::EventSource::kTimestamps) {
@@ -101,10 +141,78 @@ TEST(SelftestCorpus, CasesAreNamedOnceAndEveryKindIsShownWithAndWithoutFault) {
     }
 }
 
-TEST(SelftestChildProcess, GivesTheOutputOrSaysWhyNot) {
-    EXPECT_EQ(outputOf({"sh", "-c", "echo out; echo err >&2"}), "out\nerr\n");
-    EXPECT_THROW(outputOf({"sh", "-c", "exit 3"}), std::runtime_error);
-    EXPECT_THROW(outputOf({"no-such-program-anywhere"}), std::runtime_error);
+/// A folder as bench/real_clips leaves it, without the clips themselves.
+class AccuracyRealClips : public testing::Test {
+  protected:
+    void SetUp() override {
+        std::string pattern = (std::filesystem::temp_directory_path() / "zel-accuracy-XXXXXX").string();
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        folder_ = pattern;
+    }
+    void TearDown() override { std::filesystem::remove_all(folder_); }
+    void write(const std::string& clips) { std::ofstream(folder_ + "/clips.json") << clips; }
+
+    std::string folder_;
+};
+
+TEST_F(AccuracyRealClips, ListOfClipsIsReadByHalvesOrRefused) {
+    EXPECT_THROW(readMaterial(folder_, Half::kAll), std::runtime_error);
+    write("[{}]");
+    EXPECT_THROW(readMaterial(folder_, Half::kAll), std::runtime_error);
+    write(R"([{"half": "tune", "file": "tune/film.mp4", "type": "video", "from": 10,
+               "holds": {"black": [[1, 2], [12, 13]]}},
+              {"half": "kept", "file": "kept/talk.wav", "type": "speech", "from": 0, "holds": {}}])");
+    EXPECT_THAT(readMaterial(folder_, Half::kAll), SizeIs(2));
+    const auto tune = readMaterial(folder_, Half::kTune);
+    ASSERT_THAT(tune, SizeIs(1));
+    EXPECT_EQ(tune[0].file, folder_ + "/tune/film.mp4");
+
+    // What is truly there keeps its place when a part of the clip is taken.
+    const std::vector<RealCase> cases = realCases(tune);
+    EXPECT_THAT(cases[0].held({"black", "freeze"}), ElementsAre(isSpan(1, 2), isSpan(12, 13)));
+    const auto faulty =
+        std::find_if(cases.begin(), cases.end(), [](const RealCase& c) { return c.variant == "black"; });
+    ASSERT_NE(faulty, cases.end());
+    EXPECT_THAT(faulty->held({"black"}), ElementsAre(isSpan(-9, -8), isSpan(2, 3)));
+    std::set<std::string> names;
+    for (const RealCase& one : cases) {
+        EXPECT_TRUE(names.insert(one.name()).second) << one.name();
+    }
+}
+
+TEST_F(AccuracyRealClips, AlarmsOnGoodClipsAreCountedPerHourAndFindsPerFault) {
+    write(
+        R"([{"half": "kept", "file": "kept/film.mp4", "type": "video", "from": 0, "holds": {"black": [[0, 1]]}}])");
+    const auto material = readMaterial(folder_, Half::kKept);
+    const std::vector<RealCase> cases = realCases(material);
+    std::vector<RealResult> results;
+    for (const RealCase& one : cases) {
+        RealResult result{&one, {{}, 600.0, true, false, ""}, {}};
+        if (one.variant == "as-it-is") {
+            result.ours.events = {{ZEL::EventKind::kBlack, {0.1, 0.9}}, {ZEL::EventKind::kBlack, {5.0, 6.0}}};
+            result.rivals = {{rivalOf("black"), std::vector<std::vector<ZEL::TimeSpan>>(9), {}}};
+            result.rivals[0].by_setting[0] = {{7.0, 8.0}};
+        } else if (one.variant == "green") {
+            result.ours.events = {{ZEL::EventKind::kGreen, {3.0, 6.0}},
+                                  {ZEL::EventKind::kFreeze, {3.0, 6.0}}};
+        }
+        results.push_back(std::move(result));
+    }
+    const std::string text = realResultText(results);
+    EXPECT_THAT(text, HasSubstr("| black | 20.0 | 1 | 0 | 3.0 | 3.0 | 0.0 |"));
+    EXPECT_THAT(text, HasSubstr("| green | frames of zeros | 1 of 1 | 0 | - | - | - | - |"));
+    EXPECT_THAT(text, HasSubstr("- film.as-it-is: black 5.00-6.00\n"));
+}
+
+TEST(AccuracyChildProcess, FailureIsToldWithWhatTheProgramSaid) {
+    EXPECT_NO_THROW(runProgram({"sh", "-c", "echo out"}));
+    EXPECT_THROW(runProgram({"no-such-program-anywhere"}), std::runtime_error);
+    try {
+        runProgram({"sh", "-c", "echo why >&2; exit 3"});
+        FAIL();
+    } catch (const std::runtime_error& error) {
+        EXPECT_STREQ(error.what(), "sh failed: why\n");
+    }
 }
 
 }  // namespace
