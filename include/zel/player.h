@@ -20,6 +20,9 @@
 #include <zel/base/c_object.h>
 #include <zel/base/log.h>
 #include <zel/collector/info_collector.h>
+#include <zel/events/event.h>
+#include <zel/events/kinds.h>
+#include <zel/events/stream_clock.h>
 #include <zel/message/message.h>
 #include <zel/message/message_center.h>
 #include <zel/monitor/config_adapter.h>

@@ -2,15 +2,13 @@
 #define ZEL_SRC_EVENTS_GAPS_H_
 
 #include <zel/events/event.h>
+#include <zel/events/stream_clock.h>
 
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <vector>
 
 namespace ZEL {
-
-enum class StreamTrack : uint8_t { kVideo, kAudio };
 
 /// Which tracks a stream has.
 struct StreamTracks {
