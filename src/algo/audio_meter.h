@@ -15,7 +15,8 @@
 
 namespace ZELAlgo {
 
-/// The measurement of a chunk that ends within a block of sound, with the chunk's end in samples of the block.
+/// The measurement of a chunk that ends within a block of sound, with the chunk's end in samples of the
+/// block.
 struct MeasuredChunk {
     size_t end;
     ChunkMeasurement measured;
@@ -50,7 +51,8 @@ class AudioPeriods {
     /// The period's length and the thresholds are those of `config`.
     AudioPeriods(const ZELAlgoConfig& config, uint32_t sample_rate);
 
-    /// Takes in a block of `samples` samples that starts at `time_s` of the stream, and what was measured of it.
+    /// Takes in a block of `samples` samples that starts at `time_s` of the stream, and what was measured of
+    /// it.
     void add(const std::vector<MeasuredChunk>& chunks, size_t samples, double time_s, const Sink& sink);
 
     /// Sound is missing before `time_s`: the period at hand begins there.

@@ -62,11 +62,11 @@ struct ZELVideoResult {
     bool is_staticframe;
 };
 
-/// One block of one-channel signed 16-bit samples. `data` is borrowed for the call.
+/// One block of signed 16-bit samples. `data` is borrowed for the call.
 struct ZELAudioFrame {
     uint32_t sample_rate;  ///< Hz
     uint32_t samples;
-    uint32_t channels;  ///< not read: `data` is one channel
+    uint32_t channels;  ///< not read by AlgoFacade, for which `data` is one channel
     const int16_t* data;
 };
 
