@@ -12,7 +12,7 @@
 #include <kiss_fftr.h>
 
 #include "algo/audio/analysis_window.h"
-#include "session/mix_down.h"
+#include "algo/mix_down.h"
 #include "support/rendered_sound.h"
 
 extern "C" {
@@ -74,8 +74,9 @@ void audioRoad(benchmark::State& state) {
     std::vector<int16_t> buffer;
     for (auto unused : state) {
         for (const auto& frame : frames) {
-            const ZELAlgo::ZELAudioFrame block{kRate, kFrame, static_cast<uint32_t>(channels),
-                                               ZEL::mixedDown(*frame, buffer)};
+            const auto count = static_cast<uint32_t>(channels);
+            const ZELAlgo::ZELAudioFrame block{kRate, kFrame, count,
+                                               ZELAlgo::mixedDown(frame->data.get(), kFrame, count, buffer)};
             facade.detectAudio(block, result);
         }
         benchmark::DoNotOptimize(result);

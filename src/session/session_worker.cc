@@ -5,9 +5,9 @@
 #include <cfenv>
 #include <optional>
 
+#include "algo/mix_down.h"
 #include "base/clock.h"
 #include "base/started_thread.h"
-#include "session/mix_down.h"
 #include "session/result_accounting.h"
 #include "session/task_queue.h"
 
@@ -77,8 +77,9 @@ void SessionWorker::examine(ZELAlgo::AlgoFacade& algo, const VideoFrame& frame) 
 }
 
 void SessionWorker::examine(ZELAlgo::AlgoFacade& algo, const AudioFrame& frame) {
-    const ZELAlgo::ZELAudioFrame sound{static_cast<uint32_t>(frame.sample_rate), frame.samples,
-                                       static_cast<uint32_t>(frame.channels), mixedDown(frame, mono_)};
+    const auto channels = static_cast<uint32_t>(frame.channels);
+    const ZELAlgo::ZELAudioFrame sound{static_cast<uint32_t>(frame.sample_rate), frame.samples, channels,
+                                       ZELAlgo::mixedDown(frame.data.get(), frame.samples, channels, mono_)};
     ZELAlgo::ZELAudioResult result{};
     const DetectorCall call = timed([&] { return algo.detectAudio(sound, result); });
     accounting_.account(call, result);

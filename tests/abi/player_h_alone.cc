@@ -47,7 +47,7 @@ void useDetectors() {
     ZELAlgo::ZELVideoResult picture{};
     ZELAlgo::ZELAudioResult sound{};
     EXPECT(facade.detectVideo({16, 16, 0, black.data()}, picture));
-    EXPECT(picture.screen_type == 1);
+    EXPECT(picture.screen_type == ZELAlgo::kScreenBlack);
     EXPECT(facade.detectAudio({48000, 480, 1, silence.data()}, sound));
 }
 

@@ -9,11 +9,14 @@ namespace {
 constexpr size_t kNever = std::numeric_limits<size_t>::max();
 
 thread_local size_t requests = 0;
+thread_local size_t alive = 0;
 thread_local size_t failing_request = kNever;
 
 void* request(size_t size) noexcept {
     const size_t number = requests++;
-    return number == failing_request ? nullptr : std::malloc(size == 0 ? 1 : size);
+    void* const memory = number == failing_request ? nullptr : std::malloc(size == 0 ? 1 : size);
+    alive += memory != nullptr ? 1 : 0;
+    return memory;
 }
 
 void* requestOrThrow(size_t size) {
@@ -22,6 +25,11 @@ void* requestOrThrow(size_t size) {
         throw std::bad_alloc();
     }
     return memory;
+}
+
+void giveBack(void* memory) noexcept {
+    alive -= memory != nullptr ? 1 : 0;
+    std::free(memory);
 }
 
 }  // namespace
@@ -39,22 +47,25 @@ void* operator new[](size_t size, const std::nothrow_t&) noexcept {
     return request(size);
 }
 void operator delete(void* memory) noexcept {
-    std::free(memory);
+    giveBack(memory);
 }
 void operator delete[](void* memory) noexcept {
-    std::free(memory);
+    giveBack(memory);
 }
 void operator delete(void* memory, size_t) noexcept {
-    std::free(memory);
+    giveBack(memory);
 }
 void operator delete[](void* memory, size_t) noexcept {
-    std::free(memory);
+    giveBack(memory);
 }
 
 namespace support {
 
 size_t allocationCount() {
     return requests;
+}
+size_t allocationsAlive() {
+    return alive;
 }
 
 FailingNew::FailingNew(size_t nth) {

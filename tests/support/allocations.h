@@ -8,6 +8,9 @@ namespace support {
 /// How many times this thread has asked operator new for memory. Link allocations.cc.
 size_t allocationCount();
 
+/// How many pieces of memory this thread has got from operator new and not given back.
+size_t allocationsAlive();
+
 /// While it lives, one request of this thread to operator new fails: the first for `nth` 0, and so on.
 class FailingNew {
   public:

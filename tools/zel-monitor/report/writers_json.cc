@@ -1,9 +1,10 @@
+#include <zel/events/analyser.h>
+
 #include <algorithm>
 #include <cmath>
 
 #include "cli/time_text.h"
 #include "report/writers.h"
-#include "scan/analyser.h"
 
 namespace zel_monitor {
 namespace {
@@ -37,7 +38,7 @@ Json settingsJson(const ScanOptions& options) {
             policy[std::string(info.name)] = number(*limit);
         }
     }
-    const ZELAlgo::ZELAlgoConfig config = scanConfig(kSilencePeriodS);
+    const ZELAlgo::ZELAlgoConfig config = ZEL::EventAnalyser::detectorConfig();
     return {{"rules", std::move(rules)},
             {"fail_on", std::move(policy)},
             {"detectors",
@@ -49,8 +50,8 @@ Json settingsJson(const ScanOptions& options) {
               {"low_voice_level", number(config.low_voice_level)},
               {"high_voice_level", number(config.high_voice_level)},
               {"novoice_scale", number(config.novoice_scale)},
-              {"silence_period_s", number(kSilencePeriodS)},
-              {"voice_period_s", number(kVoicePeriodS)}}}};
+              {"silence_period_s", number(ZEL::EventAnalyser::kSilencePeriodS)},
+              {"voice_period_s", number(ZEL::EventAnalyser::kVoicePeriodS)}}}};
 }
 
 Json streamJson(const InputReport& report) {
