@@ -2,12 +2,14 @@
 #include <zel/session/session.h>
 
 #include <atomic>
+#include <optional>
 #include <utility>
 
 #include "base/clock.h"
 #include "base/mutex.h"
 #include "base/thread_name.h"
 #include "session/algo_stat.h"
+#include "session/drop_counts.h"
 #include "session/heartbeat_report.h"
 #include "session/result_accounting.h"
 #include "session/session_collectors.h"
@@ -23,8 +25,8 @@ constexpr const char* kFrameResultMessages[] = {"ZELMsgVideoFrameResult", "ZELMs
 }  // namespace
 
 struct ZELSession::Parts {
-    explicit Parts(std::weak_ptr<MessageCenter> message_center)
-        : center(message_center), accounting(std::move(message_center)) {}
+    Parts(std::weak_ptr<MessageCenter> message_center, int64_t session_id)
+        : center(message_center), accounting(std::move(message_center)), drops(session_id) {}
 
     bool enqueue(ZELTask task, uint64_t AlgoStat::*frames, double AlgoStat::*time)
         ZEL_EXCLUDES(lifecycle_mutex);
@@ -34,6 +36,7 @@ struct ZELSession::Parts {
     TaskQueue queue;
     ResultAccounting accounting;
     IntakeStat intake;
+    DropCounts drops;
     SessionCollectors collectors;
     std::atomic<bool> collectors_disabled{false};
 
@@ -51,7 +54,7 @@ struct ZELSession::Parts {
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes a reference of its own
 ZELSession::ZELSession(std::shared_ptr<MessageCenter> center)
-    : parts_(std::make_unique<Parts>(std::move(center))) {}
+    : parts_(std::make_unique<Parts>(std::move(center), getSessionId())) {}
 
 ZELSession::~ZELSession() {
     const MutexLock lock(parts_->lifecycle_mutex);
@@ -66,11 +69,14 @@ bool ZELSession::start() {
     if (parts_->worker.running()) {
         return true;
     }
-    if (std::exchange(parts_->stopped, false)) {
-        parts_->queue.clear();
+    if (parts_->stopped) {
+        for (const ZELTask& left : parts_->queue.clear()) {
+            parts_->drops.add(left);
+        }
         parts_->collectors.renewNamed();
     }
     parts_->worker.start(parts_->name, parts_->config);
+    parts_->stopped = false;
     return true;
 }
 
@@ -135,9 +141,16 @@ bool ZELSession::Parts::enqueue(ZELTask task, uint64_t AlgoStat::*frames, double
     const MutexLock lock(lifecycle_mutex);
     intake.add<uint64_t>(frames, 1);
     const double begin = now();
-    queue.pushDropOldest(std::move(task));
+    const std::optional<ZELTask> dropped = queue.pushDropOldest(std::move(task));
     intake.add(time, now() - begin);
+    if (dropped) {
+        drops.add(*dropped);
+    }
     return true;
+}
+
+QueueDrops ZELSession::getQueueDrops() const {
+    return parts_->drops.get();
 }
 
 int64_t ZELSession::getSessionId() const {

@@ -1,5 +1,6 @@
 #include "session/task_queue.h"
 
+#include <iterator>
 #include <utility>
 
 namespace ZEL {
@@ -9,8 +10,8 @@ void TaskQueue::setSeparateAudio(bool separate) {
     separate_audio_ = separate;
 }
 
-bool TaskQueue::pushDropOldest(ZELTask task) {
-    std::optional<ZELTask> dropped;  // released after the lock
+std::optional<ZELTask> TaskQueue::pushDropOldest(ZELTask task) {
+    std::optional<ZELTask> dropped;
     bool wake = false;
     {
         const MutexLock lock(mutex_);
@@ -26,7 +27,7 @@ bool TaskQueue::pushDropOldest(ZELTask task) {
     if (wake) {
         ready_.notify_one();
     }
-    return dropped.has_value();
+    return dropped;
 }
 
 std::optional<TaskQueue::Round> TaskQueue::waitForRound() {
@@ -67,12 +68,16 @@ void TaskQueue::close() {
     ready_.notify_all();
 }
 
-void TaskQueue::clear() {
-    std::deque<ZELTask> shared;  // both released after the lock
-    std::deque<ZELTask> audio;
+std::vector<ZELTask> TaskQueue::clear() {
+    std::vector<ZELTask> tasks;
     const MutexLock lock(mutex_);
-    shared.swap(shared_);
-    audio.swap(audio_);
+    tasks.reserve(shared_.size() + audio_.size());
+    for (std::deque<ZELTask>* const list : {&shared_, &audio_}) {
+        tasks.insert(tasks.end(), std::make_move_iterator(list->begin()),
+                     std::make_move_iterator(list->end()));
+        list->clear();
+    }
+    return tasks;
 }
 
 TaskQueue::Sizes TaskQueue::sizes() const {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <deque>
 #include <optional>
+#include <vector>
 
 #include "base/mutex.h"
 #include "session/task.h"
@@ -21,8 +22,8 @@ class TaskQueue {
     /// Where sound goes: a list of its own (the default) or the shared one. Before the first push.
     void setSeparateAudio(bool separate);
 
-    /// True if the oldest task of the list was dropped to keep its bound.
-    bool pushDropOldest(ZELTask task);
+    /// The oldest task of the list if it was dropped to keep the bound.
+    std::optional<ZELTask> pushDropOldest(ZELTask task);
 
     /// What one round of the worker has to do: the head of the shared list if there is one, then the head of
     /// the sound list if there is one, so that neither starves the other.
@@ -41,7 +42,8 @@ class TaskQueue {
     void open();
     void close();
 
-    void clear();
+    /// Takes all tasks out.
+    std::vector<ZELTask> clear();
 
     struct Sizes {
         size_t shared;

@@ -1,4 +1,5 @@
 // The seventeen functions as a host uses them.
+#include <zel/session/session.h>
 #include <zel/zel.h>
 
 #include <atomic>
@@ -266,6 +267,17 @@ TEST_F(Exports, CollectNothingForSessionsThatAreNotRegistered) {
     EXPECT_FALSE(zel_collect_serial_data_for_session_v2(token, &key, &sample, 1));
     EXPECT_FALSE(zel_collect_serial_data_for_session_v2(token, nullptr, &sample, 1));
     EXPECT_FALSE(zel_collect_serial_data_for_session_v2(token, &key, nullptr, 1));
+}
+
+TEST_F(Exports, APlayerFindsTheDroppedFramesOfAHandleByItsToken) {
+    Handle handle = open(3600);
+    feed(handle, 12, support::kMidGrey);
+    start_zel_session(handle.get());
+    stop_zel_session(handle.get());
+    const int64_t token = std::stoll(host_.events().at(0).fields.at("zel_token"));
+    EXPECT_EQ(ZEL::queueDropsOfSession(token), (ZEL::QueueDrops{2, 0}));
+    handle.reset();
+    EXPECT_EQ(ZEL::queueDropsOfSession(token), std::nullopt);
 }
 
 TEST_F(Exports, LeaveTheListenersWhenAskedAndStillFreeTheSession) {

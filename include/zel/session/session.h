@@ -11,10 +11,25 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace ZEL {
+
+/// Frames that a session took in and never examined: the oldest ones, which made room while the worker was
+/// behind, and those that a restart found still queued.
+struct QueueDrops {
+    uint64_t video = 0;
+    uint64_t audio = 0;
+
+    bool operator==(const QueueDrops&) const = default;
+};
+
+/// What getQueueDrops of the living session with this id would answer; nothing if there is none. The id is
+/// the session's "zel_token", also for one that was opened through the C interface (whose get_session_id does
+/// not tell it). Any thread.
+std::optional<QueueDrops> queueDropsOfSession(int64_t session_id);
 
 /// Hears that a session has a new frame result. Called on the message centre's thread, for which the
 /// session's worker may be waiting: it must not start, stop, feed or configure the session, nor drop the last
@@ -54,6 +69,10 @@ class ZELSession : public CObject {
     /// not positive.
     bool feedVideoFrame(std::shared_ptr<VideoFrame> frame, int64_t index);
     bool feedAudioFrame(std::shared_ptr<AudioFrame> frame, int64_t index);
+
+    /// Frames dropped so far in the session's life, by kind: also sound that shares the frames' queue counts
+    /// as audio. No report carries these numbers.
+    QueueDrops getQueueDrops() const;
 
     /// The session's address: unique among living sessions, reported as "zel_token".
     int64_t getSessionId() const;

@@ -69,6 +69,30 @@ TEST_F(Session, PicturesFedBeforeTheStartAreAllCountedAndTheTenNewestExamined) {
     EXPECT_EQ(report.at("zel_black_cnt"), "9");
 }
 
+TEST_F(Session, CountsTheFramesItNeverExaminedByKind) {
+    const auto feedBoth = [this](int video, int audio) {
+        for (int i = 0; i < audio; ++i) {
+            EXPECT_TRUE(session_->feedAudioFrame(silentAudioFrame(480), i));
+        }
+        feed(video, kMidGrey);
+    };
+    feedBoth(13, 52);
+    EXPECT_EQ(session_->getQueueDrops(), (ZEL::QueueDrops{3, 2}));
+    EXPECT_EQ(heartbeat().size(), 7U);  // reports do not tell
+    session_->stop();
+    session_->start();  // throws away what was queued
+    EXPECT_EQ(session_->getQueueDrops(), (ZEL::QueueDrops{13, 52}));
+    EXPECT_EQ(ZEL::queueDropsOfSession(session_->getSessionId()), session_->getQueueDrops());
+    const int64_t gone = session_->getSessionId();
+    session_.reset();
+    EXPECT_EQ(ZEL::queueDropsOfSession(gone), std::nullopt);
+
+    session_ = std::make_shared<ZEL::ZELSession>(center_);
+    session_->setSeparateAudioQueue(false);
+    feedBoth(6, 6);
+    EXPECT_EQ(session_->getQueueDrops(), (ZEL::QueueDrops{0, 2}));
+}
+
 TEST_F(Session, ReportsEachPeriodOnItsOwnAndTheWholeLifeAtAnyTime) {
     EXPECT_TRUE(session_->start());
     EXPECT_TRUE(session_->start());  // already running

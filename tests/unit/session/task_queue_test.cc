@@ -31,8 +31,8 @@ TEST(TaskQueue, DropsTheOldestPictureWhenTheEleventhArrives) {
     for (int32_t id = 1; id <= 10; ++id) {
         EXPECT_FALSE(queue.pushDropOldest(video(id)));
     }
-    EXPECT_TRUE(queue.pushDropOldest(video(11)));
-    EXPECT_TRUE(queue.pushDropOldest(video(12)));
+    EXPECT_EQ(videoId(queue.pushDropOldest(video(11)).value()), 1);
+    EXPECT_EQ(videoId(queue.pushDropOldest(video(12)).value()), 2);
     queue.open();
     for (int32_t id = 3; id <= 12; ++id) {
         const auto round = queue.waitForRound();
@@ -46,14 +46,14 @@ TEST(TaskQueue, DropsTheOldestPictureWhenTheEleventhArrives) {
 TEST(TaskQueue, BoundsSoundAtFiftyOrWithThePictures) {
     TaskQueue queue;
     for (uint32_t id = 1; id <= 51; ++id) {
-        EXPECT_EQ(queue.pushDropOldest(audio(id)), id == 51);
+        EXPECT_EQ(queue.pushDropOldest(audio(id)).has_value(), id == 51);
     }
     EXPECT_EQ(queue.sizes().audio, 50U);
 
     TaskQueue shared;
     shared.setSeparateAudio(false);
     for (uint32_t id = 1; id <= 11; ++id) {
-        EXPECT_EQ(shared.pushDropOldest(audio(id)), id == 11);
+        EXPECT_EQ(shared.pushDropOldest(audio(id)).has_value(), id == 11);
     }
     EXPECT_EQ(shared.sizes().shared, 10U);
     EXPECT_EQ(shared.sizes().audio, 0U);
@@ -95,8 +95,12 @@ TEST(TaskQueue, ClosingEndsAWaitAndKeepsTasks) {
     queue.pushDropOldest(video(2));
     EXPECT_FALSE(queue.waitForRound());
     EXPECT_EQ(queue.sizes().shared, 1U);
-    queue.clear();
-    EXPECT_EQ(queue.sizes().shared, 0U);
+    queue.pushDropOldest(audio(3));
+    const std::vector<ZELTask> left = queue.clear();
+    ASSERT_EQ(left.size(), 2U);
+    EXPECT_EQ(videoId(left[0]), 2);
+    EXPECT_EQ(audioId(left[1]), 3U);
+    EXPECT_EQ(queue.sizes().shared + queue.sizes().audio, 0U);
 }
 
 }  // namespace
