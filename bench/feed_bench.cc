@@ -1,4 +1,4 @@
-// What the library costs the thread that feeds it, beside a bare copy of the same picture in the same run,
+// What the library costs the thread that feeds it, beside a bare copy of the same frame in the same run,
 // and what else a host pays for: start and stop, heartbeats, the wake-up of the worker.
 //
 // Log lines go to a file, as a host would keep them.
@@ -23,14 +23,14 @@
 
 namespace {
 
-struct Picture {
+struct Frame {
     int32_t width;
     int32_t height;
     std::vector<uint8_t> bytes =
         std::vector<uint8_t>(static_cast<size_t>(width) * static_cast<size_t>(height) * 3 / 2, 100);
 };
 
-Picture pictureOf(const benchmark::State& state) {
+Frame frameOf(const benchmark::State& state) {
     const auto height = static_cast<int32_t>(state.range(0));
     return {height * 16 / 9, height};
 }
@@ -49,36 +49,36 @@ long pageFaults() {
 
 /// A stream's steady state: as many buffers as the library keeps take turns as targets.
 void bareCopy(benchmark::State& state) {
-    const Picture picture = pictureOf(state);
+    const Frame frame = frameOf(state);
     std::vector<std::unique_ptr<uint8_t[]>> targets;
     for (size_t i = 0; i < ZEL::TaskQueue::kSharedBound + 1; ++i) {
-        targets.push_back(std::make_unique<uint8_t[]>(picture.bytes.size()));
+        targets.push_back(std::make_unique<uint8_t[]>(frame.bytes.size()));
     }
     size_t next = 0;
     for (auto _ : state) {
-        std::memcpy(targets[next].get(), picture.bytes.data(), picture.bytes.size());
+        std::memcpy(targets[next].get(), frame.bytes.data(), frame.bytes.size());
         benchmark::ClobberMemory();
         next = (next + 1) % targets.size();
     }
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(picture.bytes.size()));
+    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(frame.bytes.size()));
 }
 
 /// A session that is not started, so that no detector competes for memory and processor: the queue is full
-/// and every feed drops the oldest picture, the dearest case for the host's thread.
+/// and every feed drops the oldest frame, the dearest case for the host's thread.
 void feedCall(benchmark::State& state) {
     logToFile();
-    const Picture picture = pictureOf(state);
+    const Frame frame = frameOf(state);
     ZELHandle* const handle = init_handle();
     for (int64_t index = 0; index < 20; ++index) {  // to the steady state
-        feed_video_frame(handle, picture.bytes.data(), picture.width, picture.height, index);
+        feed_video_frame(handle, frame.bytes.data(), frame.width, frame.height, index);
     }
     const long faults = pageFaults();
     for (auto _ : state) {
-        feed_video_frame(handle, picture.bytes.data(), picture.width, picture.height, 0);
+        feed_video_frame(handle, frame.bytes.data(), frame.width, frame.height, 0);
     }
     state.counters["page_faults_per_frame"] =
         static_cast<double>(pageFaults() - faults) / static_cast<double>(state.iterations());
-    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(picture.bytes.size()));
+    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(frame.bytes.size()));
     release_handle(handle);
 }
 
@@ -132,7 +132,7 @@ void heartbeatAssembly(benchmark::State& state) {
     }
 }
 
-/// From a feed to the verdict of a tiny picture: the hand-over of a task to the sleeping worker and back.
+/// From a feed to the verdict of a tiny frame: the hand-over of a task to the sleeping worker and back.
 void wakeUp(benchmark::State& state) {
     class Owner : public ZEL::CObject {};
     const auto center = std::make_shared<ZEL::MessageCenter>();

@@ -69,10 +69,10 @@ void SessionWorker::process(ZELAlgo::AlgoFacade& algo, const ZELTask& task) {
 }
 
 void SessionWorker::examine(ZELAlgo::AlgoFacade& algo, const VideoFrame& frame) {
-    const ZELAlgo::ZELVideoFrame picture{static_cast<uint32_t>(frame.width),
-                                         static_cast<uint32_t>(frame.height), 0, frame.data.get()};
+    const ZELAlgo::ZELVideoFrame view{static_cast<uint32_t>(frame.width), static_cast<uint32_t>(frame.height),
+                                      0, frame.data.get()};
     ZELAlgo::ZELVideoResult result{};
-    const DetectorCall call = timed([&] { return algo.detectVideo(picture, result); });
+    const DetectorCall call = timed([&] { return algo.detectVideo(view, result); });
     accounting_.account(call, result);
 }
 

@@ -12,21 +12,21 @@
 
 namespace ZEL {
 
-/// The two bounded lists between the feeding threads and the worker: one for pictures, one for sound (or a
+/// The two bounded lists between the feeding threads and the worker: one for video, one for audio (or a
 /// single shared list). Whoever feeds never waits: the oldest task makes room. Any thread, but one consumer.
 class TaskQueue {
   public:
     static constexpr size_t kSharedBound = 10;
     static constexpr size_t kAudioBound = 50;
 
-    /// Where sound goes: a list of its own (the default) or the shared one. Before the first push.
+    /// Where audio goes: a list of its own (the default) or the shared one. Before the first push.
     void setSeparateAudio(bool separate);
 
     /// The oldest task of the list if it was dropped to keep the bound.
     std::optional<ZELTask> pushDropOldest(ZELTask task);
 
     /// What one round of the worker has to do: the head of the shared list if there is one, then the head of
-    /// the sound list if there is one, so that neither starves the other.
+    /// the audio list if there is one, so that neither starves the other.
     struct Round {
         std::optional<ZELTask> shared;
         bool audio_waits;

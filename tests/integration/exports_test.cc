@@ -39,9 +39,9 @@ class Exports : public testing::Test {
     }
 
     static void feed(const Handle& handle, int count, uint8_t luma) {
-        const std::vector<uint8_t> picture = support::flatPicture(kWidth, kHeight, luma);
+        const std::vector<uint8_t> frame = support::flatPicture(kWidth, kHeight, luma);
         for (int i = 0; i < count; ++i) {
-            EXPECT_TRUE(feed_video_frame(handle.get(), picture.data(), kWidth, kHeight, i));
+            EXPECT_TRUE(feed_video_frame(handle.get(), frame.data(), kWidth, kHeight, i));
         }
     }
 

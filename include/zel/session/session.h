@@ -64,14 +64,13 @@ class ZELSession : public CObject {
     void registerMessageListeners();
     void unregisterMessageListeners();
 
-    /// Queue a frame and return; the oldest queued one is dropped beyond 10 pictures or 50 blocks of sound.
-    /// `index` is not used. True, or false for a null frame and for sizes that are
-    /// not positive.
+    /// Queue a frame and return; the oldest queued one is dropped beyond 10 video or 50 audio frames.
+    /// `index` is not used. True, or false for a null frame and for sizes that are not positive.
     bool feedVideoFrame(std::shared_ptr<VideoFrame> frame, int64_t index);
     bool feedAudioFrame(std::shared_ptr<AudioFrame> frame, int64_t index);
 
-    /// Frames dropped so far in the session's life, by kind: also sound that shares the frames' queue counts
-    /// as audio. No report carries these numbers.
+    /// Frames dropped so far in the session's life, by kind: audio that shares the video queue counts as
+    /// audio. No report carries these numbers.
     QueueDrops getQueueDrops() const;
 
     /// The session's address: unique among living sessions, reported as "zel_token".
@@ -84,7 +83,7 @@ class ZELSession : public CObject {
     /// Publishes every frame's verdicts as "ZELMsgVideoFrameResult" and "ZELMsgAudioFrameResult". Before
     /// start.
     void setPublishFrameResults(bool publish);
-    /// Gives sound a queue of its own (the default) or lets it share the pictures' queue. Before start.
+    /// Gives audio a queue of its own (the default) or lets it share the video queue. Before start.
     void setSeparateAudioQueue(bool separate);
     /// Replaces the listener; null for none.
     void setListener(std::shared_ptr<IZELSessionListener> listener);

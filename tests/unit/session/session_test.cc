@@ -19,7 +19,7 @@ using support::kMidGrey;
 using support::kVideoBlack;
 using support::silentAudioFrame;
 
-/// A session that publishes its results, and a count of the pictures that its worker has done.
+/// A session that publishes its results, and a count of the video frames that its worker has done.
 class Session : public testing::Test {
   protected:
     Session() {
@@ -59,7 +59,7 @@ class Session : public testing::Test {
     std::shared_ptr<ZEL::ZELSession> session_ = std::make_shared<ZEL::ZELSession>(center_);
 };
 
-TEST_F(Session, PicturesFedBeforeTheStartAreAllCountedAndTheTenNewestExamined) {
+TEST_F(Session, VideoFramesFedBeforeTheStartAreAllCountedAndTheTenNewestExamined) {
     feed(2, kMidGrey);  // dropped
     feed(10, kVideoBlack);
     session_->start();
@@ -196,8 +196,7 @@ TEST_F(Session, ComputesInTheUsualModeWhateverItsHostsIs) {
     static std::atomic<int> mode;
     mode = -1;
     ZEL::setLogSink([](const char*, size_t, void*) { mode = std::fegetround(); }, nullptr);
-    session_->setAlgoConfig(
-        ZELAlgo::ZELAlgoConfig{.staticframe_param = 1.0F});  // a log line for each picture
+    session_->setAlgoConfig(ZELAlgo::ZELAlgoConfig{.staticframe_param = 1.0F});  // a log line for each frame
     std::fesetround(FE_UPWARD);
     session_->start();
     std::fesetround(FE_TONEAREST);

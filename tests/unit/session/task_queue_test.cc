@@ -12,7 +12,7 @@ namespace {
 using ZEL::TaskQueue;
 using ZEL::ZELTask;
 
-/// Tasks that can be told apart: a picture's width, a block's length.
+/// Tasks that can be told apart: a video frame's width, an audio frame's length.
 ZELTask video(int32_t id) {
     return support::flatVideoFrame(id, 2, 0);
 }
@@ -26,7 +26,7 @@ uint32_t audioId(const ZELTask& task) {
     return std::get<std::shared_ptr<ZEL::AudioFrame>>(task)->samples;
 }
 
-TEST(TaskQueue, DropsTheOldestPictureWhenTheEleventhArrives) {
+TEST(TaskQueue, DropsTheOldestVideoFrameWhenTheEleventhArrives) {
     TaskQueue queue;
     for (int32_t id = 1; id <= 10; ++id) {
         EXPECT_FALSE(queue.pushDropOldest(video(id)));
@@ -43,7 +43,7 @@ TEST(TaskQueue, DropsTheOldestPictureWhenTheEleventhArrives) {
     EXPECT_EQ(queue.sizes().shared, 0U);
 }
 
-TEST(TaskQueue, BoundsSoundAtFiftyOrWithThePictures) {
+TEST(TaskQueue, BoundsAudioAtFiftyOrWithTheVideo) {
     TaskQueue queue;
     for (uint32_t id = 1; id <= 51; ++id) {
         EXPECT_EQ(queue.pushDropOldest(audio(id)).has_value(), id == 51);
@@ -59,7 +59,7 @@ TEST(TaskQueue, BoundsSoundAtFiftyOrWithThePictures) {
     EXPECT_EQ(shared.sizes().audio, 0U);
 }
 
-TEST(TaskQueue, GivesAPictureAndThenABlockInEachRound) {
+TEST(TaskQueue, GivesAVideoAndThenAnAudioFrameInEachRound) {
     TaskQueue queue;
     queue.open();
     queue.pushDropOldest(video(1));
