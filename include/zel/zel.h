@@ -9,6 +9,11 @@
 /// Failures are a false (or all-ones) result, some with a log line on standard output; the only exceptions
 /// that can leave a function are those of the standard library (out of memory, no thread to be had).
 ///
+/// The log goes to standard output, or where the environment variable "ZEL_LOG" says when the first line is
+/// written: "stdout", "stderr", "off", or the path of a file, which is appended to. Writing a line never
+/// makes a thread wait and raises no signal: lines that a pipe, socket or terminal does not take at once are
+/// dropped, and the next one that is taken says how many ("ZEL: WARN: 12 log lines were dropped").
+///
 /// ReportMap crosses the boundary by pointer, so host and library must be built with the same standard
 /// library.
 #ifndef ZEL_ZEL_H_
@@ -100,18 +105,18 @@ ZEL_EXPORT bool start_zel_session(ZELHandle* handle);
 /// for the frame in work, uploads the final report. Frames that are still queued are not examined.
 ZEL_EXPORT void stop_zel_session(ZELHandle* handle);
 
-/// Feeds one block of decoded audio; copies it and returns. Interleaved signed 16-bit samples in native
+/// Feeds one decoded audio frame; copies it and returns. Interleaved signed 16-bit samples in native
 /// order. `samples` counts per channel; `bytes_per_sample` must be 2; `sample_rate` and `channels` at least
-/// 1; `index` not negative. While "EnableAudioAlgo" is off the block is ignored and the answer is true. At
-/// most 50 blocks wait for the detectors; the oldest is dropped beyond that. False for bad input, or a block
+/// 1; `index` not negative. While "EnableAudioAlgo" is off the frame is ignored and the answer is true. At
+/// most 50 frames wait for the detectors; the oldest is dropped beyond that. False for bad input, or a frame
 /// of 2^31 bytes or more.
 ZEL_EXPORT bool feed_audio_frame(ZELHandle* handle, const uint8_t* data, uint64_t samples,
                                  int32_t bytes_per_sample, int32_t sample_rate, int32_t channels,
                                  int64_t index);
 
-/// Feeds one decoded picture; copies it and returns. I420 in one block without gaps: `width` x `height` luma
-/// bytes, then the two chroma planes, width * height * 3 / 2 bytes in all. `index` is not negative. At most
-/// 10 pictures wait for the detectors; the oldest is dropped beyond that. False for bad input, or a picture
+/// Feeds one decoded video frame; copies it and returns. I420 in one piece without gaps: `width` x `height`
+/// luma bytes, then the two chroma planes, width * height * 3 / 2 bytes in all. `index` is not negative. At
+/// most 10 frames wait for the detectors; the oldest is dropped beyond that. False for bad input, or a frame
 /// of 2^31 bytes or more.
 ZEL_EXPORT bool feed_video_frame(ZELHandle* handle, const uint8_t* data, int32_t width, int32_t height,
                                  int64_t index);

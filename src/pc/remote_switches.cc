@@ -1,5 +1,7 @@
 #include "pc/remote_switches.h"
 
+namespace ZEL {
+
 void RemoteSwitches::registerBool(CobaltBoolCallback callback) {
     CobaltBoolCallback none = nullptr;
     bool_callback_.compare_exchange_strong(none, callback);
@@ -19,3 +21,5 @@ int32_t RemoteSwitches::readInt(const char* key) const {
     const CobaltIntCallback ask = int_callback_.load();
     return ask != nullptr ? ask(key) : -1;
 }
+
+}  // namespace ZEL

@@ -6,6 +6,8 @@
 #include <atomic>
 #include <cstdint>
 
+namespace ZEL {
+
 /// The host's remote switches, asked afresh at every use. The first registration of each kind wins. Any
 /// thread.
 class RemoteSwitches {
@@ -22,5 +24,7 @@ class RemoteSwitches {
     std::atomic<CobaltBoolCallback> bool_callback_{nullptr};
     std::atomic<CobaltIntCallback> int_callback_{nullptr};
 };
+
+}  // namespace ZEL
 
 #endif  // ZEL_SRC_PC_REMOTE_SWITCHES_H_

@@ -14,18 +14,18 @@ namespace {
 
 constexpr uint32_t kFormatI420 = 2;
 constexpr uint64_t kMostBytes = std::numeric_limits<int32_t>::max();
-/// The queued pictures, the one in work and the one being fed.
+/// The queued video frames, the one in work and the one being fed.
 constexpr size_t kPooledBuffers = ZEL::TaskQueue::kSharedBound + 2;
 
-/// Bytes of a block of sound, or more than kMostBytes if it does not fit.
-uint64_t soundBytes(uint64_t samples, int32_t channels) {
+/// Bytes of an audio frame, or more than kMostBytes if it does not fit.
+uint64_t audioBytes(uint64_t samples, int32_t channels) {
     const uint64_t bytes_per_step = static_cast<uint64_t>(channels) * sizeof(int16_t);
     return samples <= kMostBytes ? samples * bytes_per_step : kMostBytes + 1;
 }
 
 }  // namespace
 
-ZELSessionPc::ZELSessionPc(const HostServices& host)
+ZELSessionPc::ZELSessionPc(const ZEL::HostServices& host)
     : host_(host), pool_(std::make_shared<ZEL::FramePool>(kPooledBuffers)) {}
 
 ZELSessionPc::~ZELSessionPc() {
@@ -112,7 +112,7 @@ void ZELSessionPc::stop() {
     ZEL_LOG_PC("ZELSessionPc::stop", 263, "ZELSessionPc stop!!!!\n");
 }
 
-bool ZELSessionPc::feed_video_frame(const VideoInput& input) {
+bool ZELSessionPc::feed_video_frame(const ZEL::VideoInput& input) {
     constexpr const char* kFunction = "ZELSessionPc::feed_video_frame";
     ZEL_LOG_PC(kFunction, 188, "ZELSessionPC feed_video_frame\n");
     if (input.data == nullptr || input.index < 0 || input.width <= 0 || input.height <= 0) {
@@ -136,7 +136,7 @@ bool ZELSessionPc::feed_video_frame(const VideoInput& input) {
     return impl_->feedVideoFrame(std::move(frame), input.index);
 }
 
-bool ZELSessionPc::feed_audio_frame(const AudioInput& input) {
+bool ZELSessionPc::feed_audio_frame(const ZEL::AudioInput& input) {
     constexpr const char* kFunction = "ZELSessionPc::feed_audio_frame";
     if (!host_.switches.readBool("EnableAudioAlgo")) {
         return true;
@@ -150,7 +150,7 @@ bool ZELSessionPc::feed_audio_frame(const AudioInput& input) {
         ZEL_LOG_PC(kFunction, 240, "bytes_per_sample is %d\n", input.bytes_per_sample);
         return false;
     }
-    const uint64_t bytes = soundBytes(input.samples, input.channels);
+    const uint64_t bytes = audioBytes(input.samples, input.channels);
     std::unique_ptr<int16_t[]> copy(bytes <= kMostBytes ? new (std::nothrow) int16_t[bytes / sizeof(int16_t)]
                                                         : nullptr);
     if (copy == nullptr || impl_ == nullptr) {
@@ -201,11 +201,12 @@ void ZELSessionPc::setEventCallback(EventCallback callback) {
 
 void ZELSessionPc::heartBeat() {
     const double now = ZEL::now();
-    const double interval = now - last_heartbeat_time_.exchange(now);
+    ReportMap report{{"zel_time_interval", ZEL::fixedText(now - last_heartbeat_time_, 4)}};
     ReportMap internal_stat;
-    impl_->getHeartbeatInfo(internal_stat);
+    impl_->getHeartbeatInfo(
+        internal_stat);  // the last step that may fail: a period that it closed is reported
+    last_heartbeat_time_ = now;
     ZEL_LOG_PC("heart_beat_callback", 115, "heart_beat_callback internal_stat mid\n");
-    ReportMap report{{"zel_time_interval", ZEL::fixedText(interval, 4)}};
     report.merge(internal_stat);  // a key that is there keeps its value, here and below
     ReportMap extra_fields;
     if (const HeartBeatDetailCallback detail = heart_beat_detail_callback_.load()) {

@@ -14,7 +14,9 @@
 #include "pc/timer_pc.h"
 #include "session/frame_pool.h"
 
-/// One picture as the host hands it over: I420 without gaps.
+namespace ZEL {
+
+/// One video frame as the host hands it over: I420 without gaps.
 struct VideoInput {
     const uint8_t* data;
     int32_t width;
@@ -22,7 +24,7 @@ struct VideoInput {
     int64_t index;
 };
 
-/// One block of sound as the host hands it over; `samples` counts per channel.
+/// One audio frame as the host hands it over; `samples` counts per channel.
 struct AudioInput {
     const uint8_t* data;
     uint64_t samples;
@@ -32,13 +34,15 @@ struct AudioInput {
     int64_t index;
 };
 
+}  // namespace ZEL
+
 /// The desktop's wrapper around a core session: checks and copies what the host feeds, runs the heartbeat.
 /// Held by a shared_ptr. Any thread may call any operation.
 class ZELSessionPc : public ZEL::IZELSessionListener, public std::enable_shared_from_this<ZELSessionPc> {
   public:
     using EventCallback = void (*)(uint32_t code, uint64_t a, uint64_t b, const char* text);
 
-    explicit ZELSessionPc(const HostServices& host);
+    explicit ZELSessionPc(const ZEL::HostServices& host);
     ZELSessionPc(const ZELSessionPc&) = delete;
     ZELSessionPc& operator=(const ZELSessionPc&) = delete;
     /// Ends the core session. A timer that still runs finds the session gone at its next tick.
@@ -50,8 +54,8 @@ class ZELSessionPc : public ZEL::IZELSessionListener, public std::enable_shared_
     /// Always false.
     bool start();
     void stop();
-    bool feed_video_frame(const VideoInput& input);
-    bool feed_audio_frame(const AudioInput& input);
+    bool feed_video_frame(const ZEL::VideoInput& input);
+    bool feed_audio_frame(const ZEL::AudioInput& input);
     /// Always all bits set.
     uint64_t get_session_id() const;
     /// The core session's report over its whole life.
@@ -76,7 +80,7 @@ class ZELSessionPc : public ZEL::IZELSessionListener, public std::enable_shared_
     /// True if there was a timer.
     bool stopTimer();
 
-    const HostServices& host_;
+    const ZEL::HostServices& host_;
     std::shared_ptr<ZEL::ZELSession> impl_;
     const std::shared_ptr<ZEL::FramePool> pool_;
     std::atomic<bool> listeners_registered_{false};

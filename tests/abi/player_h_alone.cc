@@ -79,6 +79,8 @@ void useSession(ZEL::ZELManager& manager) {
     EXPECT(ZEL::getInt(report, "a", 0) == 1);
     EXPECT(ZEL::getDouble(report, "s_mean", 0.0) == 1.0);
 
+    EXPECT(session->getQueueDrops() == ZEL::QueueDrops());
+    EXPECT(ZEL::queueDropsOfSession(session->getSessionId()) == ZEL::QueueDrops());
     session->unregisterMessageListeners();
     session->stop();
     manager.purgeCollectors();

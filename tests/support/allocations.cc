@@ -1,5 +1,6 @@
 #include "support/allocations.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <limits>
 #include <new>
@@ -11,10 +12,13 @@ constexpr size_t kNever = std::numeric_limits<size_t>::max();
 thread_local size_t requests = 0;
 thread_local size_t alive = 0;
 thread_local size_t failing_request = kNever;
+std::atomic<const size_t*> only_with_memory{nullptr};  // the thread whose count of requests this is
 
 void* request(size_t size) noexcept {
     const size_t number = requests++;
-    void* const memory = number == failing_request ? nullptr : std::malloc(size == 0 ? 1 : size);
+    const size_t* const only = only_with_memory.load();
+    const bool refused = number == failing_request || (only != nullptr && only != &requests);
+    void* const memory = refused ? nullptr : std::malloc(size == 0 ? 1 : size);
     alive += memory != nullptr ? 1 : 0;
     return memory;
 }
@@ -76,6 +80,13 @@ FailingNew::~FailingNew() {
 }
 bool FailingNew::happened() const {
     return requests > failing_request;
+}
+
+NoMemoryElsewhere::NoMemoryElsewhere() {
+    only_with_memory = &requests;
+}
+NoMemoryElsewhere::~NoMemoryElsewhere() {
+    only_with_memory = nullptr;
 }
 
 }  // namespace support

@@ -23,6 +23,28 @@ class FailingNew {
     bool happened() const;
 };
 
+/// While it lives, every request of every thread but its maker's fails. One at a time.
+class NoMemoryElsewhere {
+  public:
+    NoMemoryElsewhere();
+    ~NoMemoryElsewhere();
+    NoMemoryElsewhere(const NoMemoryElsewhere&) = delete;
+    NoMemoryElsewhere& operator=(const NoMemoryElsewhere&) = delete;
+};
+
+/// Calls `use` with its first request for memory failing, then its second, and so on until none fails; what
+/// it throws is the caller's to catch.
+template <typename Use>
+void withEachAllocationFailing(Use use) {
+    for (size_t nth = 0;; ++nth) {
+        const FailingNew fail(nth);
+        use();
+        if (!fail.happened()) {
+            return;
+        }
+    }
+}
+
 }  // namespace support
 
 #endif  // ZEL_TESTS_SUPPORT_ALLOCATIONS_H_
