@@ -91,7 +91,7 @@ void PageRecord::onEvent(const ZEL::Event& event) {
     if (after == pictures.begin() || !wantsThumbnails()) {
         return;
     }
-    if (const FrameHandle& first = (*--after)->small) {
+    if (const SmallFrame& first = (*--after)->small) {
         thumbnails_.push_back({event.kind, event.span.start_s, jpegAddress(*first)});
     }
 }
@@ -99,7 +99,7 @@ void PageRecord::onEvent(const ZEL::Event& event) {
 std::shared_ptr<const PageRecord::Snapshot> PageRecord::snapshot() {
     if (current_small_ == nullptr) {
         current_small_ =
-            std::make_shared<const Snapshot>(Snapshot{current_s_, thumbnailer_.shrink(*current_)});
+            std::make_shared<const Snapshot>(Snapshot{current_s_, thumbnailer_.shrink(current_->planes)});
     }
     return current_small_;
 }

@@ -36,7 +36,7 @@ class PageRecord {
   private:
     struct Snapshot {
         double time_s;
-        FrameHandle small;
+        SmallFrame small;
     };
     using Snapshots = std::deque<std::shared_ptr<const Snapshot>>;  // in the order of time
     struct Run {

@@ -3,8 +3,6 @@
 #include <zel/base/log.h>
 
 #include <CLI/App.hpp>
-#include <CLI/Config.hpp>
-#include <CLI/Formatter.hpp>
 #include <atomic>
 #include <exception>
 #include <filesystem>
@@ -16,6 +14,7 @@ extern "C" {
 #include <libavutil/log.h>
 }
 
+#include "cli/exit_status.h"
 #include "cli/standard_streams.h"
 #include "cli/stop_signal.h"
 #include "scan/scan_input.h"
@@ -119,13 +118,10 @@ Result test(const Case& tested, const ClipFolder& folder, const std::atomic<bool
 
 }  // namespace
 
-CLI::App* addSelftestCommand(CLI::App& app, SelftestOptions& options) {
-    CLI::App* const command =
-        app.add_subcommand("selftest", "Measure how right the detectors are on clips made with ffmpeg");
-    command->add_option("--only", options.only, "Only the cases whose name contains this")->type_name("TEXT");
-    command->add_option("--keep", options.keep, "Keep the clips in this folder")->type_name("FOLDER");
-    command->add_flag("-q,--quiet", options.quiet, "No progress on standard error");
-    return command;
+void addSelftestOptions(CLI::App& command, SelftestOptions& options) {
+    command.add_option("--only", options.only, "Only the cases whose name contains this")->type_name("TEXT");
+    command.add_option("--keep", options.keep, "Keep the clips in this folder")->type_name("FOLDER");
+    command.add_flag("-q,--quiet", options.quiet, "No progress on standard error");
 }
 
 int runSelftest(const SelftestOptions& options) {
@@ -149,16 +145,16 @@ int runSelftest(const SelftestOptions& options) {
         }
         if (results.empty()) {
             complain(fmt::format("no case has '{}' in its name", options.only));
-            return kUsage;
+            return kExitUsage;
         }
         const auto threshold = scoreBlockiness(results);
         writeOutput(resultText(results, threshold));
-        return kClean;
+        return kExitDone;
     } catch (const OutputError&) {
         throw;
     } catch (const std::exception& error) {
         complain(fmt::format("selftest: {}", stop ? kStopped : error.what()));
-        return kNotAnalysed;
+        return kExitFailed;
     }
 }
 

@@ -15,8 +15,8 @@ struct SelftestOptions {
     bool quiet = false;
 };
 
-/// Adds the command "selftest" to `app`; `options` outlives the parsing.
-CLI::App* addSelftestCommand(CLI::App& app, SelftestOptions& options);
+/// Adds the options to a command; `options` outlives the parsing.
+void addSelftestOptions(CLI::App& command, SelftestOptions& options);
 
 /// Makes the corpus, scans it, prints how right the detectors are and gives the program's exit status.
 int runSelftest(const SelftestOptions& options);

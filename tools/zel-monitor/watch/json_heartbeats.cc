@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "cli/time_text.h"
-#include "watch/report_writer.h"
+#include "watch/formats.h"
 
 namespace zel_monitor {
 namespace {
@@ -43,15 +43,16 @@ Json objectFor(std::string_view name, const ReportEvent& event) {
         object["shown"] = event.caption;
     }
     addFields(event.report, object);
+    if (event.drops) {
+        object["dropped_video_frames"] = event.drops->video;
+        object["dropped_audio_frames"] = event.drops->audio;
+    }
     return object;
 }
 
-class JsonWriter : public ReportWriter {
+class JsonHeartbeats : public HeartbeatWriter {
   public:
-    explicit JsonWriter(Console& console) : console_(console) {}
-
-    void begin(const MediaFacts& /*facts*/) override {}
-    void caption(double /*position*/, const std::string& /*text*/) override {}
+    explicit JsonHeartbeats(Console& console) : console_(console) {}
 
     void heartbeat(const ReportEvent& event) override { write(objectFor("heartbeat", event)); }
 
@@ -75,8 +76,8 @@ class JsonWriter : public ReportWriter {
 
 }  // namespace
 
-std::unique_ptr<ReportWriter> makeJsonWriter(Console& console) {
-    return std::make_unique<JsonWriter>(console);
+std::unique_ptr<HeartbeatWriter> makeHeartbeatJson(Console& console) {
+    return std::make_unique<JsonHeartbeats>(console);
 }
 
 }  // namespace zel_monitor

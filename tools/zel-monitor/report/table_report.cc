@@ -4,13 +4,14 @@
 
 #include "cli/file_names.h"
 #include "cli/time_text.h"
-#include "report/writers.h"
+#include "report/container_name.h"
+#include "report/formats.h"
 
 namespace zel_monitor {
 namespace {
 
 std::string streamText(const InputReport& report) {
-    std::string text = report.facts.container;
+    std::string text = containerName(report.facts.container);
     if (const auto& video = report.facts.video) {
         text += fmt::format(", {} {}x{}", video->codec, video->width, video->height);
         if (video->frame_rate > 0.0) {
@@ -45,36 +46,6 @@ void appendEvents(std::string& text, const std::vector<ZEL::Event>& events) {
     }
 }
 
-}  // namespace
-
-std::string verdictText(const InputReport& report, const Policy& policy) {
-    const auto faults = violations(report, policy);
-    switch (verdictOn(report, policy)) {
-        case Verdict::kPass:
-            return "PASS";
-        case Verdict::kFail:
-            return fmt::format("FAIL: {}", fmt::join(faults, "; "));
-        case Verdict::kIncomplete:
-            return fmt::format("INCOMPLETE, no pass: {}{}{}", *report.problem, faults.empty() ? "" : "; ",
-                               fmt::join(faults, "; "));
-        case Verdict::kNone:
-            break;
-    }
-    return "";
-}
-
-std::string detectorTable() {
-    std::string text =
-        fmt::format("{:<13}{:<11}{:>6}{:>8}  {}\n", "kind", "from", "min s", "gap s", "what it means");
-    for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
-        text += fmt::format("{:<13}{:<11}{:>6.1f}{:>8.1f}  {}\n", info.name, nameOf(info.source),
-                            info.rule.min_s, info.rule.gap_s, info.meaning);
-    }
-    return text +
-           "\nmin: how long the fault must last to be an event; set it with --min KIND=TIME.\n"
-           "gap: how long without the fault ends the event; set it with --gap KIND=TIME.\n";
-}
-
 std::string inputTable(const InputReport& report, const Policy& policy) {
     std::string text = printable(report.facts.input) + "\n";
     if (!report.facts.container.empty()) {
@@ -102,7 +73,7 @@ std::string totalTable(const std::vector<InputReport>& reports, const Policy& po
     size_t incomplete = 0;
     size_t failed = 0;
     for (const InputReport& report : reports) {
-        length_s += wholeLength(report);
+        length_s += report.length_s;
         incomplete += report.problem ? size_t{1} : size_t{0};
         failed += verdictOn(report, policy) == Verdict::kFail ? size_t{1} : size_t{0};
         const ZEL::PerEventKind<Totals> totals = totalsOf(report);
@@ -112,22 +83,46 @@ std::string totalTable(const std::vector<InputReport>& reports, const Policy& po
             all[i].longest_s = std::max(all[i].longest_s, totals[i].longest_s);
         }
     }
-    std::string text = fmt::format("{} inputs, {}: {} not analysed to the end", reports.size(),
+    std::string text = fmt::format("{} inputs, {} analysed: {} not analysed to the end", reports.size(),
                                    clockText(length_s), incomplete);
     if (!isEmpty(policy)) {
         text += fmt::format(", {} failed, {} passed", failed, reports.size() - incomplete - failed);
     }
-    text +=
-        fmt::format("\n  {:<13}{:>7}{:>12}{:>8}{:>12}\n", "kind", "events", "total s", "share", "longest s");
+    text += '\n';
+    if (std::any_of(all.begin(), all.end(), [](const Totals& mine) { return mine.events > 0; })) {
+        text += fmt::format("  {:<13}{:>7}{:>12}{:>8}{:>12}\n", "kind", "events", "total s", "share",
+                            "longest s");
+    }
     for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
         const Totals& mine = all[indexOf(info.kind)];
         if (mine.events > 0) {
-            text += fmt::format("  {:<13}{:>7}{:>12.3f}{:>7.1f}%{:>12.3f}\n", info.name, mine.events,
-                                mine.total_s, length_s > 0.0 ? 100.0 * mine.total_s / length_s : 0.0,
-                                mine.longest_s);
+            text += fmt::format(
+                "  {:<13}{:>7}{:>12.3f}{:>7.1f}%{:>12.3f}\n", info.name, mine.events, mine.total_s,
+                length_s > 0.0 ? std::min(100.0 * mine.total_s / length_s, 100.0) : 0.0, mine.longest_s);
         }
     }
     return text;
+}
+
+class TableReport : public ReportWriter {
+  public:
+    explicit TableReport(const ScanSettings& settings) : policy_(settings.policy) {}
+
+    std::string inputFinished(const InputReport& report, const PageRecord* /*record*/) override {
+        return inputTable(report, policy_);
+    }
+    std::string end(const std::vector<InputReport>& reports, int /*status*/) override {
+        return reports.size() > 1 ? totalTable(reports, policy_) : "";
+    }
+
+  private:
+    const Policy& policy_;
+};
+
+}  // namespace
+
+std::unique_ptr<ReportWriter> makeTableReport(const ScanSettings& settings) {
+    return std::make_unique<TableReport>(settings);
 }
 
 }  // namespace zel_monitor

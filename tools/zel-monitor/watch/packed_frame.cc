@@ -1,4 +1,4 @@
-#include "watch/packed_picture.h"
+#include "watch/packed_frame.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,17 +1,14 @@
-#include <zel/events/analyser.h>
+#include "report/report_json.h"
 
 #include <algorithm>
 #include <cmath>
 
 #include "cli/time_text.h"
-#include "report/writers.h"
 
 namespace zel_monitor {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-constexpr int kFormatVersion = 1;
 
 /// To the microsecond; null for what is not finite.
 Json number(double value) {
@@ -22,23 +19,17 @@ Json number(const std::optional<double>& value) {
     return value ? number(*value) : Json(nullptr);
 }
 
-Json eventJson(const ZEL::Event& event) {
-    return {{"kind", infoOf(event.kind).name},   {"start_s", number(event.span.start_s)},
-            {"end_s", number(event.span.end_s)}, {"duration_s", number(event.span.length())},
-            {"share", number(event.share)},      {"open_at_end", event.open_at_end}};
-}
-
-Json settingsJson(const ScanOptions& options) {
+Json settingsJson(const ScanSettings& settings) {
     Json rules = Json::object();
     Json policy = Json::object();
     for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
-        const ZEL::EventRule& rule = options.rules[indexOf(info.kind)];
+        const ZEL::EventRule& rule = settings.rules[indexOf(info.kind)];
         rules[std::string(info.name)] = {{"min_s", number(rule.min_s)}, {"gap_s", number(rule.gap_s)}};
-        if (const auto& limit = options.policy[indexOf(info.kind)]) {
+        if (const auto& limit = settings.policy[indexOf(info.kind)]) {
             policy[std::string(info.name)] = number(*limit);
         }
     }
-    const ZELAlgo::ZELAlgoConfig config = ZEL::EventAnalyser::detectorConfig();
+    const ZELAlgo::ZELAlgoConfig& config = settings.detectors;
     return {{"rules", std::move(rules)},
             {"fail_on", std::move(policy)},
             {"detectors",
@@ -50,8 +41,8 @@ Json settingsJson(const ScanOptions& options) {
               {"low_voice_level", number(config.low_voice_level)},
               {"high_voice_level", number(config.high_voice_level)},
               {"novoice_scale", number(config.novoice_scale)},
-              {"silence_period_s", number(ZEL::EventAnalyser::kSilencePeriodS)},
-              {"voice_period_s", number(ZEL::EventAnalyser::kVoicePeriodS)}}}};
+              {"silence_period_s", number(settings.silence_period_s)},
+              {"voice_period_s", number(settings.voice_period_s)}}}};
 }
 
 Json streamJson(const InputReport& report) {
@@ -63,14 +54,14 @@ Json streamJson(const InputReport& report) {
                  {"width", facts.video->width},
                  {"height", facts.video->height},
                  {"frame_rate", facts.video->frame_rate > 0.0 ? number(facts.video->frame_rate) : nullptr},
-                 {"pictures", report.counts.pictures}};
+                 {"frames", report.counts.pictures}};
     }
     Json audio = nullptr;
     if (facts.audio) {
         audio = {{"codec", facts.audio->codec},
                  {"sample_rate", facts.audio->sample_rate},
                  {"channels", facts.audio->channels},
-                 {"blocks", report.counts.sounds}};
+                 {"frames", report.counts.sounds}};
     }
     return {{"container", facts.container.empty() ? Json(nullptr) : Json(facts.container)},
             {"declared_duration_s", number(facts.duration)},
@@ -98,46 +89,49 @@ Json totalsJson(const InputReport& report) {
 Json inputJson(const InputReport& report, const Policy& policy) {
     Json events = Json::array();
     std::transform(report.events.begin(), report.events.end(), std::back_inserter(events), eventJson);
-    const Verdict verdict = verdictOn(report, policy);
     return {{"input", report.facts.input},
             {"complete", !report.problem},
-            {"problem", report.problem ? Json(*report.problem) : Json(nullptr)},
-            {"verdict", verdict == Verdict::kNone ? Json(nullptr) : Json(nameOf(verdict))},
+            {"problem", problemJson(report)},
+            {"verdict", verdictJson(report, policy)},
             {"violations", violations(report, policy)},
             {"stream", streamJson(report)},
             {"totals", totalsJson(report)},
             {"events", std::move(events)}};
 }
 
-/// File names are bytes; what is not UTF-8 in them becomes a replacement character.
-std::string textOf(const Json& json, int indent) {
-    return json.dump(indent, ' ', false, Json::error_handler_t::replace) + "\n";
-}
-
 }  // namespace
 
-nlohmann::ordered_json reportJson(const std::vector<InputReport>& reports, const ScanOptions& options,
+nlohmann::ordered_json reportJson(const std::vector<InputReport>& reports, const ScanSettings& settings,
                                   int status) {
     Json inputs = Json::array();
     for (const InputReport& report : reports) {
-        inputs.push_back(inputJson(report, options.policy));
+        inputs.push_back(inputJson(report, settings.policy));
     }
     return {{"format", "zel-scan-report"},
-            {"version", kFormatVersion},
+            {"version", kReportVersion},
             {"tool", {{"name", "zel-monitor"}, {"version", ZEL_VERSION}}},
-            {"settings", settingsJson(options)},
+            {"settings", settingsJson(settings)},
             {"exit_status", status},
             {"inputs", std::move(inputs)}};
 }
 
-std::string jsonText(const nlohmann::ordered_json& json) {
-    return textOf(json, 2);
+Json eventJson(const ZEL::Event& event) {
+    return {{"kind", infoOf(event.kind).name},   {"start_s", number(event.span.start_s)},
+            {"end_s", number(event.span.end_s)}, {"duration_s", number(event.span.length())},
+            {"share", number(event.share)},      {"open_at_end", event.open_at_end}};
 }
 
-std::string eventLine(const std::string& input, const ZEL::Event& event) {
-    Json line = {{"input", input}};
-    line.update(eventJson(event));
-    return textOf(line, -1);
+Json verdictJson(const InputReport& report, const Policy& policy) {
+    const Verdict verdict = verdictOn(report, policy);
+    return verdict == Verdict::kNone ? Json(nullptr) : Json(nameOf(verdict));
+}
+
+Json problemJson(const InputReport& report) {
+    return report.problem ? Json(*report.problem) : Json(nullptr);
+}
+
+std::string jsonText(const Json& json, bool indented) {
+    return json.dump(indented ? 2 : -1, ' ', false, Json::error_handler_t::replace) + "\n";
 }
 
 }  // namespace zel_monitor
