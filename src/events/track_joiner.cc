@@ -139,8 +139,8 @@ bool TrackJoiner::isGap(TimeSpan span) const {
     return span.length() > kStampGrainS && span.length() + kSlackS >= stall_s_;
 }
 
-/// Whether `frames` frames are all that is to be expected of the video: a single picture that goes with audio,
-/// and is said to be all there is, is its cover.
+/// Whether `frames` frames are all that is to be expected of the video: a single picture that goes with
+/// audio, and is said to be all there is, is its cover.
 bool TrackJoiner::isCover(uint64_t frames) const {
     return tracks_.still && frames == 1;
 }

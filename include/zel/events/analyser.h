@@ -58,9 +58,9 @@ class EventAnalyser {
     EventAnalyser(const EventAnalyser&) = delete;
     EventAnalyser& operator=(const EventAnalyser&) = delete;
 
-    /// Takes the next video frame, whose timestamp is `time_s` and which is to be shown for `duration_s`, both
-    /// in seconds; a duration that is not positive stands for none, and 1/25 is taken. Timestamps may jump,
-    /// see StreamClock, but those of few bits are to be unwrapped. `frame` is borrowed for the call.
+    /// Takes the next video frame, whose timestamp is `time_s` and which is to be shown for `duration_s`,
+    /// both in seconds; a duration that is not positive stands for none, and 1/25 is taken. Timestamps may
+    /// jump, see StreamClock, but those of few bits are to be unwrapped. `frame` is borrowed for the call.
     ///
     /// False, and nothing is taken, for what AlgoFacade::detectPlanes() refuses (a null plane, an odd size, a
     /// stride that is too small, 2^31 bytes or more, no memory), for a time that is not finite, and after the

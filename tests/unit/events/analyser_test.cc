@@ -48,7 +48,8 @@ TEST(EventAnalyser, RefusesWhatIsMalformedAndGoesOn) {
     EXPECT_FALSE(feeding.analyser.feedAudio({8000, 160, 0, samples.data()}, 0.0));
     EXPECT_FALSE(feeding.analyser.feedAudio({8000, 160, 1, nullptr}, 0.0));
     EXPECT_FALSE(feeding.analyser.feedAudio(sound, -kInfinity));
-    EXPECT_TRUE(feeding.analyser.feedAudio({8000, 0, 1, samples.data()}, 0.0)) << "there is just nothing in it";
+    EXPECT_TRUE(feeding.analyser.feedAudio({8000, 0, 1, samples.data()}, 0.0))
+        << "there is just nothing in it";
 
     for (const double duration_s : {0.04, 0.0, -1.0, kNaN, kInfinity}) {
         EXPECT_TRUE(feeding.analyser.feedVideo(good, 0.04 * static_cast<double>(feeding.heard.frames.size()),

@@ -17,9 +17,9 @@ TEST(Stalls, GrowingGapsInAFilmAreAllStalls) {
     film.film(6.8, 8.0);
     film.film(10.8, 12.0);
     film.film(15.6, 17.0);
-    EXPECT_THAT(film.stalls(), ElementsAre(isEvent(EventKind::kStall, 5.02, 6.8),
-                                                    isEvent(EventKind::kStall, 8.0, 10.8),
-                                                    isEvent(EventKind::kStall, 12.0, 15.6)));
+    EXPECT_THAT(film.stalls(),
+                ElementsAre(isEvent(EventKind::kStall, 5.02, 6.8), isEvent(EventKind::kStall, 8.0, 10.8),
+                            isEvent(EventKind::kStall, 12.0, 15.6)));
 }
 
 TEST(Stalls, GapThatTheContainerStatesAsALongFrameIsAStall) {
