@@ -190,8 +190,8 @@ TEST_F(ExportsCallbacks, WhatACallbackThrowsGoesNoFurther) {
     EXPECT_EQ(host_.events().at(3).fields.at("added"), "before");
     release_handle(handle);
     for (const char* callback : {"boolean switch", "integer switch", "upload"}) {
-        EXPECT_GT(
-            log.count(std::string("ZEL: WARN: the ") + callback + " callback threw: the host cannot\n"), 0U);
+        EXPECT_GT(log.count(std::string("ZEL: WARN: the ") + callback + " callback threw: the host cannot\n"),
+                  0U);
     }
     EXPECT_EQ(log.count("ZEL: WARN: the timer switch callback threw\n"), 1U);
     EXPECT_EQ(log.count("ZEL: WARN: the heartbeat callback threw\n"), 1U);
