@@ -86,8 +86,8 @@ LogOutput LogOutput::chosenBy(const char* choice) {
         return toDescriptor(file);
     }
     std::array<char, 512> complaint{};
-    std::snprintf(complaint.data(), complaint.size(), "ZEL: WARN: cannot write the log to %.400s: %s\n", choice,
-                  strerrordesc_np(errno));
+    std::snprintf(complaint.data(), complaint.size(), "ZEL: WARN: cannot write the log to %.400s: %s\n",
+                  choice, strerrordesc_np(errno));
     standard.write(complaint.data());
     return standard;
 }
@@ -129,8 +129,9 @@ void LogOutput::writeTo(int descriptor, std::string_view line) {
     std::array<char, 64> notice{};
     int notice_bytes = 0;
     if (dropped_ > 0) {
-        notice_bytes = std::snprintf(notice.data(), notice.size(), "%sZEL: WARN: %llu log lines were dropped\n",
-                                     line_broken_ ? "\n" : "", static_cast<unsigned long long>(dropped_));
+        notice_bytes =
+            std::snprintf(notice.data(), notice.size(), "%sZEL: WARN: %llu log lines were dropped\n",
+                          line_broken_ ? "\n" : "", static_cast<unsigned long long>(dropped_));
     }
     const std::string_view before(notice.data(), static_cast<size_t>(notice_bytes));
     const std::array<iovec, 2> pieces{pieceOf(before), pieceOf(line)};

@@ -1,7 +1,9 @@
 #include "base/started_thread.h"
 
 #include <condition_variable>
+#include <csignal>
 #include <mutex>
+#include <pthread.h>
 #include <utility>
 
 namespace ZEL {
@@ -26,9 +28,30 @@ class Signal {
     bool given_ = false;
 };
 
+/// Threads started while it lives leave the process's signals to the host's own threads. What a thread
+/// raises by its own doing still reaches it.
+class AsynchronousSignalsBlocked {
+  public:
+    AsynchronousSignalsBlocked() {
+        sigset_t all;
+        sigfillset(&all);
+        for (const int own : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGABRT, SIGSYS}) {
+            sigdelset(&all, own);
+        }
+        pthread_sigmask(SIG_BLOCK, &all, &before_);
+    }
+    ~AsynchronousSignalsBlocked() { pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+    AsynchronousSignalsBlocked(const AsynchronousSignalsBlocked&) = delete;
+    AsynchronousSignalsBlocked& operator=(const AsynchronousSignalsBlocked&) = delete;
+
+  private:
+    sigset_t before_{};
+};
+
 }  // namespace
 
 std::thread startThread(const std::function<ThreadName()>& name_of, std::function<void()> body) {
+    const AsynchronousSignalsBlocked blocked;  // a thread begins with the mask of its maker
     Signal named;
     // `name_of` and `named` are used before the signal is given, that is while this function still waits.
     std::thread thread([&name_of, &named, body = std::move(body)] {

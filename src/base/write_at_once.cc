@@ -35,9 +35,8 @@ ssize_t writeReopened(int descriptor, std::span<const iovec> pieces) {
         return written;
     }
     // The system keeps us from opening it, as for a pipe that belongs to another user.
-    const size_t bytes =
-        std::accumulate(pieces.begin(), pieces.end(), size_t{0},
-                        [](size_t sum, const iovec& piece) { return sum + piece.iov_len; });
+    const size_t bytes = std::accumulate(pieces.begin(), pieces.end(), size_t{0},
+                                         [](size_t sum, const iovec& piece) { return sum + piece.iov_len; });
     return bytes <= PIPE_BUF && hasRoom(descriptor) ? writev(descriptor, pieces.data(), pieceCount(pieces))
                                                     : -1;
 }

@@ -15,9 +15,9 @@ class RemoteSwitches {
     void registerBool(CobaltBoolCallback callback);
     void registerInt(CobaltIntCallback callback);
 
-    /// False while nobody is registered.
+    /// False while nobody is registered, and if the answer is an exception.
     bool readBool(const char* key) const;
-    /// -1 while nobody is registered.
+    /// -1 while nobody is registered, and if the answer is an exception.
     int32_t readInt(const char* key) const;
 
   private:

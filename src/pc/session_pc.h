@@ -8,8 +8,10 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <sys/types.h>
 
 #include "base/mutex.h"
+#include "base/turn.h"
 #include "pc/host_services.h"
 #include "pc/timer_pc.h"
 #include "session/frame_pool.h"
@@ -69,18 +71,51 @@ class ZELSessionPc : public ZEL::IZELSessionListener, public std::enable_shared_
     /// Who hears about the core session's events, if it is made the core's listener; an extension point.
     void setEventCallback(EventCallback callback);
 
-    /// One heartbeat: the core's report and the host's own fields go to the host's upload.
+    /// One heartbeat: the core's report and the host's own fields go to the host's upload. One at a time.
     void heartBeat();
+
+    /// What calls the host for this stream beside feeds and starts takes this turn: heartbeats and stops. So
+    /// nobody is called after a stop, and numbers go up in what is uploaded.
+    ZEL::Turn& turn() { return heartbeats_->turn; }
+
+    /// The host gives up its handle: waits for a heartbeat on another thread, and there will be no more. Not
+    /// to be called by somebody whom that heartbeat waits for.
+    void retire();
+
+    /// False in a child of the process that made the session: the threads that serve it are not there.
+    bool isInItsProcess() const;
 
     void onSessionEvent(uint32_t code, uint64_t a, uint64_t b, std::string text) override;
 
   private:
+    /// A heartbeat that is on its way to the host.
+    struct Heartbeat {
+        ReportMap report;
+        ReportMap extra_fields;
+        bool sent = false;
+    };
+
+    /// Outlives the session: a timer that nobody has stopped goes on.
+    struct Heartbeats {
+        ZEL::Turn turn;
+        std::atomic<bool> retired{false};
+    };
+
     bool heartbeatAllowed() const;
     void startTimer();
     /// True if there was a timer.
     bool stopTimer();
+    void stopCore();
+    void askForExtraFields(Heartbeat& heartbeat);
+    void send(ReportMap report, ReportMap extra_fields) const;
+    /// Sends the heartbeat that called the host, who has come back here meanwhile: it must not come after
+    /// what is sent now.
+    void sendInterrupted();
 
+    const pid_t process_;
     const ZEL::HostServices& host_;
+    const std::shared_ptr<Heartbeats> heartbeats_ = std::make_shared<Heartbeats>();
+    Heartbeat* asking_ = nullptr;  ///< the heartbeat whose callback runs; whoever has the turn
     std::shared_ptr<ZEL::ZELSession> impl_;
     const std::shared_ptr<ZEL::FramePool> pool_;
     std::atomic<bool> listeners_registered_{false};

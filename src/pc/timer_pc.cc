@@ -31,6 +31,11 @@ void ZELPCTimer::RunningFlag::clear() {
     cleared_.notify_all();
 }
 
+bool ZELPCTimer::RunningFlag::isSet() const {
+    const ZEL::MutexLock lock(mutex_);
+    return set_;
+}
+
 bool ZELPCTimer::RunningFlag::holdsFor(int32_t seconds) const {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
     const ZEL::MutexLock lock(mutex_);

@@ -41,7 +41,8 @@ class IZELSessionListener {
 };
 
 /// Monitors one stream: queues what it is fed, runs the detectors on a worker thread of its own, counts what
-/// they find and reports it. Held by a shared_ptr. Any thread may call any operation.
+/// they find and reports it. Held by a shared_ptr. Any thread may call any operation, but a child of fork()
+/// may not touch the sessions of its parent, not even to destroy them: their workers are not there.
 class ZELSession : public CObject {
   public:
     /// `center` takes the frame results if they are published; the session does not keep it alive.

@@ -7,10 +7,10 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <pthread.h>
+#include <string>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
 #include <unistd.h>
-#include <string>
 
 #include <gtest/gtest.h>
 

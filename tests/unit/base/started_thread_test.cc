@@ -2,6 +2,7 @@
 
 #include <array>
 #include <atomic>
+#include <csignal>
 #include <pthread.h>
 #include <system_error>
 
@@ -29,6 +30,23 @@ TEST(StartThread, ReturnsWhenTheThreadHasItsNameAndRunsTheBody) {
     looked_at.notify_one();
     thread.join();
     EXPECT_TRUE(ran);
+}
+
+TEST(StartThread, LeavesTheProcessesSignalsToItsMaker) {
+    sigset_t makers;
+    pthread_sigmask(SIG_SETMASK, nullptr, &makers);
+    sigset_t threads;
+    ZEL::startThread([] { return ZEL::ThreadName("signals"); },
+                     [&] { pthread_sigmask(SIG_SETMASK, nullptr, &threads); })
+        .join();
+    for (const int signal :
+         {SIGINT, SIGTERM, SIGHUP, SIGPIPE, SIGALRM, SIGCHLD, SIGUSR1, SIGPROF, SIGRTMIN}) {
+        EXPECT_EQ(sigismember(&threads, signal), 1) << signal;
+    }
+    EXPECT_EQ(sigismember(&threads, SIGSEGV) + sigismember(&threads, SIGABRT), 0);
+    sigset_t after;
+    pthread_sigmask(SIG_SETMASK, nullptr, &after);
+    EXPECT_EQ(sigismember(&after, SIGTERM), sigismember(&makers, SIGTERM));
 }
 
 TEST(StartThread, ThrowsWhenThereIsNoThreadWhateverMemoryThereIs) {

@@ -209,15 +209,16 @@ void awaitStop(MessageCenter& center) {
 
 TEST_F(MessageCenterTest, StopWaitsForTheCallbackAndDropsTheRest) {
     const support::LogCapture log;
-    std::promise<void> entered;
+    support::Count entered;
     center.registerListener("a", owner, [&](const auto& received) {
-        entered.set_value();
+        center.receiveNoLock(message("a"));  // would be next
+        entered.add();
         awaitStop(center);
         heard.push_back(received->name());
     });
     const auto left = message("a");
     center.publish(message("a"));
-    entered.get_future().wait();
+    ASSERT_TRUE(entered.waitFor(1));
     center.stop();
     center.publish(left);
     center.receiveNoLock(left);

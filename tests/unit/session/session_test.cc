@@ -3,7 +3,10 @@
 
 #include <atomic>
 #include <cfenv>
+#include <mutex>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -219,6 +222,33 @@ TEST_F(Session, SumsTheTimeOfIntakePerKind) {
     EXPECT_EQ(report.at("zel_vframes_time"), "0.750000");
     EXPECT_EQ(report.at("zel_aframes_time"), "0.250000");
     EXPECT_EQ(session_->getAccumulativeInfo().at("zel_vframes_time"), "0.750000");
+}
+
+TEST_F(Session, TakesFramesInOneAtATime) {
+    // A feed asks the clock before and after it queues its frame.
+    static std::mutex mutex;
+    static std::vector<std::thread::id> asked;
+    asked.clear();
+    ZEL::setClockForTesting([] {
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            asked.push_back(std::this_thread::get_id());
+        }
+        std::this_thread::yield();
+        return 0.0;
+    });
+    std::vector<std::thread> hosts;
+    for (int i = 0; i < 2; ++i) {
+        hosts.emplace_back([this] { feed(2000, kMidGrey); });
+    }
+    for (std::thread& host : hosts) {
+        host.join();
+    }
+    ZEL::setClockForTesting(nullptr);
+    ASSERT_EQ(asked.size(), 2U * 2U * 2000U);
+    for (size_t i = 0; i < asked.size(); i += 2) {
+        ASSERT_EQ(asked[i], asked[i + 1]) << i;
+    }
 }
 
 TEST_F(Session, TellsWhoeverKeepsTrackThatItEnds) {
