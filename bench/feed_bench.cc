@@ -1,12 +1,14 @@
 // What the library costs the thread that feeds it, beside a bare copy of the same frame in the same run,
 // and what else a host pays for: start and stop, heartbeats, the wake-up of the worker.
 //
-// Log lines go to a file, as a host would keep them.
+// Log lines go to a file, as a host would keep them, but for the two cases that compare a standard output
+// that nobody reads with no log at all.
 #include <zel/base/log.h>
 #include <zel/session/session.h>
 #include <zel/zel.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -14,6 +16,7 @@
 #include <memory>
 #include <sys/resource.h>
 #include <thread>
+#include <unistd.h>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -82,6 +85,38 @@ void feedCall(benchmark::State& state) {
     release_handle(handle);
 }
 
+void feedWhileLogging(benchmark::State& state) {
+    const Frame frame = frameOf(state);
+    ZELHandle* const handle = init_handle();
+    for (auto _ : state) {
+        feed_video_frame(handle, frame.bytes.data(), frame.width, frame.height, 0);
+    }
+    release_handle(handle);
+}
+
+void feedLogOff(benchmark::State& state) {
+    ZEL::setLogSink([](const char*, size_t, void*) {}, nullptr);
+    feedWhileLogging(state);
+}
+
+/// Standard output is a pipe that is full within the first frames and stays so.
+void feedLogUnread(benchmark::State& state) {
+    ZEL::setLogSink(nullptr, nullptr);
+    std::fflush(stdout);
+    std::array<int, 2> ends{};
+    if (pipe(ends.data()) != 0) {
+        state.SkipWithError("no pipe");
+        return;
+    }
+    const int kept = dup(STDOUT_FILENO);
+    dup2(ends[1], STDOUT_FILENO);
+    feedWhileLogging(state);
+    dup2(kept, STDOUT_FILENO);
+    close(kept);
+    close(ends[0]);
+    close(ends[1]);
+}
+
 /// One 10 ms packet at 48 kHz, mono, to a started session whose worker sleeps and must be woken.
 void feedPacket(benchmark::State& state) {
     logToFile();
@@ -126,9 +161,8 @@ void heartbeatAssembly(benchmark::State& state) {
         events.gauges[name] = 1;
     }
     for (auto _ : state) {
-        ReportMap fields;
-        report.write(fields, 1, {}, events);
-        benchmark::DoNotOptimize(fields);
+        benchmark::DoNotOptimize(report.fields(1, {}, events));
+        report.closePeriod(events);
     }
 }
 
@@ -158,6 +192,8 @@ void wakeUp(benchmark::State& state) {
 
 BENCHMARK(bareCopy)->Arg(720)->Arg(1080)->Arg(2160);
 BENCHMARK(feedCall)->Arg(720)->Arg(1080)->Arg(2160);
+BENCHMARK(feedLogOff)->Arg(180)->Arg(360)->Arg(1080);
+BENCHMARK(feedLogUnread)->Arg(180)->Arg(360)->Arg(1080);
 BENCHMARK(feedPacket)->UseManualTime()->Iterations(2000);
 BENCHMARK(startAndStop);
 BENCHMARK(heartbeatAssembly);

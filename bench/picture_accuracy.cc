@@ -25,10 +25,10 @@ int main(int argc, char** argv) {
         for (const support::RenderedPicture& picture : pictures) {
             ZELAlgo::ZELVideoResult result{};
             facade.detectVideo({picture.width, picture.height, 0, picture.bytes.data()}, result);
-            black += result.screen_type == 1 ? 1 : 0;
-            green += result.screen_type == 2 ? 1 : 0;
-            under += result.exposure_type == 1 ? 1 : 0;
-            over += result.exposure_type == 2 ? 1 : 0;
+            black += result.screen_type == ZELAlgo::kScreenBlack ? 1 : 0;
+            green += result.screen_type == ZELAlgo::kScreenGreen ? 1 : 0;
+            under += result.exposure_type == ZELAlgo::kExposureUnder ? 1 : 0;
+            over += result.exposure_type == ZELAlgo::kExposureOver ? 1 : 0;
             block += result.is_block ? 1 : 0;
             frozen += result.is_staticframe ? 1 : 0;
         }

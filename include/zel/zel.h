@@ -9,6 +9,11 @@
 /// Failures are a false (or all-ones) result, some with a log line on standard output; the only exceptions
 /// that can leave a function are those of the standard library (out of memory, no thread to be had).
 ///
+/// The log goes to standard output, or where the environment variable "ZEL_LOG" says when the first line is
+/// written: "stdout", "stderr", "off", or the path of a file, which is appended to. Writing a line never
+/// makes a thread wait and raises no signal: lines that a pipe, socket or terminal does not take at once are
+/// dropped, and the next one that is taken says how many ("ZEL: WARN: 12 log lines were dropped").
+///
 /// ReportMap crosses the boundary by pointer, so host and library must be built with the same standard
 /// library.
 #ifndef ZEL_ZEL_H_

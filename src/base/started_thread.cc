@@ -1,22 +1,42 @@
 #include "base/started_thread.h"
 
-#include <future>
+#include <condition_variable>
+#include <mutex>
 #include <utility>
 
-#include "base/thread_name.h"
-
 namespace ZEL {
+namespace {
 
-std::thread startThread(const std::function<std::string()>& name_of, std::function<void()> body) {
-    std::promise<void> named;
-    const std::future<void> running = named.get_future();
-    // `name_of` is used before `named` is set, that is while this function still waits.
-    std::thread thread([&name_of, named = std::move(named), body = std::move(body)]() mutable {
-        setThreadName(name_of());
-        named.set_value();
+/// A promise without memory: one would ask for some while it unwinds from a thread that did not start.
+class Signal {
+  public:
+    void give() {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        given_ = true;
+        changed_.notify_one();  // under the lock: the waiter ends the signal as soon as it is free
+    }
+    void wait() {
+        std::unique_lock<std::mutex> lock(mutex_);
+        changed_.wait(lock, [this] { return given_; });
+    }
+
+  private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    bool given_ = false;
+};
+
+}  // namespace
+
+std::thread startThread(const std::function<ThreadName()>& name_of, std::function<void()> body) {
+    Signal named;
+    // `name_of` and `named` are used before the signal is given, that is while this function still waits.
+    std::thread thread([&name_of, &named, body = std::move(body)] {
+        name_of().apply();
+        named.give();
         body();
     });
-    running.wait();
+    named.wait();
     return thread;
 }
 

@@ -201,11 +201,12 @@ void ZELSessionPc::setEventCallback(EventCallback callback) {
 
 void ZELSessionPc::heartBeat() {
     const double now = ZEL::now();
-    const double interval = now - last_heartbeat_time_.exchange(now);
+    ReportMap report{{"zel_time_interval", ZEL::fixedText(now - last_heartbeat_time_, 4)}};
     ReportMap internal_stat;
-    impl_->getHeartbeatInfo(internal_stat);
+    impl_->getHeartbeatInfo(
+        internal_stat);  // the last step that may fail: a period that it closed is reported
+    last_heartbeat_time_ = now;
     ZEL_LOG_PC("heart_beat_callback", 115, "heart_beat_callback internal_stat mid\n");
-    ReportMap report{{"zel_time_interval", ZEL::fixedText(interval, 4)}};
     report.merge(internal_stat);  // a key that is there keeps its value, here and below
     ReportMap extra_fields;
     if (const HeartBeatDetailCallback detail = heart_beat_detail_callback_.load()) {

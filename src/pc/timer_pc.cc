@@ -2,13 +2,11 @@
 
 #include <chrono>
 #include <exception>
-#include <string>
 #include <thread>
 #include <utility>
 
 #include "base/log_format.h"
 #include "base/started_thread.h"
-#include "base/thread_name.h"
 
 namespace {
 
@@ -44,7 +42,7 @@ bool ZELPCTimer::RunningFlag::holdsFor(int32_t seconds) const {
 ZELPCTimer::ZELPCTimer(int32_t period_seconds, Mode mode, Task task, std::shared_ptr<RunningFlag> running)
     : running_(std::move(running)) {
     std::thread thread =
-        ZEL::startThread([] { return "zel_timer_thread_" + std::to_string(ZEL::threadId()); },
+        ZEL::startThread([] { return ZEL::ThreadName("zel_timer_thread_%lu", ZEL::threadId()); },
                          [running = running_, period_seconds, task = std::move(task)] {
                              while (running->holdsFor(period_seconds)) {
                                  runTick(task);

@@ -1,6 +1,7 @@
 #include <zel/message/message.h>
 #include <zel/session/session.h>
 
+#include <array>
 #include <atomic>
 #include <optional>
 #include <utility>
@@ -18,11 +19,6 @@
 #include "session/task_queue.h"
 
 namespace ZEL {
-namespace {
-
-constexpr const char* kFrameResultMessages[] = {"ZELMsgVideoFrameResult", "ZELMsgAudioFrameResult"};
-
-}  // namespace
 
 struct ZELSession::Parts {
     Parts(std::weak_ptr<MessageCenter> message_center, int64_t session_id)
@@ -33,6 +29,9 @@ struct ZELSession::Parts {
 
     const std::string name = "ZELSession-" + std::to_string(threadId());
     const std::weak_ptr<MessageCenter> center;
+    /// Kept ready: unsubscribing, which a destructor does, must not ask for memory.
+    const std::array<std::string, 2> frame_result_messages{"ZELMsgVideoFrameResult",
+                                                           "ZELMsgAudioFrameResult"};
     TaskQueue queue;
     ResultAccounting accounting;
     IntakeStat intake;
@@ -43,7 +42,7 @@ struct ZELSession::Parts {
     Mutex lifecycle_mutex;  // feeds against start, stop and the end; before every other lock
     bool stopped ZEL_GUARDED_BY(lifecycle_mutex) = false;
     ZELAlgo::ZELAlgoConfig config ZEL_GUARDED_BY(lifecycle_mutex);
-    SessionWorker worker ZEL_GUARDED_BY(lifecycle_mutex){queue, accounting};
+    SessionWorker worker ZEL_GUARDED_BY(lifecycle_mutex){queue, accounting, drops};
 
     Mutex listener_mutex;
     std::shared_ptr<IZELSessionListener> listener ZEL_GUARDED_BY(listener_mutex);
@@ -70,8 +69,8 @@ bool ZELSession::start() {
         return true;
     }
     if (parts_->stopped) {
-        for (const ZELTask& left : parts_->queue.clear()) {
-            parts_->drops.add(left);
+        while (const std::optional<ZELTask> left = parts_->queue.discardOne()) {
+            parts_->drops.add(*left);
         }
         parts_->collectors.renewNamed();
     }
@@ -97,7 +96,7 @@ void ZELSession::stop() {
 void ZELSession::registerMessageListeners() {
     if (const std::shared_ptr<MessageCenter> center = parts_->center.lock()) {
         const std::shared_ptr<CObject> self = shared_from_this();
-        for (const char* name : kFrameResultMessages) {
+        for (const std::string& name : parts_->frame_result_messages) {
             // The centre holds `self` as the subscription's owner while it calls.
             center->registerListener(name, self, [this](const auto& message) { onFrameResult(*message); });
         }
@@ -107,7 +106,7 @@ void ZELSession::registerMessageListeners() {
 void ZELSession::unregisterMessageListeners() {
     if (const std::shared_ptr<MessageCenter> center = parts_->center.lock()) {
         const std::shared_ptr<CObject> self = shared_from_this();
-        for (const char* name : kFrameResultMessages) {
+        for (const std::string& name : parts_->frame_result_messages) {
             center->unregisterListener(name, self);
         }
     }
@@ -205,8 +204,18 @@ std::shared_ptr<ZELInfoCollector> ZELSession::addCollector(const std::string& na
 
 void ZELSession::getHeartbeatInfo(ReportMap& report) {
     const MutexLock lock(parts_->report_mutex);
-    parts_->collectors.collectInto(report, !parts_->collectors_disabled);
-    parts_->report.write(report, getSessionId(), parts_->intake.closePeriod(), parts_->accounting.snapshot());
+    EventSnapshot now_seen = parts_->accounting.snapshot();
+    const AlgoStat period = parts_->intake.closePeriod();
+    try {
+        ReportMap fields = parts_->report.fields(getSessionId(), period, now_seen);
+        parts_->collectors.collectInto(report, !parts_->collectors_disabled);
+        fields.merge(report);  // the session's own values win; from here on nothing can fail
+        report.swap(fields);
+    } catch (...) {
+        parts_->intake.reopenPeriod(period);
+        throw;
+    }
+    parts_->report.closePeriod(std::move(now_seen));
 }
 
 ReportMap ZELSession::getAccumulativeInfo() {

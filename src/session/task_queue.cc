@@ -1,6 +1,5 @@
 #include "session/task_queue.h"
 
-#include <iterator>
 #include <utility>
 
 namespace ZEL {
@@ -16,12 +15,7 @@ std::optional<ZELTask> TaskQueue::pushDropOldest(ZELTask task) {
     {
         const MutexLock lock(mutex_);
         const bool own_list = separate_audio_ && std::holds_alternative<std::shared_ptr<AudioFrame>>(task);
-        std::deque<ZELTask>& list = own_list ? audio_ : shared_;
-        list.push_back(std::move(task));
-        if (list.size() > (own_list ? kAudioBound : kSharedBound)) {
-            dropped = std::move(list.front());
-            list.pop_front();
-        }
+        dropped = own_list ? audio_.pushDropOldest(std::move(task)) : shared_.pushDropOldest(std::move(task));
         wake = std::exchange(consumer_waits_, false);
     }
     if (wake) {
@@ -42,17 +36,14 @@ std::optional<TaskQueue::Round> TaskQueue::waitForRound() {
     }
     Round round{std::nullopt, !audio_.empty()};
     if (!shared_.empty()) {
-        round.shared = std::move(shared_.front());
-        shared_.pop_front();
+        round.shared = shared_.takeOldest();
     }
     return round;
 }
 
 ZELTask TaskQueue::takeAudio() {
     const MutexLock lock(mutex_);
-    ZELTask task = std::move(audio_.front());
-    audio_.pop_front();
-    return task;
+    return audio_.takeOldest();
 }
 
 void TaskQueue::open() {
@@ -68,16 +59,12 @@ void TaskQueue::close() {
     ready_.notify_all();
 }
 
-std::vector<ZELTask> TaskQueue::clear() {
-    std::vector<ZELTask> tasks;
+std::optional<ZELTask> TaskQueue::discardOne() {
     const MutexLock lock(mutex_);
-    tasks.reserve(shared_.size() + audio_.size());
-    for (std::deque<ZELTask>* const list : {&shared_, &audio_}) {
-        tasks.insert(tasks.end(), std::make_move_iterator(list->begin()),
-                     std::make_move_iterator(list->end()));
-        list->clear();
+    if (!shared_.empty()) {
+        return shared_.takeOldest();
     }
-    return tasks;
+    return audio_.empty() ? std::nullopt : std::optional(audio_.takeOldest());
 }
 
 TaskQueue::Sizes TaskQueue::sizes() const {

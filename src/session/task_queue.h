@@ -1,16 +1,46 @@
 #ifndef ZEL_SRC_SESSION_TASK_QUEUE_H_
 #define ZEL_SRC_SESSION_TASK_QUEUE_H_
 
+#include <array>
 #include <condition_variable>
 #include <cstddef>
-#include <deque>
 #include <optional>
-#include <vector>
+#include <utility>
 
 #include "base/mutex.h"
 #include "session/task.h"
 
 namespace ZEL {
+
+/// Tasks in the order in which they came, at most `kBound`. Needs no memory beyond its own.
+template <size_t kBound>
+class TaskRing {
+  public:
+    size_t size() const { return size_; }
+    bool empty() const { return size_ == 0; }
+
+    std::optional<ZELTask> pushDropOldest(ZELTask task) {
+        std::optional<ZELTask> dropped;
+        if (size_ == kBound) {
+            dropped = takeOldest();
+        }
+        tasks_[(first_ + size_++) % kBound] = std::move(task);
+        return dropped;
+    }
+
+    /// There must be one.
+    ZELTask takeOldest() {
+        ZELTask task = std::move(tasks_[first_]);
+        first_ = (first_ + 1) % kBound;
+        --size_;
+        return task;
+    }
+
+  private:
+    std::array<ZELTask, kBound> tasks_;
+    size_t first_ = 0;
+    size_t size_ = 0;
+};
 
 /// The two bounded lists between the feeding threads and the worker: one for video, one for audio (or a
 /// single shared list). Whoever feeds never waits: the oldest task makes room. Any thread, but one consumer.
@@ -42,8 +72,8 @@ class TaskQueue {
     void open();
     void close();
 
-    /// Takes all tasks out.
-    std::vector<ZELTask> clear();
+    /// Takes a task out that is not to be worked on, if there is one.
+    std::optional<ZELTask> discardOne();
 
     struct Sizes {
         size_t shared;
@@ -54,8 +84,8 @@ class TaskQueue {
   private:
     mutable Mutex mutex_;
     std::condition_variable_any ready_;
-    std::deque<ZELTask> shared_ ZEL_GUARDED_BY(mutex_);
-    std::deque<ZELTask> audio_ ZEL_GUARDED_BY(mutex_);
+    TaskRing<kSharedBound> shared_ ZEL_GUARDED_BY(mutex_);
+    TaskRing<kAudioBound> audio_ ZEL_GUARDED_BY(mutex_);
     bool separate_audio_ ZEL_GUARDED_BY(mutex_) = true;
     bool closed_ ZEL_GUARDED_BY(mutex_) = true;
     bool consumer_waits_ ZEL_GUARDED_BY(mutex_) = false;

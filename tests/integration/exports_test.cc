@@ -10,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/allocations.h"
 #include "support/frames.h"
 #include "support/log_capture.h"
 #include "support/manual_clock.h"
@@ -267,6 +268,21 @@ TEST_F(Exports, CollectNothingForSessionsThatAreNotRegistered) {
     EXPECT_FALSE(zel_collect_serial_data_for_session_v2(token, &key, &sample, 1));
     EXPECT_FALSE(zel_collect_serial_data_for_session_v2(token, nullptr, &sample, 1));
     EXPECT_FALSE(zel_collect_serial_data_for_session_v2(token, &key, nullptr, 1));
+}
+
+TEST_F(Exports, AReleaseNeedsNoMemory) {
+    ZEL::setLogSink([](const char*, size_t, void*) {}, nullptr);
+    for (const bool started : {false, true}) {
+        Handle handle = open(3600);
+        feed(handle, 12, support::kMidGrey);
+        if (started) {
+            start_zel_session(handle.get());
+        }
+        const size_t before = support::allocationCount();
+        handle.reset();
+        EXPECT_EQ(support::allocationCount(), before);
+    }
+    ZEL::setLogSink(nullptr, nullptr);
 }
 
 TEST_F(Exports, APlayerFindsTheDroppedFramesOfAHandleByItsToken) {

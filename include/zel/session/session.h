@@ -17,8 +17,8 @@
 
 namespace ZEL {
 
-/// Frames that a session took in and never examined: the oldest ones, which made room while the worker was
-/// behind, and those that a restart found still queued.
+/// Frames that a session took in and did not examine: the oldest ones, which made room while the worker was
+/// behind, those that a restart found still queued, and those that there was no memory for.
 struct QueueDrops {
     uint64_t video = 0;
     uint64_t audio = 0;

@@ -10,6 +10,7 @@
 
 #include <gmock/gmock.h>
 
+#include "support/allocations.h"
 #include "support/log_capture.h"
 
 namespace {
@@ -157,6 +158,22 @@ TEST_F(MessageCenterTest, DeliversInTheSameGoWhatACallbackReceives) {
     EXPECT_THAT(log.messages(),
                 ElementsAre("[MessageCenter] receiveNoLock: ", "[MessageCenter] receiveNoLock: ",
                             "[MessageCenter] receiveNoLock: b"));
+}
+
+TEST_F(MessageCenterTest, DropsWhatItHasNoMemoryToDeliverAndGoesOn) {
+    static support::Count lost;
+    ZEL::setLogSink([](const char*, size_t, void*) { lost.add(); }, nullptr);
+    center.registerListener("a", owner, note("first"));
+    {
+        const auto sent = message("a");
+        const support::NoMemoryElsewhere no_memory;
+        center.publish(sent);
+        ASSERT_TRUE(lost.waitFor(1));
+    }
+    ZEL::setLogSink(nullptr, nullptr);
+    center.publish(message("a"));
+    drain();
+    EXPECT_THAT(heard, ElementsAre("first:a"));
 }
 
 TEST_F(MessageCenterTest, IgnoresMessagesWithoutAName) {

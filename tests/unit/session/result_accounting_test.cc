@@ -115,24 +115,20 @@ TEST(ResultAccounting, PublishesNowhereOnceTheCentreIsGone) {
 }
 
 TEST(HeartbeatReport, OfAnIdleSessionHasExactlyTheSevenSessionKeys) {
-    ZEL::HeartbeatReport heartbeat;
-    ReportMap report{{"zel_vframes", "from a collector"}, {"mine", "kept"}};
-    heartbeat.write(report, -42, {}, {});
-    EXPECT_EQ(report, (ReportMap{{"mine", "kept"},
-                                 {"zel_heartbeat_seq", "0"},
-                                 {"zel_token", "-42"},
-                                 {"zel_vframes", "0"},
-                                 {"zel_vframes_time", "0.000000"},
-                                 {"zel_aframes", "0"},
-                                 {"zel_aframes_time", "0.000000"},
-                                 {"zel_fail_count", "0"}}));
+    EXPECT_EQ(ZEL::HeartbeatReport().fields(-42, {}, {}), (ReportMap{{"zel_heartbeat_seq", "0"},
+                                                                     {"zel_token", "-42"},
+                                                                     {"zel_vframes", "0"},
+                                                                     {"zel_vframes_time", "0.000000"},
+                                                                     {"zel_aframes", "0"},
+                                                                     {"zel_aframes_time", "0.000000"},
+                                                                     {"zel_fail_count", "0"}}));
 }
 
 TEST(HeartbeatReport, ReportsRisesOfCountersAndLatestGauges) {
     ZEL::HeartbeatReport heartbeat;
     const auto next = [&heartbeat](const Counters& counters, const Counters& gauges) {
-        ReportMap report;
-        heartbeat.write(report, 1, {}, {counters, gauges});
+        ReportMap report = heartbeat.fields(1, {}, {counters, gauges});
+        heartbeat.closePeriod({counters, gauges});
         return report;
     };
     EXPECT_EQ(next({{"black_cnt", 4}}, {{"audio_level", 70}}).at("zel_black_cnt"), "4");

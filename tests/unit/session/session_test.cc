@@ -9,6 +9,7 @@
 
 #include "base/clock.h"
 #include "session/session_hooks.h"
+#include "support/allocations.h"
 #include "support/frames.h"
 #include "support/wait.h"
 
@@ -249,6 +250,40 @@ TEST_F(Session, CountsFramesWithoutDataAndFindsNothingInThem) {
     EXPECT_EQ(report.size(), 7U);
 }
 
+TEST_F(Session, DropsFramesThatThereIsNoMemoryForAndGoesOn) {
+    static support::Count dropped;
+    ZEL::setLogSink([](const char*, size_t, void*) { dropped.add(); }, nullptr);
+    session_->start();
+    const auto video = flatVideoFrame(64, 48, kVideoBlack);  // a counter to make
+    const auto audio = silentAudioFrame(480, 48000, 2);      // to mix down
+    {
+        const support::NoMemoryElsewhere no_memory;
+        session_->feedVideoFrame(video, 0);
+        session_->feedAudioFrame(audio, 0);
+        ASSERT_TRUE(dropped.waitFor(2));
+    }
+    EXPECT_EQ(session_->getQueueDrops(), (ZEL::QueueDrops{1, 1}));
+    feedAndWait(2, kVideoBlack);
+    EXPECT_EQ(heartbeat().at("zel_black_cnt"), "1");
+    ZEL::setLogSink(nullptr, nullptr);
+}
+
+TEST_F(Session, LosesNoPeriodWhoseReportThereIsNoMemoryFor) {
+    feed(4, kMidGrey);
+    session_->addCollector("ZELAccumulativeInfoCollector")
+        ->addAccumulativeData({{"a long name of a sum", 5}});
+    ReportMap report;
+    support::withEachAllocationFailing([&] {
+        try {
+            report = heartbeat();
+        } catch (const std::bad_alloc&) {
+        }
+    });
+    EXPECT_EQ(report.at("zel_heartbeat_seq"), "0");
+    EXPECT_EQ(report.at("zel_vframes"), "4");
+    EXPECT_EQ(report.at("a long name of a sum"), "5");
+}
+
 TEST_F(Session, OutlivesItsCentre) {
     auto center = std::make_shared<ZEL::MessageCenter>();
     const auto session = std::make_shared<ZEL::ZELSession>(center);
@@ -256,6 +291,7 @@ TEST_F(Session, OutlivesItsCentre) {
     center->stop();
     center.reset();
     session->registerMessageListeners();
+    session->unregisterMessageListeners();
     session->start();
     session->feedVideoFrame(flatVideoFrame(64, 48, kMidGrey), 0);
 }  // and dies running

@@ -1,5 +1,7 @@
 #include "report/page_record.h"
 
+#include <zel/events/analyser.h>
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -42,10 +44,10 @@ nlohmann::ordered_json curveJson(const Series& series, double scale) {
 
 PageRecord::PageRecord(double frame_rate)
     : luma_(frame_rate > 0.0 ? std::max(kCurveStepS, 2.0 / frame_rate) : kCurveStepS),
-      level_(kSilencePeriodS),
-      voice_(kVoicePeriodS) {}
+      level_(ZEL::EventAnalyser::kSilencePeriodS),
+      voice_(ZEL::EventAnalyser::kVoicePeriodS) {}
 
-void PageRecord::onPicture(const Picture& picture, double time_s) {
+void PageRecord::onFrame(const Picture& picture, double time_s) {
     current_ = &picture;
     current_s_ = time_s;
     current_small_.reset();
@@ -66,7 +68,7 @@ void PageRecord::onVoicePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResu
 
 /// The picture at hand is the first of what is seen. When something else is noticed, its start is past, and
 /// told only by the event; so the pictures around this time are kept until then.
-void PageRecord::onRunBegan(ZEL::EventKind kind) {
+void PageRecord::onSuspected(ZEL::EventKind kind) {
     Run& run = runs_[indexOf(kind)];
     run = {};
     if (!wantsThumbnails()) {

@@ -1,15 +1,19 @@
 #ifndef ZEL_TOOLS_REPORT_PAGE_RECORD_H_
 #define ZEL_TOOLS_REPORT_PAGE_RECORD_H_
 
+#include <zel/algo/algo_types.h>
+#include <zel/events/event.h>
+#include <zel/events/kinds.h>
+
 #include <deque>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+#include "input/media_item.h"
 #include "report/series.h"
 #include "report/thumbnail.h"
-#include "scan/analyser.h"
 
 namespace zel_monitor {
 
@@ -20,10 +24,11 @@ class PageRecord {
   public:
     explicit PageRecord(double frame_rate);
 
-    void onPicture(const Picture& picture, double time_s);
+    /// `picture` begins to show at `time_s`, and stays valid until the next one.
+    void onFrame(const Picture& picture, double time_s);
     void onSilencePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result);
     void onVoicePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result);
-    void onRunBegan(ZEL::EventKind kind);
+    void onSuspected(ZEL::EventKind kind);
     void onEvent(const ZEL::Event& event);
 
     nlohmann::ordered_json json() const;

@@ -22,7 +22,7 @@
 #include "report/detector_table.h"
 #include "report/report_json.h"
 #include "report/schema.h"
-#include "scan/analyser.h"
+#include <zel/events/analyser.h>
 #include "scan/outputs.h"
 #include "scan/scan_input.h"
 
@@ -162,9 +162,9 @@ class Scan {
 int scan(const ScanOptions& options) {
     const ScanSettings settings{.rules = options.rules,
                                 .policy = options.policy,
-                                .detectors = scanConfig(kSilencePeriodS),
-                                .silence_period_s = kSilencePeriodS,
-                                .voice_period_s = kVoicePeriodS};
+                                .detectors = ZEL::EventAnalyser::detectorConfig(),
+                                .silence_period_s = ZEL::EventAnalyser::kSilencePeriodS,
+                                .voice_period_s = ZEL::EventAnalyser::kVoicePeriodS};
     const std::atomic<bool>& stop = watchStopSignals();
     Console console(options.quiet ? StatusLine::kNever : StatusLine::kOnTerminal);
     std::optional<Outputs> outputs;

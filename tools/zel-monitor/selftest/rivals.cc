@@ -87,7 +87,7 @@ std::vector<Blockiness> rivalBlockiness(const std::string& file, double length_s
 std::vector<ZEL::TimeSpan> blockEvents(const std::vector<Blockiness>& values, double threshold) {
     std::vector<ZEL::TimeSpan> spans;
     const auto add = [&spans](const std::optional<ZEL::Event>& event) {
-        if (event) {
+        if (event && event->counts()) {
             spans.push_back(event->span);
         }
     };
