@@ -7,7 +7,7 @@ namespace zel_monitor {
 inline constexpr int kExitDone = 0;      ///< done to the end, or a stream without one was left by the user
 inline constexpr int kExitViolated = 1;  ///< an input violates the policy
 inline constexpr int kExitUsage = 2;     ///< wrong usage
-inline constexpr int kExitFailed = 3;  ///< an input was not analysed to its end, or an output took no more
+inline constexpr int kExitFailed = 3;    ///< an input was not analysed to its end, or an output took no more
 
 }  // namespace zel_monitor
 

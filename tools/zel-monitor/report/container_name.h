@@ -5,7 +5,8 @@
 
 namespace zel_monitor {
 
-/// The container as a person calls it, "MP4/MOV", from FFmpeg's name of the format, "mov,mp4,m4a,3gp,3g2,mj2".
+/// The container as a person calls it, "MP4/MOV", from FFmpeg's name of the format,
+/// "mov,mp4,m4a,3gp,3g2,mj2".
 std::string containerName(const std::string& format);
 
 }  // namespace zel_monitor

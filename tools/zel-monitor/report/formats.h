@@ -34,8 +34,7 @@ std::unique_ptr<ReportWriter> makePageReport(const ScanSettings& settings);
 
 /// In the order of --help.
 inline constexpr std::array kReportFormats = {
-    ReportFormat{
-        .make = &makeTableReport, .option = nullptr, .help = nullptr, .for_people = true},
+    ReportFormat{.make = &makeTableReport, .option = nullptr, .help = nullptr, .for_people = true},
     ReportFormat{.make = &makeJsonReport,
                  .option = "--json",
                  .help = "One JSON object at the end",

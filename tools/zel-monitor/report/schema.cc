@@ -86,9 +86,8 @@ Json settingsSchema() {
           "low_voice_level", "high_voice_level", "novoice_scale", "silence_period_s", "voice_period_s"}) {
         detectors.push_back({name, ref("number")});
     }
-    const Json policy = {{"type", "object"},
-                         {"propertyNames", ref("kind")},
-                         {"additionalProperties", ref("length")}};
+    const Json policy = {
+        {"type", "object"}, {"propertyNames", ref("kind")}, {"additionalProperties", ref("length")}};
     return object({{"rules", perKind("rule")},
                    {"fail_on", described(policy, "From which length an event of a kind is a violation.")},
                    {"detectors", described(object(detectors), "What the detectors were given.")}});
@@ -100,8 +99,7 @@ Json statusSchema(std::vector<Property> properties, const std::vector<Property>&
         properties.end(),
         {{"complete", described(type("boolean"), "It was analysed to its end.")},
          {"problem", described(orNull("string"), "Why not.")},
-         {"verdict",
-          described(anyOf({nullptr, "pass", "fail", "incomplete"}), "Null without --fail-on.")}});
+         {"verdict", described(anyOf({nullptr, "pass", "fail", "incomplete"}), "Null without --fail-on.")}});
     properties.insert(properties.end(), rest.begin(), rest.end());
     Json schema = object(properties);
     const auto holds = [](Json problem, Json verdict) -> Json {
@@ -125,8 +123,7 @@ Json eventSchema(bool as_line) {
          {"end_s", ref("number")},
          {"duration_s", ref("number")},
          {"share", described(ref("share"), "Of the event, in which the fault was measured.")},
-         {"open_at_end",
-          described(type("boolean"), "The fault was still there when the stream ended.")}});
+         {"open_at_end", described(type("boolean"), "The fault was still there when the stream ended.")}});
     return object(properties);
 }
 
@@ -159,9 +156,8 @@ Json definitions() {
         {"settings", settingsSchema()},
         {"event", eventSchema(false)},
         {"event_line", described(eventSchema(true), "A line of --jsonl, for each event.")},
-        {"status_line",
-         described(statusSchema({{"input", type("string")}, {"kind", {{"const", "status"}}}}),
-                   "A line of --jsonl, for each input.")},
+        {"status_line", described(statusSchema({{"input", type("string")}, {"kind", {{"const", "status"}}}}),
+                                  "A line of --jsonl, for each input.")},
         {"video", object({{"codec", type("string")},
                           {"pixel_format", described(type("string"), "As decoded.")},
                           {"width", ref("count")},

@@ -59,9 +59,10 @@ class Outputs {
     const Policy& policy_;
     Console& console_;
     std::mutex mutex_;
-    std::deque<std::optional<Output>> beside_;  // none where one took no more; guarded by mutex_, like all below
-    Output report_;                             // after the others: it may replace a file at once
-    std::exception_ptr loss_;                   // something but the report takes no more
+    std::deque<std::optional<Output>>
+        beside_;               // none where one took no more; guarded by mutex_, like all below
+    Output report_;            // after the others: it may replace a file at once
+    std::exception_ptr loss_;  // something but the report takes no more
 };
 
 }  // namespace zel_monitor
