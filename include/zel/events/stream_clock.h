@@ -36,6 +36,8 @@ class StreamClock {
     static constexpr double kLeastJumpS = 0.05;
     /// Up to this lies between the timestamps at which the two tracks begin one part.
     static constexpr double kMostApartS = 5.0;
+    /// A player need not wait for the end of a gap that is longer.
+    static constexpr double kLongestWaitS = 10.0;
     static constexpr size_t kMostVideoHeld = 4;
     /// One packet of a transport stream holds several frames of audio, under one timestamp.
     static constexpr size_t kMostAudioHeld = 32;
@@ -50,6 +52,10 @@ class StreamClock {
     /// and places all whose places are certain. A timestamp that is not finite stands for none: the frame
     /// follows the one before it. A length that is negative or not finite counts as 0.
     void take(StreamTrack track, double stamp_s, double length_s, const Place& place);
+
+    /// Places what is held of `track`, as the timestamps say: for who can wait no longer for a frame that
+    /// tells.
+    void settle(StreamTrack track, const Place& place) { acceptJump(of(track), place); }
 
     /// The stream is over: places what is still held, video first.
     void finish(const Place& place);
