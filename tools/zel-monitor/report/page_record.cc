@@ -47,15 +47,15 @@ PageRecord::PageRecord(double frame_rate)
       level_(ZEL::EventAnalyser::kSilencePeriodS),
       voice_(ZEL::EventAnalyser::kVoicePeriodS) {}
 
-void PageRecord::onFrame(const Picture& picture, double time_s) {
-    current_ = &picture;
+void PageRecord::onFrame(const ZELAlgo::ZELVideoPlanes& planes, double time_s) {
+    current_ = planes;
     current_s_ = time_s;
     current_small_.reset();
     if (wantsThumbnails() &&
         (recent_.empty() || time_s - recent_.back()->time_s + ZEL::kSlackS >= kSnapshotStepS)) {
         remember(snapshot());
     }
-    luma_.add(time_s, meanLuma(picture.planes));
+    luma_.add(time_s, meanLuma(planes));
 }
 
 void PageRecord::onSilencePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result) {
@@ -77,7 +77,7 @@ void PageRecord::onSuspected(ZEL::EventKind kind) {
     if (infoOf(kind).source != ZEL::EventSource::kVideo) {
         run = {.followed = true, .around_start = recent_};
     }
-    if (current_ != nullptr) {
+    if (current_) {
         run.around_start.push_back(snapshot());
     }
 }
@@ -99,7 +99,7 @@ void PageRecord::onEvent(const ZEL::Event& event) {
 std::shared_ptr<const PageRecord::Snapshot> PageRecord::snapshot() {
     if (current_small_ == nullptr) {
         current_small_ =
-            std::make_shared<const Snapshot>(Snapshot{current_s_, thumbnailer_.shrink(current_->planes)});
+            std::make_shared<const Snapshot>(Snapshot{current_s_, thumbnailer_.shrink(*current_)});
     }
     return current_small_;
 }

@@ -8,10 +8,10 @@
 #include <deque>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "input/media_item.h"
 #include "report/series.h"
 #include "report/thumbnail.h"
 
@@ -24,8 +24,8 @@ class PageRecord {
   public:
     explicit PageRecord(double frame_rate);
 
-    /// `picture` begins to show at `time_s`, and stays valid until the next one.
-    void onFrame(const Picture& picture, double time_s);
+    /// A frame begins to show at `time_s`; what `planes` points to stays valid until the next one.
+    void onFrame(const ZELAlgo::ZELVideoPlanes& planes, double time_s);
     void onSilencePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result);
     void onVoicePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result);
     void onSuspected(ZEL::EventKind kind);
@@ -57,7 +57,7 @@ class PageRecord {
     Series luma_;
     Series level_;
     Series voice_;
-    const Picture* current_ = nullptr;
+    std::optional<ZELAlgo::ZELVideoPlanes> current_;
     double current_s_ = 0.0;                         // when it began
     std::shared_ptr<const Snapshot> current_small_;  // null until it is wanted
     Thumbnailer thumbnailer_;

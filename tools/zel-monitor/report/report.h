@@ -1,7 +1,6 @@
 #ifndef ZEL_TOOLS_REPORT_REPORT_H_
 #define ZEL_TOOLS_REPORT_REPORT_H_
 
-#include <zel/algo/algo_types.h>
 #include <zel/events/event.h>
 #include <zel/events/kinds.h>
 
@@ -30,9 +29,6 @@ using Policy = ZEL::PerEventKind<std::optional<double>>;
 struct ScanSettings {
     ZEL::EventRules rules = ZEL::defaultEventRules();
     Policy policy{};
-    ZELAlgo::ZELAlgoConfig detectors{};  ///< as the detectors were given it
-    double silence_period_s = 0.0;       ///< in which audio is judged silent
-    double voice_period_s = 0.0;         ///< in which speech is judged
 };
 
 enum class Verdict { kNone, kPass, kFail, kIncomplete };

@@ -1,5 +1,7 @@
 #include "report/report_json.h"
 
+#include <zel/events/analyser.h>
+
 #include <algorithm>
 #include <cmath>
 
@@ -29,7 +31,7 @@ Json settingsJson(const ScanSettings& settings) {
             policy[std::string(info.name)] = number(*limit);
         }
     }
-    const ZELAlgo::ZELAlgoConfig& config = settings.detectors;
+    const ZELAlgo::ZELAlgoConfig config = ZEL::EventAnalyser::detectorConfig();
     return {{"rules", std::move(rules)},
             {"fail_on", std::move(policy)},
             {"detectors",
@@ -41,8 +43,8 @@ Json settingsJson(const ScanSettings& settings) {
               {"low_voice_level", number(config.low_voice_level)},
               {"high_voice_level", number(config.high_voice_level)},
               {"novoice_scale", number(config.novoice_scale)},
-              {"silence_period_s", number(settings.silence_period_s)},
-              {"voice_period_s", number(settings.voice_period_s)}}}};
+              {"silence_period_s", number(ZEL::EventAnalyser::kSilencePeriodS)},
+              {"voice_period_s", number(ZEL::EventAnalyser::kVoicePeriodS)}}}};
 }
 
 Json streamJson(const InputReport& report) {

@@ -14,18 +14,19 @@ Outputs::Output::Output(const ReportFormat& format, const ScanSettings& settings
                         bool overwrite)
     : writer(format.make(settings)), file(path, overwrite, format.appears) {}
 
-Outputs::Outputs(const ScanOptions& options, const ScanSettings& settings, Console& console)
+Outputs::Outputs(const ScanOptions& options, Console& console)
     : options_(options),
-      policy_(settings.policy),
+      policy_(options.settings.policy),
       console_(console),
       beside_([&] {
           std::deque<std::optional<Output>> made;
           for (const FormatFile& wanted : options.beside) {
-              made.emplace_back(std::in_place, *wanted.format, settings, wanted.file, options.overwrite);
+              made.emplace_back(std::in_place, *wanted.format, options.settings, wanted.file,
+                                options.overwrite);
           }
           return made;
       }()),
-      report_(*options.format, settings, options.output, options.overwrite) {}
+      report_(*options.format, options.settings, options.output, options.overwrite) {}
 
 bool Outputs::wantsRecords() const {
     return std::any_of(options_.beside.begin(), options_.beside.end(),

@@ -25,7 +25,7 @@ class Outputs {
   public:
     /// Makes all files, before any work is done. The arguments outlive this object. Throws
     /// std::runtime_error, with the way out, if that cannot be.
-    Outputs(const ScanOptions& options, const ScanSettings& settings, Console& console);
+    Outputs(const ScanOptions& options, Console& console);
 
     /// Whether a format wants the record of each input.
     bool wantsRecords() const;

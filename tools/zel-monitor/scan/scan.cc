@@ -22,7 +22,6 @@
 #include "report/detector_table.h"
 #include "report/report_json.h"
 #include "report/schema.h"
-#include <zel/events/analyser.h>
 #include "scan/outputs.h"
 #include "scan/scan_input.h"
 
@@ -111,8 +110,8 @@ class Scan {
 
     InputScan scanInput(const std::string& input, size_t i) {
         const auto on_event = [this, &input](const ZEL::Event& event) { tellEvent(input, event); };
-        return zel_monitor::scanInput(input, options_.rules, outputs_.wantsRecords(), progress_.slot(i),
-                                      on_event, stop_);
+        return zel_monitor::scanInput(input, options_.settings.rules, outputs_.wantsRecords(),
+                                      progress_.slot(i), on_event, stop_);
     }
 
     /// Ends the run with the exception at hand, of an output that takes no more: all further work would be
@@ -160,16 +159,11 @@ class Scan {
 
 /// Does the work once it is clear what is asked for.
 int scan(const ScanOptions& options) {
-    const ScanSettings settings{.rules = options.rules,
-                                .policy = options.policy,
-                                .detectors = ZEL::EventAnalyser::detectorConfig(),
-                                .silence_period_s = ZEL::EventAnalyser::kSilencePeriodS,
-                                .voice_period_s = ZEL::EventAnalyser::kVoicePeriodS};
     const std::atomic<bool>& stop = watchStopSignals();
     Console console(options.quiet ? StatusLine::kNever : StatusLine::kOnTerminal);
     std::optional<Outputs> outputs;
     try {
-        outputs.emplace(options, settings, console);
+        outputs.emplace(options, console);
     } catch (const std::exception& error) {
         complain(error.what());
         return kExitUsage;

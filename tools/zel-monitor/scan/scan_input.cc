@@ -50,7 +50,7 @@ class Findings : public ZEL::EventListener {
         shown_ = std::move(waiting_.front());
         waiting_.pop_front();
         if (scan_.record) {
-            scan_.record->onFrame(*shown_, frame.start_s);
+            scan_.record->onFrame(shown_->planes, frame.start_s);
         }
     }
     void onSilencePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result) override {

@@ -78,23 +78,23 @@ void setMinimum(const std::string& option, ScanOptions& options, Given& given, Z
     if (std::exchange(given.minimum[indexOf(kind)], true)) {
         throw CLI::ValidationError(option, fmt::format("{} is given twice", infoOf(kind).name));
     }
-    options.rules[indexOf(kind)].min_s = seconds;
+    options.settings.rules[indexOf(kind)].min_s = seconds;
 }
 
 /// Whoever names the length from which an event is a violation wants events that short to be found.
 void applyLimits(ScanOptions& options, const Given& given) {
     for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
         const size_t i = indexOf(info.kind);
-        double& min_s = options.rules[i].min_s;
-        if (!given.limit[i] || min_s <= *options.policy[i]) {
+        double& min_s = options.settings.rules[i].min_s;
+        if (!given.limit[i] || min_s <= *options.settings.policy[i]) {
             continue;
         }
         if (given.minimum[i]) {
             throw CLI::ValidationError(
                 "--fail-on", fmt::format("{0}={1:g}s is shorter than the shortest event, --min {0}={2:g}s",
-                                         info.name, *options.policy[i], min_s));
+                                         info.name, *options.settings.policy[i], min_s));
         }
-        min_s = *options.policy[i];
+        min_s = *options.settings.policy[i];
     }
 }
 
@@ -154,9 +154,10 @@ void addScanOptions(CLI::App& command, ScanOptions& options) {
                [&options, given](ZEL::EventKind k, std::optional<double> s) {
                    setMinimum("--min", options, *given, k, *s);
                });
-    addPerKind(
-        command, "--gap", "How long without the fault ends an event", false,
-        [&options](ZEL::EventKind k, std::optional<double> s) { options.rules[indexOf(k)].gap_s = *s; });
+    addPerKind(command, "--gap", "How long without the fault ends an event", false,
+               [&options](ZEL::EventKind k, std::optional<double> s) {
+                   options.settings.rules[indexOf(k)].gap_s = *s;
+               });
     command
         .add_option_function<std::string>(
             "--stall",
@@ -170,7 +171,7 @@ void addScanOptions(CLI::App& command, ScanOptions& options) {
         "Exit with 1 if an event of the kind is this long, which lowers --min to that; without a time: "
         "if there is any event",
         true, [&options, given](ZEL::EventKind k, std::optional<double> s) {
-            options.policy[indexOf(k)] = s.value_or(0.0);
+            options.settings.policy[indexOf(k)] = s.value_or(0.0);
             given->limit[indexOf(k)] = s.has_value();
         });
     addFormats(command, options);

@@ -1,8 +1,6 @@
 #ifndef ZEL_TOOLS_SCAN_SCAN_OPTIONS_H_
 #define ZEL_TOOLS_SCAN_SCAN_OPTIONS_H_
 
-#include <zel/events/kinds.h>
-
 #include <string>
 #include <vector>
 
@@ -23,8 +21,7 @@ struct FormatFile {
 
 struct ScanOptions {
     std::vector<std::string> inputs;
-    ZEL::EventRules rules = ZEL::defaultEventRules();
-    Policy policy;
+    ScanSettings settings;
     const ReportFormat* format = kReportFormats.data();
     std::string output;  ///< empty: standard output
     std::vector<FormatFile> beside;
