@@ -598,16 +598,6 @@ class Endings(ScanTest):
         self.assertEqual(second, f"{self.faulty}: INCOMPLETE, no pass: not begun, the scan was stopped")
         self.assertTrue(page.stat().st_size)
 
-    def test_stopped_selftest_removes_its_clips(self):
-        environment = os.environ | {"TMPDIR": str(self.work)}
-        with subprocess.Popen([PROGRAM, "selftest"], env=environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
-            process.stderr.readline()  # the first case of many
-            self.assertEqual(len(self.files()), 1)
-            process.send_signal(signal.SIGTERM)
-            self.assertIn(b"selftest: stopped before its end", process.stderr.read())
-            self.assertEqual(process.wait(), 3)
-        self.assertEqual(self.files(), [])
-
     def test_interrupted_scan_does_not_wait_for_the_writer_of_a_named_pipe(self):
         pipe = self.work / "pipe"
         os.mkfifo(pipe)

@@ -8,7 +8,6 @@
 #include "cli/standard_streams.h"
 #include "scan/scan.h"
 #include "scan/scan_options.h"
-#include "selftest/selftest.h"
 #include "watch/watch.h"
 #include "watch/watch_options.h"
 
@@ -22,8 +21,6 @@ std::vector<Command> commands() {
         command("demo", "Watch a built-in stream that shows each fault in turn", &addDemoOptions, &runWatch),
         command("watch", "Play a stream at its own pace and print heartbeats", &addWatchOptions, &runWatch),
         command("scan", "Find out when a file is broken, and how", &addScanOptions, &runScan),
-        command("selftest", "Measure how right the detectors are on clips made with ffmpeg",
-                &selftest::addSelftestOptions, &selftest::runSelftest),
     };
 }
 

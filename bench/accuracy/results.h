@@ -1,15 +1,15 @@
-#ifndef ZEL_TOOLS_SELFTEST_RESULTS_H_
-#define ZEL_TOOLS_SELFTEST_RESULTS_H_
+#ifndef ZEL_BENCH_ACCURACY_RESULTS_H_
+#define ZEL_BENCH_ACCURACY_RESULTS_H_
 
 #include <optional>
 #include <string>
 #include <vector>
 
-#include "selftest/corpus.h"
-#include "selftest/rivals.h"
-#include "selftest/scoring.h"
+#include "bench/accuracy/corpus.h"
+#include "bench/accuracy/rivals.h"
+#include "bench/accuracy/scoring.h"
 
-namespace zel_monitor::selftest {
+namespace bench::accuracy {
 
 /// What came of one case.
 struct Result {
@@ -26,6 +26,6 @@ std::optional<double> scoreBlockiness(std::vector<Result>& results);
 /// The results as Markdown: a table of kinds, then one of cases.
 std::string resultText(const std::vector<Result>& results, std::optional<double> block_threshold);
 
-}  // namespace zel_monitor::selftest
+}  // namespace bench::accuracy
 
-#endif  // ZEL_TOOLS_SELFTEST_RESULTS_H_
+#endif  // ZEL_BENCH_ACCURACY_RESULTS_H_

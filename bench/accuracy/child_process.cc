@@ -1,4 +1,4 @@
-#include "selftest/child_process.h"
+#include "bench/accuracy/child_process.h"
 
 #include <algorithm>
 #include <array>
@@ -10,7 +10,7 @@
 #include <system_error>
 #include <unistd.h>
 
-namespace zel_monitor::selftest {
+namespace bench::accuracy {
 namespace {
 
 constexpr size_t kShownOnFailure = 600;
@@ -49,7 +49,7 @@ std::string readAll(int file) {
 
 }  // namespace
 
-std::string outputOf(const std::vector<std::string>& words) {
+void runProgram(const std::vector<std::string>& words) {
     std::array<int, 2> ends{};
     if (pipe2(ends.data(), O_CLOEXEC) != 0) {
         throw std::system_error(errno, std::generic_category(), "pipe");
@@ -64,7 +64,7 @@ std::string outputOf(const std::vector<std::string>& words) {
     const int error =
         posix_spawnp(&child, arguments[0], ChildFiles(ends[1]).get(), nullptr, arguments.data(), environ);
     close(ends[1]);
-    std::string text = error == 0 ? readAll(ends[0]) : "";
+    const std::string text = error == 0 ? readAll(ends[0]) : "";
     close(ends[0]);
     if (error != 0) {
         throw std::runtime_error(words[0] + ": " + std::generic_category().message(error));
@@ -76,7 +76,6 @@ std::string outputOf(const std::vector<std::string>& words) {
         throw std::runtime_error(
             words[0] + " failed: " + text.substr(text.size() - std::min(text.size(), kShownOnFailure)));
     }
-    return text;
 }
 
-}  // namespace zel_monitor::selftest
+}  // namespace bench::accuracy

@@ -1,17 +1,11 @@
-#include "selftest/results.h"
+#include "bench/accuracy/results.h"
 
 #include <algorithm>
 #include <fmt/format.h>
 #include <functional>
 
-namespace zel_monitor::selftest {
+namespace bench::accuracy {
 namespace {
-
-/// Correct answers over all answers that were given or due.
-double accuracy(const Score& score) {
-    const size_t all = score.hits + score.misses + score.false_alarms;
-    return all > 0 ? static_cast<double>(score.hits) / static_cast<double>(all) : 1.0;
-}
 
 std::string number(std::optional<double> value, int digits) {
     return value ? fmt::format("{:.{}f}", *value, digits) : "-";
@@ -53,41 +47,35 @@ void appendRow(std::string& text, const ZEL::EventKindInfo& info, const char* wh
         return;
     }
     text += fmt::format("| {} | {} | {} | zel-monitor | {} |\n", info.name, which, count, cells(ours));
-    if (const std::string_view name = rivalOf(info.kind); !name.empty()) {
-        text += fmt::format("| | | | {} | {} |\n", name, cells(rival));
+    if (const Rival* const other = rivalOf(info.name)) {
+        text += fmt::format("| | | | {} | {} |\n", other->filter, cells(rival));
     }
 }
 
 }  // namespace
 
 std::optional<double> scoreBlockiness(std::vector<Result>& results) {
-    std::vector<double> thresholds;
+    std::vector<double> values;
     for (const Result& result : results) {
         for (const Blockiness& part : result.blockiness) {
-            thresholds.push_back(part.value);
+            values.push_back(part.value);
         }
     }
-    if (thresholds.empty()) {
-        return std::nullopt;
-    }
-    std::sort(thresholds.begin(), thresholds.end());
-    const auto scores = [&results](double threshold) {
+    const auto accuracyAt = [&results](double threshold) {
         Score all;
         for (const Result& result : results) {
             if (!result.blockiness.empty()) {
                 all.add(scoreOf(result.tested->truth, blockEvents(result.blockiness, threshold)));
             }
         }
-        return all;
+        return all.accuracy();
     };
-    constexpr size_t kTried = 200;
-    double best = thresholds.front();
-    for (size_t i = 1; i <= kTried; ++i) {
-        const double threshold = thresholds[(thresholds.size() - 1) * i / kTried];
-        if (accuracy(scores(threshold)) > accuracy(scores(best))) {
-            best = threshold;
-        }
+    const std::vector<double> thresholds = blockThresholds(std::move(values));
+    if (thresholds.empty()) {
+        return std::nullopt;
     }
+    const double best = *std::max_element(thresholds.begin(), thresholds.end(),
+                                          [&](double a, double b) { return accuracyAt(a) < accuracyAt(b); });
     for (Result& result : results) {
         if (!result.blockiness.empty()) {
             result.rival = scoreOf(result.tested->truth, blockEvents(result.blockiness, best));
@@ -113,11 +101,11 @@ std::string resultText(const std::vector<Result>& results, std::optional<double>
     text += "\n| case | | what it shows | zel-monitor | FFmpeg |\n|---|---|---|---|---|\n";
     for (const Result& result : results) {
         const Case& tested = *result.tested;
-        text += fmt::format("| {} | {} | {} | {} | {} |\n", tested.name, tested.hard ? "hard" : "easy",
-                            tested.about, outcome(tested, result.ours),
+        text += fmt::format("| {} | {} | {} | {} | {} |\n", tested.clip.name, tested.hard ? "hard" : "easy",
+                            tested.clip.about, outcome(tested, result.ours),
                             result.rival ? outcome(tested, *result.rival) : "-");
     }
     return text;
 }
 
-}  // namespace zel_monitor::selftest
+}  // namespace bench::accuracy

@@ -1,5 +1,5 @@
-#ifndef ZEL_TOOLS_SELFTEST_SCORING_H_
-#define ZEL_TOOLS_SELFTEST_SCORING_H_
+#ifndef ZEL_BENCH_ACCURACY_SCORING_H_
+#define ZEL_BENCH_ACCURACY_SCORING_H_
 
 #include <zel/events/event.h>
 
@@ -7,9 +7,7 @@
 #include <optional>
 #include <vector>
 
-namespace zel_monitor::selftest {
-
-using ZEL::TimeSpan;
+namespace bench::accuracy {
 
 /// Length of what both share over the length of what either covers, 0 to 1.
 double overlap(ZEL::TimeSpan a, ZEL::TimeSpan b);
@@ -29,11 +27,20 @@ struct Score {
     std::optional<double> onsetDelay() const;
     /// Mean over the hits of how much the lengths differ, either way.
     std::optional<double> lengthError() const;
+    /// Right answers over all that were given or due; 1 if there were none.
+    double accuracy() const;
 };
 
-/// Pairs each true stretch with the found one that overlaps it best.
-Score scoreOf(const std::vector<ZEL::TimeSpan>& truth, const std::vector<ZEL::TimeSpan>& found);
+/// Pairs each true stretch with the found one that overlaps it best. What is found mostly within `ignored`
+/// stretches is no false alarm.
+Score scoreOf(const std::vector<ZEL::TimeSpan>& truth, const std::vector<ZEL::TimeSpan>& found,
+              const std::vector<ZEL::TimeSpan>& ignored = {});
 
-}  // namespace zel_monitor::selftest
+/// For faults that come and go within a true stretch: each that lies there with more than 70 % of its length
+/// is right, and one is enough.
+Score scoreWithin(const std::vector<ZEL::TimeSpan>& truth, const std::vector<ZEL::TimeSpan>& found,
+                  const std::vector<ZEL::TimeSpan>& ignored = {});
 
-#endif  // ZEL_TOOLS_SELFTEST_SCORING_H_
+}  // namespace bench::accuracy
+
+#endif  // ZEL_BENCH_ACCURACY_SCORING_H_
