@@ -35,8 +35,8 @@ struct MediaFacts {
 /// What has come out of the input so far.
 struct MediaCounts {
     uint64_t bytes_read = 0;
-    uint64_t pictures = 0;
-    uint64_t sounds = 0;
+    uint64_t video_frames = 0;
+    uint64_t audio_frames = 0;
     uint64_t damaged = 0;  ///< packets that a decoder refused, and frames that it marked as damaged
 };
 

@@ -46,7 +46,7 @@ class MediaSource::Reader : public TrackListener {
                 return std::nullopt;
             }
             if (auto item = placer_.next()) {
-                ++(std::holds_alternative<Picture>(*item) ? counts_.pictures : counts_.sounds);
+                ++(std::holds_alternative<Picture>(*item) ? counts_.video_frames : counts_.audio_frames);
                 return item;
             }
             if (state_ == State::kEnded) {
@@ -158,7 +158,7 @@ class MediaSource::Reader : public TrackListener {
             throw MediaError(facts_.input, {Incomplete::kReadError, FfmpegError(reason).what()}, reason);
         }
         completeness_.inputEnded(demuxer_, facts_, counts_, placer_.reached());
-        if (counts_.pictures + counts_.sounds > 0) {
+        if (counts_.video_frames + counts_.audio_frames > 0) {
             return;
         }
         const FfmpegError damage =

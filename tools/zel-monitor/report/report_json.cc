@@ -56,14 +56,14 @@ Json streamJson(const InputReport& report) {
                  {"width", facts.video->width},
                  {"height", facts.video->height},
                  {"frame_rate", facts.video->frame_rate > 0.0 ? number(facts.video->frame_rate) : nullptr},
-                 {"frames", report.counts.pictures}};
+                 {"frames", report.counts.video_frames}};
     }
     Json audio = nullptr;
     if (facts.audio) {
         audio = {{"codec", facts.audio->codec},
                  {"sample_rate", facts.audio->sample_rate},
                  {"channels", facts.audio->channels},
-                 {"frames", report.counts.sounds}};
+                 {"frames", report.counts.audio_frames}};
     }
     return {{"container", facts.container.empty() ? Json(nullptr) : Json(facts.container)},
             {"declared_duration_s", number(facts.duration)},

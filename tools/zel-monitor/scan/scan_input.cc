@@ -109,7 +109,7 @@ void analyse(MediaSource& source, const ZEL::EventRules& rules, InputScan& scan,
         }
     }
     report.counts = source.counts();
-    const bool anything = report.counts.pictures + report.counts.sounds > 0;
+    const bool anything = report.counts.video_frames + report.counts.audio_frames > 0;
     const auto declared_s =
         anything && !stop && !report.facts.duration_estimated ? report.facts.duration : std::nullopt;
     analyser.endOfStream(declared_s);

@@ -78,7 +78,7 @@ TEST(MediaSource, DecodesEveryPictureAndAllSoundInOrderOfTime) {
     EXPECT_NEAR(2.0, all.sound_seconds, 0.05);
     EXPECT_LT(all.worst_step_back,
               0.05);  // at the start, where an item waits for the second one of its track
-    EXPECT_EQ(50U, source.counts().pictures);
+    EXPECT_EQ(50U, source.counts().video_frames);
     EXPECT_EQ(0U, source.counts().damaged);
     EXPECT_GT(source.counts().bytes_read, 1000U);
     EXPECT_FALSE(source.next().has_value());
