@@ -38,12 +38,12 @@ AudioPeriods::AudioPeriods(const ZELAlgoConfig& config, uint32_t sample_rate)
 
 void AudioPeriods::add(const std::vector<MeasuredChunk>& chunks, size_t samples, double time_s,
                        const Sink& sink) {
-    const auto timeOf = [&](size_t sample) { return time_s + static_cast<double>(sample) / sample_rate_; };
+    const auto time_of = [&](size_t sample) { return time_s + static_cast<double>(sample) / sample_rate_; };
     const uint32_t period_chunks = periodChunks(config_);
     size_t at = 0;
     for (const MeasuredChunk& chunk : chunks) {
         if (!start_s_) {
-            start_s_ = timeOf(at);
+            start_s_ = time_of(at);
         }
         sums_.add(chunk.measured);
         at = chunk.end;
@@ -53,11 +53,11 @@ void AudioPeriods::add(const std::vector<MeasuredChunk>& chunks, size_t samples,
             judgePeriod(config_, result);
             const double start_s = *start_s_;
             start_s_.reset();
-            sink(start_s, timeOf(at), result);
+            sink(start_s, time_of(at), result);
         }
     }
     if (!start_s_ && at < samples) {
-        start_s_ = timeOf(at);
+        start_s_ = time_of(at);
     }
 }
 
