@@ -109,14 +109,6 @@ class Run {
     size_t begun_ = 0;
 };
 
-std::vector<Clip> madeClips() {
-    std::vector<Clip> clips = textureClips();
-    for (const Case& one : corpus()) {
-        clips.push_back(one.clip);
-    }
-    return clips;
-}
-
 void measureCorpus(Run& run) {
     std::vector<Result> results;
     for (const Case& tested : corpus()) {
@@ -204,8 +196,27 @@ void measureReal(Run& run, const Options& options) {
     }
 }
 
-void makeAll(Run& run) {
-    for (const Clip& clip : madeClips()) {
+/// All that can be made: of the real clips, if there are any, otherwise the corpus.
+std::vector<Clip> clipsToMake(const Options& options) {
+    std::vector<Clip> clips;
+    if (!options.real.empty()) {
+        const std::vector<Material> material = readMaterial(options.real, options.half);
+        for (const RealCase& one : realCases(material)) {
+            if (one.clip) {
+                clips.push_back(*one.clip);
+            }
+        }
+        return clips;
+    }
+    clips = textureClips();
+    for (const Case& one : corpus()) {
+        clips.push_back(one.clip);
+    }
+    return clips;
+}
+
+void makeAll(Run& run, const Options& options) {
+    for (const Clip& clip : clipsToMake(options)) {
         if (run.wants(clip.name)) {
             run.begin(clip.name, clip.about);
             writeOutput(run.make(clip) + "\n");
@@ -213,32 +224,16 @@ void makeAll(Run& run) {
     }
 }
 
-void list(const Options& options) {
-    const auto show = [&options](const std::string& name, const std::string& about) {
-        if (name.find(options.only) != std::string::npos) {
-            writeOutput(fmt::format("{}: {}\n", name, about));
-        }
-    };
-    if (options.real.empty()) {
-        for (const Clip& clip : madeClips()) {
-            show(clip.name, clip.about);
-        }
-        return;
-    }
-    const std::vector<Material> material = readMaterial(options.real, options.half);
-    for (const RealCase& one : realCases(material)) {
-        show(one.name(), one.about);
-    }
-}
-
 int run(const Options& options) {
     if (options.list) {
-        list(options);
+        for (const Clip& clip : clipsToMake(options)) {
+            writeOutput(fmt::format("{}: {}\n", clip.name, clip.about));
+        }
         return 0;
     }
     Run run(options, zel_monitor::watchStopSignals());
     if (!options.make.empty()) {
-        makeAll(run);
+        makeAll(run, options);
     } else if (options.frames) {
         measureFrames(run);
     } else if (!options.real.empty()) {
@@ -262,22 +257,25 @@ int main(int argc, char** argv) {
         "faults are made with the ffmpeg program; the tables come as Markdown.",
         "accuracy");
     app.add_option("--only", options.only, "Only clips whose name contains this")->type_name("TEXT");
-    app.add_option("--keep", options.keep, "Keep the clips in this folder; what is there is not made again")
-        ->type_name("DIR");
-    auto* const make =
-        app.add_option("--make", options.make, "Only make the clips, in this folder")->type_name("DIR");
+    auto* const keep = app.add_option("--keep", options.keep,
+                                      "Keep the clips in this folder; what is there is not made again")
+                           ->type_name("DIR");
     auto* const frames =
         app.add_flag("--frames", options.frames,
                      "Count the frames with each verdict of the detectors, on two-second clips");
-    app.add_option("--real", options.real,
-                   "Measure on the clips that bench/real_clips has put into this folder")
+    app.add_option("--make", options.make, "Only make the clips, in this folder")
         ->type_name("DIR")
-        ->excludes(make, frames);
-    app.add_option("--half", options.half, "Which real clips: tune, kept or all; tune if not told")
+        ->excludes(keep, frames);
+    auto* const real =
+        app.add_option("--real", options.real, "Use the clips that bench/real_clips has put into this folder")
+            ->type_name("DIR")
+            ->excludes(frames);
+    app.add_option("--half", options.half, "Which real clips; tune if not told")
         ->transform(CLI::CheckedTransformer(
             std::map<std::string, Half>{{"tune", Half::kTune}, {"kept", Half::kKept}, {"all", Half::kAll}}))
-        ->type_name("HALF");
-    app.add_flag("--list", options.list, "Only name the clips");
+        ->option_text("tune|kept|all")
+        ->needs(real);
+    app.add_flag("--list", options.list, "Only name the clips that can be made");
     app.add_flag("--no-rivals", options.no_rivals,
                  "Do not ask FFmpeg's detectors, which take most of the time");
     app.add_flag("-q,--quiet", options.quiet, "No progress on standard error");

@@ -30,7 +30,7 @@ struct Variant {
     Kinds kinds;
     Extent extent = Extent::kMiddle;
     std::string filters = "null";
-    Recipe coder = {};
+    Recipe coder = {};  ///< empty: one that keeps what is there
     std::string type = "mkv";
     int bytes_per_error = 0;  ///< of the middle third's packets; 0: no bit errors
     bool loses_packets = false;
@@ -40,124 +40,98 @@ struct Variant {
 const Recipe kGoodVideo{"-c:v", "libx264", "-preset", "veryfast", "-crf", "20"};
 const Recipe kGoodSound{"-c:a", "pcm_s16le"};
 
+Variant faulty(const char* name, const char* about, Kinds kinds, std::string filters) {
+    return {name, about, std::move(kinds), Extent::kMiddle, std::move(filters)};
+}
+
+Variant coded(Variant variant, Recipe coder) {
+    variant.coder = std::move(coder);
+    return variant;
+}
+
+Variant whole(Variant variant) {
+    variant.extent = Extent::kWhole;
+    return variant;
+}
+
+/// What might be taken for an event of the kind.
+Variant harmless(const char* name, const char* about, std::string_view kind, std::string filters) {
+    return {name, about, {kind}, Extent::kNoFault, std::move(filters)};
+}
+
+Variant damaged(const char* name, const char* about, Recipe coder, int bytes_per_error) {
+    Variant variant{name, about, {"damage", "block", "green", "stall"}};
+    variant.filters = "";
+    variant.coder = std::move(coder);
+    variant.type = "ts";
+    variant.bytes_per_error = bytes_per_error;
+    variant.loses_packets = bytes_per_error == 0;
+    variant.comes_and_goes = true;
+    return variant;
+}
+
 std::vector<Variant> videoVariants() {
     const std::string black(faultFilter("black").filters);
     const std::string frozen = std::string(faultFilter("freeze").filters) + ",setpts=N/FR/TB";
     const std::string still = "trim=end_frame=1," + frozen;
-    const std::string box = "drawbox=w=iw/10:h=ih/12:t=fill:";
-    const Recipe mpeg2{"-c:v", "mpeg2video", "-q:v", "5", "-g", "12", "-bf", "2"};
-    const Recipe mpeg4{"-c:v", "mpeg4", "-q:v", "5", "-g", "12"};
-    const Recipe h264{"-c:v", "libx264", "-preset", "veryfast", "-crf", "23", "-g", "12", "-threads", "1"};
-    const Kinds damage{"damage", "block", "green", "stall"};
+    const std::string box = ",drawbox=x=iw*0.85:y=ih*0.05:w=iw/10:h=ih/12:t=fill:c=white";
+    const std::string mosaic = "scale=iw/16:ih/16:flags=area,scale=16*iw:16*ih:flags=neighbor";
+    const std::string mover = "[s];testsrc2=s=32x24:r=25[m];[s][m]overlay=x=W*(0.1+0.08*t):y=H*0.6";
+    const Recipe h264{"-c:v", "libx264", "-preset", "veryfast"};
+    const auto with = [](Recipe words, const Recipe& more) {
+        words.insert(words.end(), more.begin(), more.end());
+        return words;
+    };
+    const Recipe mpeg2{"-c:v", "mpeg2video", "-g", "12", "-bf", "2"};
+    const Recipe sent_mpeg2 = with(mpeg2, {"-q:v", "5"});
+    const Recipe sent_mpeg4{"-c:v", "mpeg4", "-q:v", "5", "-g", "12"};
+    const Recipe sent_h264 = with(h264, {"-crf", "23", "-g", "12", "-threads", "1"});
     return {
-        {"freeze", "one frame stays for 3 s", {"freeze"}, Extent::kMiddle, frozen},
-        {"freeze-low",
-         "the same, coded coarsely",
-         {"freeze"},
-         Extent::kMiddle,
-         frozen,
-         {"-c:v", "libx264", "-preset", "veryfast", "-crf", "34"}},
-        {"freeze-noise", "noise over a freeze", {"freeze"}, Extent::kMiddle, frozen + ",noise=alls=8:allf=t"},
-        {"freeze-blink",
-         "a blinking mark over a freeze",
-         {"freeze"},
-         Extent::kMiddle,
-         frozen + "," + box + "x=iw*0.85:y=ih*0.05:c=white:enable='lt(mod(t,1),0.5)'"},
-        {"black", "black", {"black"}, Extent::kMiddle, black},
-        {"black-logo",
-         "black with a white logo in a corner",
-         {"black"},
-         Extent::kMiddle,
-         black + "," + box + "x=iw*0.85:y=ih*0.05:c=white"},
-        {"black-noise", "black under noise", {"black"}, Extent::kMiddle, black + ",noise=alls=20:allf=t"},
-        {"green", "frames of zeros", {"green"}, Extent::kMiddle, std::string(faultFilter("green").filters)},
-        {"half-grey",
-         "the lower half is grey",
-         {"block", "damage"},
-         Extent::kMiddle,
-         "drawbox=y=ih/2:h=ih/2:t=fill:c=gray"},
-        {"mosaic-16",
-         "a mosaic of 16-pixel squares",
-         {"block"},
-         Extent::kMiddle,
-         "scale=iw/16:ih/16:flags=area,scale=16*iw:16*ih:flags=neighbor"},
-        {"mpeg2-q31",
-         "MPEG-2 at quantiser 31",
-         {"block"},
-         Extent::kWhole,
-         "null",
-         {"-c:v", "mpeg2video", "-q:v", "31", "-g", "12", "-bf", "2"},
-         "ts"},
-        {"h264-qp51",
-         "H.264 at quantiser 51",
-         {"block"},
-         Extent::kWhole,
-         "null",
-         {"-c:v", "libx264", "-preset", "veryfast", "-g", "50", "-qp", "51"}},
-        {"errors-mpeg2", "MPEG-2 with bit errors", damage, Extent::kMiddle, "", mpeg2, "ts", 4000, false,
-         true},
-        {"errors-mpeg4", "MPEG-4 with bit errors", damage, Extent::kMiddle, "", mpeg4, "ts", 2500, false,
-         true},
-        {"errors-h264", "H.264 with bit errors", damage, Extent::kMiddle, "", h264, "ts", 1500, false, true},
-        {"loss-mpeg2", "MPEG-2 with 2 % of its packets lost", damage, Extent::kMiddle, "", mpeg2, "ts", 0,
-         true, true},
-        {"loss-h264", "H.264 with 2 % of its packets lost", damage, Extent::kMiddle, "", h264, "ts", 0, true,
-         true},
-        {"under",
-         "under-exposed: an eighth of the contrast",
-         {"underexposed"},
-         Extent::kMiddle,
-         "lutyuv=y=16+(val-16)*0.13"},
-        {"over",
-         "over-exposed: an eleventh of the contrast",
-         {"overexposed"},
-         Extent::kMiddle,
-         "lutyuv=y=235-(235-val)*0.09"},
-        {"pan",
-         "a slow pan over a still, no freeze",
-         {"freeze"},
-         Extent::kNoFault,
-         still + ",scroll=h=0.0004"},
-        {"mover",
-         "something small crosses a still, no freeze",
-         {"freeze"},
-         Extent::kNoFault,
-         still + "[s];testsrc2=s=32x24:r=25[m];[s][m]overlay=x=W*(0.1+0.08*t):y=H*0.6"},
-        {"dim", "a fifth of the contrast, no black", {"black"}, Extent::kNoFault, "lutyuv=y=16+(val-16)*0.2"},
-        {"top-black",
-         "only the upper half is black, no black frame",
-         {"black"},
-         Extent::kNoFault,
-         black + ":h=ih/2"},
+        faulty("freeze", "one frame stays for 3 s", {"freeze"}, frozen),
+        coded(faulty("freeze-low", "the same, coded coarsely", {"freeze"}, frozen),
+              with(h264, {"-crf", "34"})),
+        faulty("freeze-noise", "noise over a freeze", {"freeze"}, frozen + ",noise=alls=8:allf=t"),
+        faulty("freeze-blink", "a blinking mark over a freeze", {"freeze"},
+               frozen + box + ":enable='lt(mod(t,1),0.5)'"),
+        faulty("black", "black", {"black"}, black),
+        faulty("black-logo", "black with a white logo in a corner", {"black"}, black + box),
+        faulty("black-noise", "black under noise", {"black"}, black + ",noise=alls=20:allf=t"),
+        faulty("green", "frames of zeros", {"green"}, std::string(faultFilter("green").filters)),
+        faulty("half-grey", "the lower half is grey", {"block", "damage"},
+               "drawbox=y=ih/2:h=ih/2:t=fill:c=gray"),
+        faulty("mosaic-16", "a mosaic of 16-pixel squares", {"block"}, mosaic),
+        whole(coded(faulty("mpeg2-q31", "MPEG-2 at quantiser 31", {"block"}, "null"),
+                    with(mpeg2, {"-q:v", "31"}))),
+        whole(coded(faulty("h264-qp51", "H.264 at quantiser 51", {"block"}, "null"),
+                    with(h264, {"-g", "50", "-qp", "51"}))),
+        damaged("errors-mpeg2", "MPEG-2 with bit errors", sent_mpeg2, 4000),
+        damaged("errors-mpeg4", "MPEG-4 with bit errors", sent_mpeg4, 2500),
+        damaged("errors-h264", "H.264 with bit errors", sent_h264, 1500),
+        damaged("loss-mpeg2", "MPEG-2 with 2 % of its packets lost", sent_mpeg2, 0),
+        damaged("loss-h264", "H.264 with 2 % of its packets lost", sent_h264, 0),
+        faulty("under", "luma lowered to an eighth", {"underexposed"}, "lutyuv=y=16+(val-16)*0.13"),
+        faulty("over", "luma raised to its last eleventh", {"overexposed"}, "lutyuv=y=235-(235-val)*0.09"),
+        harmless("pan", "a slow pan over a still, no freeze", "freeze", still + ",scroll=h=0.0004"),
+        harmless("mover", "something small crosses a still, no freeze", "freeze", still + mover),
+        harmless("dim", "luma lowered to a fifth, no black", "black", "lutyuv=y=16+(val-16)*0.2"),
+        harmless("top-black", "only the upper half is black, no black frame", "black", black + ":h=ih/2"),
     };
 }
 
 std::vector<Variant> soundVariants(Type type) {
     const Kinds clipping{"clipping", "high-voice"};
     std::vector<Variant> variants{
-        {"mute", "zeros", {"mute"}, Extent::kMiddle, std::string(faultFilter("mute").filters)},
-        {"clipped-12", "driven 12 dB into clipping", clipping, Extent::kMiddle, "volume=12dB"},
-        {"clipped-20", "driven 20 dB into clipping", clipping, Extent::kMiddle, "volume=20dB"},
-        {"clipped-20-aac",
-         "the same as AAC",
-         clipping,
-         Extent::kMiddle,
-         "volume=20dB",
-         {"-c:a", "aac", "-b:a", "128k"}},
-        {"dead-channel",
-         "the right channel is silent",
-         {"dead-channel"},
-         Extent::kMiddle,
-         "pan=stereo|c0=c0|c1=0*c0"},
-        {"antiphase",
-         "the right channel is the left one upside down",
-         {"antiphase"},
-         Extent::kMiddle,
-         "pan=stereo|c0=c0|c1=-1*c0"},
+        faulty("mute", "zeros", {"mute"}, std::string(faultFilter("mute").filters)),
+        faulty("clipped-12", "driven 12 dB into clipping", clipping, "volume=12dB"),
+        faulty("clipped-20", "driven 20 dB into clipping", clipping, "volume=20dB"),
+        coded(faulty("clipped-20-aac", "the same as AAC", clipping, "volume=20dB"),
+              {"-c:a", "aac", "-b:a", "128k"}),
+        faulty("dead-channel", "the right channel is silent", {"dead-channel"}, "pan=stereo|c0=c0|c1=0*c0"),
+        faulty("antiphase", "the right channel is the left one upside down", {"antiphase"},
+               "pan=stereo|c0=c0|c1=-1*c0"),
     };
     if (type == Type::kSpeech) {
-        variants.push_back(
-            {"quiet", "speech 35 dB too quiet", {"low-voice"}, Extent::kWhole, "volume=-35dB"});
+        variants.push_back(whole(faulty("quiet", "speech 35 dB too quiet", {"low-voice"}, "volume=-35dB")));
     }
     return variants;
 }

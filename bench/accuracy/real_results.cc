@@ -165,7 +165,7 @@ std::string findCells(const Score& score) {
 
 std::string faultTable(const std::vector<RealResult>& results, const Contenders& contenders) {
     std::string text =
-        "| clip | what it shows | found | false | FFmpeg, by default | false | at its best | false |\n"
+        "| variant | what it shows | found | false | FFmpeg, by default | false | at its best | false |\n"
         "|---|---|--:|--:|--:|--:|--:|--:|\n";
     std::vector<std::string> done;
     for (const RealResult& first : results) {

@@ -1,6 +1,7 @@
 #include "bench/accuracy/rivals.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <fmt/format.h>
 #include <memory>
@@ -209,17 +210,20 @@ std::vector<Findings> findWithRivals(support::FilterSource frames, const std::ve
                                      bool all_settings) {
     const AVRational time_base = frames.timeBase();
     std::unique_ptr<Watch> watch;
+    std::array<int, 3> first{};
     double start_s = 0.0;
     double last_s = 0.0;
     double length_s = 0.0;  // of the last frame
     while (frames.advance()) {
         AVFrame& frame = frames.frame();
-        if (frame.pts == AV_NOPTS_VALUE) {
-            continue;
+        const std::array properties{frame.format, frame.width, frame.height};
+        if (frame.pts == AV_NOPTS_VALUE || (watch && properties != first)) {
+            continue;  // damage may break a header, and filters that run do not bear other frames
         }
         const double at_s = static_cast<double>(frame.pts) * av_q2d(time_base);
         if (!watch) {
             watch = std::make_unique<Watch>(asked, all_settings, frame, time_base);
+            first = properties;
             start_s = last_s = at_s;
         }
         length_s =

@@ -57,7 +57,12 @@ bool ZELSessionPc::start() {
     }
     // Intended: once in the session's life, also when it is started again after a stop.
     if (!listeners_registered_.exchange(true)) {
-        impl_->registerMessageListeners();
+        try {
+            impl_->registerMessageListeners();
+        } catch (...) {
+            listeners_registered_ = false;
+            throw;
+        }
     }
     stopTimer();
     if (heartbeatAllowed()) {

@@ -96,9 +96,14 @@ void ZELSession::stop() {
 void ZELSession::registerMessageListeners() {
     if (const std::shared_ptr<MessageCenter> center = parts_->center.lock()) {
         const std::shared_ptr<CObject> self = shared_from_this();
-        for (const std::string& name : parts_->frame_result_messages) {
-            // The centre holds `self` as the subscription's owner while it calls.
-            center->registerListener(name, self, [this](const auto& message) { onFrameResult(*message); });
+        try {
+            for (const std::string& name : parts_->frame_result_messages) {
+                // The centre holds `self` as the subscription's owner while it calls.
+                center->registerListener(name, self, [this](const auto& message) { onFrameResult(*message); });
+            }
+        } catch (...) {  // half of the subscription would keep the session alive
+            unregisterMessageListeners();
+            throw;
         }
     }
 }

@@ -19,7 +19,7 @@ class TaskRing {
     size_t size() const { return size_; }
     bool empty() const { return size_ == 0; }
 
-    std::optional<ZELTask> pushDropOldest(ZELTask task) {
+    std::optional<ZELTask> pushDropOldest(ZELTask&& task) {
         std::optional<ZELTask> dropped;
         if (size_ == kBound) {
             dropped = takeOldest();

@@ -316,8 +316,8 @@ class Outputs(ScanTest):
         page = self.folder / "brighter.html"
         events = self.scan_one(clip, "--html", page, "--min", "no-voice=1s,short=1s")["events"]
         self.assertEqual({e["kind"] for e in events} & {"mute", "no-voice", "stall"}, {"mute", "no-voice", "stall"})
-        data = re.search(r'type="application/json">(.*?)</script>', page.read_text(), re.S).group(1)
-        thumbnails = json.loads(data)["records"][0]["thumbnails"]
+        record = re.search(r'<script id="record-0" type="application/json">(.*?)</script>', page.read_text(), re.S).group(1)
+        thumbnails = json.loads(record)["thumbnails"]
         self.assertEqual(sum(t["kind"] == "stall" for t in thumbnails), 0)
         for event in events:
             if event["kind"] not in ("mute", "no-voice"):
