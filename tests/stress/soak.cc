@@ -1,7 +1,7 @@
 // usage: soak [LIVES [STREAMS]]
-// Lives of sessions, STREAMS of them at once, each fed faster than it can examine, with a heartbeat timer and an
-// ending. Says what the process holds after a tenth of them and at the end, and fails if it has grown, if a
-// frame is missing from a report, or if a thread or a descriptor is left.
+// Lives of sessions, STREAMS of them at once, each fed faster than it can examine, with a heartbeat timer and
+// an ending. Says what the process holds after a tenth of them and at the end, and fails if it has grown, if
+// a frame is missing from a report, or if a thread or a descriptor is left.
 #include <zel/base/log.h>
 #include <zel/zel.h>
 
@@ -122,10 +122,10 @@ int main(int count, char** arguments) {
     }
     const Figures late = settled(threads);
     std::printf("%d lives, %d at once; after a tenth of them and at the end:\n", rounds * streams, streams);
-    for (const auto& [what, field] : {std::pair{"KiB allocated", &Figures::allocated_kib},
-                                      std::pair{"KiB resident", &Figures::resident_kib},
-                                      std::pair{"threads", &Figures::threads},
-                                      std::pair{"descriptors", &Figures::descriptors}}) {
+    for (const auto& [what, field] :
+         {std::pair{"KiB allocated", &Figures::allocated_kib},
+          std::pair{"KiB resident", &Figures::resident_kib}, std::pair{"threads", &Figures::threads},
+          std::pair{"descriptors", &Figures::descriptors}}) {
         std::printf("%8ld %8ld %s\n", early.*field, late.*field, what);
     }
     const auto expected = static_cast<uint64_t>(rounds) * static_cast<uint64_t>(streams) * kFramesPerLife;
