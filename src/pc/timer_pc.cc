@@ -5,6 +5,7 @@
 #include <thread>
 #include <utility>
 
+#include "base/clock.h"
 #include "base/log_format.h"
 #include "base/started_thread.h"
 
@@ -37,7 +38,7 @@ bool ZELPCTimer::RunningFlag::isSet() const {
 }
 
 bool ZELPCTimer::RunningFlag::holdsFor(int32_t seconds) const {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
+    const auto end = std::chrono::steady_clock::now() + seconds * ZEL::timerSecond();
     const ZEL::MutexLock lock(mutex_);
     while (set_ && cleared_.wait_until(mutex_, end) == std::cv_status::no_timeout) {
     }

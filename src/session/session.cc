@@ -99,7 +99,8 @@ void ZELSession::registerMessageListeners() {
         try {
             for (const std::string& name : parts_->frame_result_messages) {
                 // The centre holds `self` as the subscription's owner while it calls.
-                center->registerListener(name, self, [this](const auto& message) { onFrameResult(*message); });
+                center->registerListener(name, self,
+                                         [this](const auto& message) { onFrameResult(*message); });
             }
         } catch (...) {  // half of the subscription would keep the session alive
             unregisterMessageListeners();

@@ -9,39 +9,11 @@
 #include <string>
 #include <vector>
 
+#include "fuzz/bytes.h"
+
 namespace {
 
-class Bytes {
-  public:
-    Bytes(const uint8_t* data, size_t size) : data_(data), size_(size) {}
-
-    bool empty() const { return size_ == 0; }
-
-    uint8_t next() {
-        if (size_ == 0) {
-            return 0;
-        }
-        --size_;
-        return *data_++;
-    }
-
-    /// Small numbers of either sign.
-    int32_t number() { return static_cast<int8_t>(next()); }
-
-    std::vector<uint8_t> fill(size_t count) {
-        std::vector<uint8_t> bytes(count);
-        const uint8_t seed = next();
-        const uint8_t step = next();
-        for (size_t i = 0; i < count; ++i) {
-            bytes[i] = static_cast<uint8_t>(seed + step * (i % 97));
-        }
-        return bytes;
-    }
-
-  private:
-    const uint8_t* data_;
-    size_t size_;
-};
+using fuzz::Bytes;
 
 void feedVideo(ZELHandle* handle, Bytes& bytes) {
     const int32_t width = bytes.number();

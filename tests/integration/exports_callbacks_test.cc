@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "support/allocations.h"
+#include "support/fast_timers.h"
 #include "support/frames.h"
 #include "support/log_capture.h"
 #include "support/no_threads.h"
@@ -108,17 +109,21 @@ TEST_F(ExportsCallbacks, AStopWaitsForTheHeartbeatThatIsUnderWay) {
 }
 
 TEST_F(ExportsCallbacks, AReleaseWaitsForTheHeartbeatThatIsUnderWay) {
+    const support::FastTimers timers;
     ZELHandle* const handle = open(1);
     size_t at_the_end = 0;
     callDuringAHeartbeat(handle, [&] {
         release_handle(handle);
         at_the_end = host_.events().size();
     });
-    EXPECT_EQ(at_the_end, 1U);
-    EXPECT_EQ(host_.events().size(), 1U);
+    EXPECT_GE(at_the_end, 1U);
+    const support::LogCapture log;
+    EXPECT_TRUE(log.waitFor(" sessionpc is has released \n"));  // the timer goes on
+    EXPECT_EQ(host_.events().size(), at_the_end);
 }
 
 TEST_F(ExportsCallbacks, AStreamMayBeStoppedAndReleasedInItsHeartbeat) {
+    const support::FastTimers timers;
     static ZELHandle* handle;
     for (const bool ending_heartbeat : {true, false}) {
         host_.reset();
