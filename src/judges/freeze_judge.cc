@@ -13,6 +13,7 @@ namespace {
 
 constexpr double kSlackS = 1e-3;          // timestamps are rounded to milliseconds in some containers
 constexpr double kLooksPerMinimum = 128;  // frames that come faster are passed over
+constexpr size_t kRetryPart = 4;          // of a run that failed, after which another is tried
 constexpr size_t kMostRows = 112;         // of cells; larger frames are measured in larger cells
 
 // A cell has changed beyond kLeastChange levels, or beyond what kNoiseReach deviations of noise explain,
@@ -26,10 +27,14 @@ constexpr float kMostChanged = 0.06F;  // share of all cells
 // A ticker does not count: one band of rows of which most cells have changed, near the upper or lower end.
 constexpr double kTickerHeight = 0.12;
 constexpr double kTickerReach = 0.2;
-// Where changes spread by more than this over the second half of a run, something moves.
-constexpr double kMostSpread = 1.3;
+// Where changes spread by more than this over the second half of a run, something moves. Changes that come at
+// once do not move: a frame was coded anew, a sign put up.
+constexpr double kMostSpread = 1.15;
 constexpr double kLeastSpread = 0.001;  // share of all cells
 constexpr double kLeastSpreadCells = 4.0;
+
+constexpr uint16_t kBlack = 32 * kMeanScale;
+constexpr double kCardShare = 0.85;
 
 size_t shareOfRows(size_t rows, double share) {
     return static_cast<size_t>(std::ceil(static_cast<double>(rows) * share));
@@ -52,6 +57,13 @@ size_t pool(std::vector<uint16_t>& cells, size_t columns, size_t rows) {
     }
     cells.resize(columns * rows);
     return rows;
+}
+
+/// Nothing but black, or a title or a logo on black: stands still by intent.
+bool isCard(const std::vector<uint16_t>& cells) {
+    const auto black =
+        std::count_if(cells.begin(), cells.end(), [](uint16_t mean) { return mean <= kBlack; });
+    return static_cast<double>(black) >= kCardShare * static_cast<double>(cells.size());
 }
 
 /// Where the marked cells lie.
@@ -156,7 +168,7 @@ std::span<const Stretch> FreezeJudge::finish() {
 
 void FreezeJudge::end() {
     if (!looks_.empty()) {
-        settle(looks_.back().end_s, isLong(looks_.back().end_s));
+        settle(looks_.back().end_s, !first_is_card_ && isLong(looks_.back().end_s));
         looks_.clear();
         next_ = 0;
     }
@@ -181,6 +193,7 @@ void FreezeJudge::addLook(const Cells& cells, double time_s, double duration_s) 
     look.end_s = time_s + duration_s;
     look.cells.assign(cells.luma.begin(), cells.luma.end());
     pooled_rows_ = pool(look.cells, columns_, rows_);
+    look.is_card = isCard(look.cells);
 }
 
 void FreezeJudge::beginRun(size_t look) {
@@ -188,6 +201,7 @@ void FreezeJudge::beginRun(size_t look) {
     next_ = look + 1;
     run_start_s_ = looks_[look].start_s;
     first_cells_ = looks_[look].cells;
+    first_is_card_ = looks_[look].is_card;
     changed_.assign(first_cells_.size(), 0);
     changed_count_ = 0;
     changed_share_ = 0.0F;
@@ -201,15 +215,12 @@ bool FreezeJudge::isLong(double end_s) const {
 
 void FreezeJudge::compareNext() {
     const Look& look = looks_[next_];
-    if (!staysLikeFirst(look)) {
+    if (look.is_card || first_is_card_ || !staysLikeFirst(look)) {
         if (isLong(last_end_s_)) {
             settle(last_end_s_, true);
             beginRun(next_);
         } else {
-            // Tried again from the middle at the earliest, so that the cost stays linear.
-            const size_t middle = std::max(first_ + 1, (first_ + next_) / 2);
-            settle(looks_[middle].start_s, false);
-            beginRun(middle);
+            tryLater();
         }
         return;
     }
@@ -221,13 +232,25 @@ void FreezeJudge::compareNext() {
     const double half_s = (run_start_s_ + look.end_s) / 2.0;
     if (const double spread_s = spreadFrom(half_s); spread_s < look.end_s) {
         const double end_s = std::max(spread_s, looks_.front().start_s);
-        settle(end_s, isLong(end_s));
-        const auto starts_later = [end_s](const Look& other) { return other.start_s >= end_s; };
-        beginRun(
-            static_cast<size_t>(std::find_if(looks_.begin(), looks_.end(), starts_later) - looks_.begin()));
+        if (isLong(end_s)) {
+            settle(end_s, true);
+            const auto starts_later = [end_s](const Look& other) { return other.start_s >= end_s; };
+            beginRun(static_cast<size_t>(std::find_if(looks_.begin(), looks_.end(), starts_later) -
+                                         looks_.begin()));
+        } else {
+            tryLater();
+        }
     } else if (isLong(half_s)) {
         settle(half_s, true);  // whatever spreads from now on ends the run later
     }
+}
+
+/// Gives up a run that was too short. The next begins a good part into it, so that the cost stays linear.
+void FreezeJudge::tryLater() {
+    const size_t part = first_ + (next_ - first_) / kRetryPart;
+    const size_t later = std::max(first_ + 1, part);
+    settle(looks_[later].start_s, false);
+    beginRun(later);
 }
 
 bool FreezeJudge::staysLikeFirst(const Look& look) {
@@ -251,21 +274,31 @@ bool FreezeJudge::staysLikeFirst(const Look& look) {
     return true;
 }
 
-/// When the changes first went beyond what is allowed for those of the first half; infinite if they did not.
+/// When the changes first went beyond what is allowed for those up to `half_s`; infinite if they did not.
 double FreezeJudge::spreadFrom(double half_s) const {
-    const auto later = std::find_if(growth_.begin(), growth_.end(),
-                                    [half_s](const Growth& growth) { return growth.start_s > half_s; });
     const auto all = static_cast<double>(changed_.size());
-    const auto before = static_cast<double>(std::prev(later)->cells);
     const double slack = std::max(kLeastSpread * all, kLeastSpreadCells);
-    if (static_cast<double>(growth_.back().cells) <= kMostSpread * before + slack) {
+    auto later = growth_.begin() + 1;
+    while (later != growth_.end() && later->start_s <= half_s) {
+        ++later;
+    }
+    const size_t before = std::prev(later)->cells;
+    if (static_cast<double>(growth_.back().cells) <= kMostSpread * static_cast<double>(before) + slack) {
         return std::numeric_limits<double>::infinity();
     }
-    return std::find_if(later, growth_.end(),
-                        [before, slack](const Growth& growth) {
-                            return static_cast<double>(growth.cells) > before + slack;
-                        })
-        ->start_s;
+    const auto grownAt = [](auto growth) { return growth->cells - std::prev(growth)->cells; };
+    auto largest = later;
+    for (auto growth = later; growth != growth_.end(); ++growth) {
+        largest = grownAt(growth) > grownAt(largest) ? growth : largest;
+    }
+    double steady = 0.0;
+    for (auto growth = later; growth != growth_.end(); ++growth) {
+        steady += growth == largest ? 0.0 : static_cast<double>(grownAt(growth));
+        if (steady > slack) {
+            return growth->start_s;
+        }
+    }
+    return std::numeric_limits<double>::infinity();
 }
 
 void FreezeJudge::settle(double end_s, bool present) {

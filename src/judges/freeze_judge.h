@@ -38,6 +38,7 @@ class FreezeJudge {
         double start_s = 0.0;
         double end_s = 0.0;
         std::vector<uint16_t> cells;
+        bool is_card = false;
     };
 
     /// From `start_s` on, `cells` cells of the run had changed.
@@ -50,6 +51,7 @@ class FreezeJudge {
     void addLook(const Cells& cells, double time_s, double duration_s);
     void beginRun(size_t look);
     void compareNext();
+    void tryLater();
     bool staysLikeFirst(const Look& look);
     bool isLong(double end_s) const;
     double spreadFrom(double half_s) const;
@@ -66,6 +68,7 @@ class FreezeJudge {
     double last_end_s_ = 0.0;  // of the last look that stayed like the first
     double settled_s_ = 0.0;
     std::vector<uint16_t> first_cells_;
+    bool first_is_card_ = false;
     std::vector<uint16_t> changed_;  // marks of cells that have changed since the run's first frame
     size_t changed_count_ = 0;
     float changed_share_ = 0.0F;  // of all cells, without a ticker

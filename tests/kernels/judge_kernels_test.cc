@@ -95,9 +95,8 @@ TEST_P(JudgeKernels, CompareCellsLikeTheirTwins) {
         Shorts same = marks;
         EXPECT_EQ(ZELJudges::countLikeScalar(now.data(), then.data(), count, limit),
                   ZELJudges::countLike(now.data(), then.data(), count, limit));
-        EXPECT_EQ(
-            ZELJudges::markUnlikeScalar(now.data(), then.data(), count, limit, marks.data() + kGuard),
-            ZELJudges::markUnlike(now.data(), then.data(), count, limit, same.data() + kGuard));
+        EXPECT_EQ(ZELJudges::markUnlikeScalar(now.data(), then.data(), count, limit, marks.data() + kGuard),
+                  ZELJudges::markUnlike(now.data(), then.data(), count, limit, same.data() + kGuard));
         ASSERT_EQ(marks, same) << count;
     }
 }
