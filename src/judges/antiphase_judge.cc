@@ -15,8 +15,7 @@ std::span<const Stretch> AntiphaseJudge::feed(const SoundChunk& chunk) {
     if (!chunk.has_pair || std::min(chunk.left, chunk.right) < QuietBridge::kQuiet) {
         bridge_.addQuiet(chunk);
     } else {
-        const auto correlation =
-            static_cast<float>(chunk.product / std::sqrt(chunk.left * chunk.right));
+        const auto correlation = static_cast<float>(chunk.product / std::sqrt(chunk.left * chunk.right));
         bridge_.add(chunk, correlation < kLeastCorrelation, correlation, kLeastCorrelation);
     }
     return bridge_.settled();

@@ -13,8 +13,8 @@ namespace ZELJudges {
 /// thread at a time.
 class AntiphaseJudge {
   public:
-    /// The next chunk. Returns what is settled, valid until the next call: the value is the correlation of left
-    /// and right, -1 to 1, the limit how low it may be.
+    /// The next chunk. Returns what is settled, valid until the next call: the value is the correlation of
+    /// left and right, -1 to 1, the limit how low it may be.
     std::span<const Stretch> feed(const SoundChunk& chunk);
 
     /// The end of the stream: settles the rest and begins anew.

@@ -14,8 +14,7 @@ constexpr float kMostClipped = 0.005F;
 std::span<const Stretch> ClippingJudge::feed(const SoundChunk& chunk) {
     settled_.clear();
     const auto leaves = [&chunk](const Chunk& old) {
-        return old.stretch.start_s < chunk.end_s - kWindowS - kSlackS ||
-               old.stretch.start_s > chunk.start_s;
+        return old.stretch.start_s < chunk.end_s - kWindowS - kSlackS || old.stretch.start_s > chunk.start_s;
     };
     while (!window_.empty() && leaves(window_.front())) {
         settled_.push_back(window_.front().stretch);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <iterator>
 #include <limits>
 #include <numeric>
@@ -33,7 +34,7 @@ constexpr double kMostSpread = 1.15;
 constexpr double kLeastSpread = 0.001;  // share of all cells
 constexpr double kLeastSpreadCells = 4.0;
 
-constexpr uint16_t kBlack = 32 * kMeanScale;
+constexpr int kMostUneven = 3 * kMeanScale;
 constexpr double kCardShare = 0.85;
 
 size_t shareOfRows(size_t rows, double share) {
@@ -59,11 +60,15 @@ size_t pool(std::vector<uint16_t>& cells, size_t columns, size_t rows) {
     return rows;
 }
 
-/// Nothing but black, or a title or a logo on black: stands still by intent.
-bool isCard(const std::vector<uint16_t>& cells) {
-    const auto black =
-        std::count_if(cells.begin(), cells.end(), [](uint16_t mean) { return mean <= kBlack; });
-    return static_cast<double>(black) >= kCardShare * static_cast<double>(cells.size());
+/// Hardly anything but one plain colour: a title or a logo, which stands still by intent, or nothing at all.
+bool isCard(std::vector<uint16_t> cells) {
+    const auto middle = cells.begin() + static_cast<std::ptrdiff_t>(cells.size() / 2);
+    std::nth_element(cells.begin(), middle, cells.end());
+    const auto is_plain = [median = int{*middle}](int mean) {
+        return std::abs(mean - median) <= kMostUneven;
+    };
+    const auto plain = std::count_if(cells.begin(), cells.end(), is_plain);
+    return static_cast<double>(plain) >= kCardShare * static_cast<double>(cells.size());
 }
 
 /// Where the marked cells lie.
@@ -168,7 +173,7 @@ std::span<const Stretch> FreezeJudge::finish() {
 
 void FreezeJudge::end() {
     if (!looks_.empty()) {
-        settle(looks_.back().end_s, !first_is_card_ && isLong(looks_.back().end_s));
+        settle(looks_.back().end_s, isLong(looks_.back().end_s) && !firstIsCard());
         looks_.clear();
         next_ = 0;
     }
@@ -193,7 +198,6 @@ void FreezeJudge::addLook(const Cells& cells, double time_s, double duration_s) 
     look.end_s = time_s + duration_s;
     look.cells.assign(cells.luma.begin(), cells.luma.end());
     pooled_rows_ = pool(look.cells, columns_, rows_);
-    look.is_card = isCard(look.cells);
 }
 
 void FreezeJudge::beginRun(size_t look) {
@@ -201,7 +205,7 @@ void FreezeJudge::beginRun(size_t look) {
     next_ = look + 1;
     run_start_s_ = looks_[look].start_s;
     first_cells_ = looks_[look].cells;
-    first_is_card_ = looks_[look].is_card;
+    first_is_card_.reset();
     changed_.assign(first_cells_.size(), 0);
     changed_count_ = 0;
     changed_share_ = 0.0F;
@@ -213,11 +217,18 @@ bool FreezeJudge::isLong(double end_s) const {
     return end_s - run_start_s_ >= min_s_ - kSlackS;
 }
 
+bool FreezeJudge::firstIsCard() {
+    if (!first_is_card_) {
+        first_is_card_ = isCard(first_cells_);
+    }
+    return *first_is_card_;
+}
+
 void FreezeJudge::compareNext() {
     const Look& look = looks_[next_];
-    if (look.is_card || first_is_card_ || !staysLikeFirst(look)) {
+    if (!staysLikeFirst(look)) {
         if (isLong(last_end_s_)) {
-            settle(last_end_s_, true);
+            settle(last_end_s_, !firstIsCard());
             beginRun(next_);
         } else {
             tryLater();
@@ -233,7 +244,7 @@ void FreezeJudge::compareNext() {
     if (const double spread_s = spreadFrom(half_s); spread_s < look.end_s) {
         const double end_s = std::max(spread_s, looks_.front().start_s);
         if (isLong(end_s)) {
-            settle(end_s, true);
+            settle(end_s, !firstIsCard());
             const auto starts_later = [end_s](const Look& other) { return other.start_s >= end_s; };
             beginRun(static_cast<size_t>(std::find_if(looks_.begin(), looks_.end(), starts_later) -
                                          looks_.begin()));
@@ -241,7 +252,7 @@ void FreezeJudge::compareNext() {
             tryLater();
         }
     } else if (isLong(half_s)) {
-        settle(half_s, true);  // whatever spreads from now on ends the run later
+        settle(half_s, !firstIsCard());  // whatever spreads from now on ends the run later
     }
 }
 

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -38,7 +39,6 @@ class FreezeJudge {
         double start_s = 0.0;
         double end_s = 0.0;
         std::vector<uint16_t> cells;
-        bool is_card = false;
     };
 
     /// From `start_s` on, `cells` cells of the run had changed.
@@ -54,6 +54,7 @@ class FreezeJudge {
     void tryLater();
     bool staysLikeFirst(const Look& look);
     bool isLong(double end_s) const;
+    bool firstIsCard();
     double spreadFrom(double half_s) const;
     void settle(double end_s, bool present);
 
@@ -68,8 +69,8 @@ class FreezeJudge {
     double last_end_s_ = 0.0;  // of the last look that stayed like the first
     double settled_s_ = 0.0;
     std::vector<uint16_t> first_cells_;
-    bool first_is_card_ = false;
-    std::vector<uint16_t> changed_;  // marks of cells that have changed since the run's first frame
+    std::optional<bool> first_is_card_;  // unknown until it matters
+    std::vector<uint16_t> changed_;      // marks of cells that have changed since the run's first frame
     size_t changed_count_ = 0;
     float changed_share_ = 0.0F;  // of all cells, without a ticker
     std::vector<Growth> growth_;  // between the outer rows

@@ -7,8 +7,8 @@ namespace ZELJudges {
 namespace {
 
 constexpr double kChunkS = 0.25;
-constexpr double kMostGapS = 0.05;    // between blocks that follow one another
-constexpr int kFullScale = 32760;     // coders miss the last few steps
+constexpr double kMostGapS = 0.05;  // between blocks that follow one another
+constexpr int kFullScale = 32760;   // coders miss the last few steps
 constexpr size_t kShortestRun = 3;
 constexpr double kSquareOfFullScale = 32768.0 * 32768.0;
 
@@ -83,13 +83,14 @@ void SoundMeter::closeChunk() {
             run.clipped = 0;
         }
         const double squares = frames * kSquareOfFullScale;
-        chunks_.push_back({.start_s = start_s_,
-                           .end_s = end_s,
-                           .clipped = std::min(1.0F, static_cast<float>(clipped) / static_cast<float>(frames_)),
-                           .has_pair = runs_.size() > 1,
-                           .left = static_cast<double>(left_) / squares,
-                           .right = static_cast<double>(right_) / squares,
-                           .product = static_cast<double>(product_) / squares});
+        chunks_.push_back(
+            {.start_s = start_s_,
+             .end_s = end_s,
+             .clipped = std::min(1.0F, static_cast<float>(clipped) / static_cast<float>(frames_)),
+             .has_pair = runs_.size() > 1,
+             .left = static_cast<double>(left_) / squares,
+             .right = static_cast<double>(right_) / squares,
+             .product = static_cast<double>(product_) / squares});
         start_s_ = end_s;
     }
     frames_ = 0;
