@@ -1,7 +1,7 @@
-// A host that breaks no rule, on three threads, with heartbeats a thousand times as fast: it starts, stops and
-// feeds one stream from all of them, and its callbacks stop it, throw or take their time. Afterwards every frame
-// that was taken in must be in exactly one heartbeat and in the final report, heartbeats must have come in the
-// order of their numbers, and none may come once the stream is released.
+// A host that breaks no rule, on three threads, with heartbeats a thousand times as fast: it starts, stops
+// and feeds one stream from all of them, and its callbacks stop it, throw or take their time. Afterwards
+// every frame that was taken in must be in exactly one heartbeat and in the final report, heartbeats must
+// have come in the order of their numbers, and none may come once the stream is released.
 #include <zel/base/log.h>
 #include <zel/zel.h>
 

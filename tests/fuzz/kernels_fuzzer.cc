@@ -1,5 +1,5 @@
-// Fast kernels against their scalar twins at sizes, strides, alignments and content that the input chooses, with
-// every instruction set of the machine.
+// Fast kernels against their scalar twins at sizes, strides, alignments and content that the input chooses,
+// with every instruction set of the machine.
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -97,10 +97,9 @@ void findEdges(Bytes& bytes) {
     Buffer scalar_lengths(lengths);
     uint8_t* const fast_at = fast_lengths.data() + ZELAlgo::kSpareBytes;
     uint8_t* const scalar_at = scalar_lengths.data() + ZELAlgo::kSpareBytes;
-    const uint8_t maximum =
-        ZELAlgo::thinnedMagnitude(fast.data(), width, height, scratch.data(), fast_at);
-    MUST_HOLD(maximum == ZELAlgo::thinnedMagnitudeScalar(fast.data(), width, height, scratch.data(),
-                                                         scalar_at));
+    const uint8_t maximum = ZELAlgo::thinnedMagnitude(fast.data(), width, height, scratch.data(), fast_at);
+    MUST_HOLD(maximum ==
+              ZELAlgo::thinnedMagnitudeScalar(fast.data(), width, height, scratch.data(), scalar_at));
     for (size_t y = 0; y < height; ++y) {
         const size_t row = y * ZELAlgo::magnitudeStride(width);
         MUST_HOLD(std::memcmp(fast_at + row, scalar_at + row, width) == 0);

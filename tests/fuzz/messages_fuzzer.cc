@@ -1,6 +1,6 @@
-// The message centre with any sequence of subscriptions, messages and callbacks that send on: each subscription
-// hears its name's messages in the order in which they were published, the first one with their fields, and
-// nothing after its end.
+// The message centre with any sequence of subscriptions, messages and callbacks that send on: each
+// subscription hears its name's messages in the order in which they were published, the first one with their
+// fields, and nothing after its end.
 #include <zel/base/log.h>
 #include <zel/message/message_center.h>
 

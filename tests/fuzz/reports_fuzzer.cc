@@ -1,5 +1,6 @@
-// A player's reports with any fields and values, and the assessments after them: a report is taken or refused with
-// one of the two errors that are promised, and every answer is a list of plain numbers that counts itself.
+// A player's reports with any fields and values, and the assessments after them: a report is taken or refused
+// with one of the two errors that are promised, and every answer is a list of plain numbers that counts
+// itself.
 #include <zel/monitor/data_monitor.h>
 #include <zel/monitor/health_assessment.h>
 
@@ -17,9 +18,10 @@ namespace {
 
 using fuzz::Bytes;
 
-constexpr const char* kKeys[] = {"recv_bytes", "zel_time_interval", "play_scenario", "quit_time", "error_code",
-                                 "play_time",  "first_frame_rendering_time", "abnormal_total_time"};
-constexpr const char* kValues[] = {"0",    "2",      "-1",         "1e309",       "nan",   "-inf",
+constexpr const char* kKeys[] = {
+    "recv_bytes", "zel_time_interval",          "play_scenario",      "quit_time", "error_code",
+    "play_time",  "first_frame_rendering_time", "abnormal_total_time"};
+constexpr const char* kValues[] = {"0",    "2",      "-1",         "1e309",       "nan",     "-inf",
                                    "0x1p", "1e-320", "2147483647", "-2147483649", " +5.5ms", "-110"};
 
 double seconds = 0.0;

@@ -13,7 +13,7 @@ struct VideoFacts {
     int width;                 ///< as decoded, before an odd last column or row is left out
     int height;
     double frame_rate;   ///< frames per second; 0 if the stream does not say
-    bool still = false;  ///< said to be one picture, such as the cover of a song, and not the first of many
+    bool still = false;  ///< said to be one frame, such as the cover of a song, and not the first of many
 };
 
 struct AudioFacts {

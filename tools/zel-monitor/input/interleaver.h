@@ -28,7 +28,7 @@ class Interleaver {
     std::optional<MediaItem> next();
 
   private:
-    static constexpr size_t kMostVideoAhead = 4;  // decoded pictures are large
+    static constexpr size_t kMostVideoAhead = 4;  // decoded frames are large
     static constexpr size_t kMostAudioAhead = 200;
 
     struct Lane {
@@ -39,7 +39,7 @@ class Interleaver {
         std::optional<double> given_s = {};  // time of the item that was given last
         size_t part = 0;                     // how often the times had jumped back before it
 
-        /// In which part the first item that is ready lies; pictures out of order are no jump.
+        /// In which part the first item that is ready lies; frames out of order are no jump.
         size_t nextPart() const;
     };
 

@@ -46,7 +46,7 @@ class MediaSource::Reader : public TrackListener {
                 return std::nullopt;
             }
             if (auto item = placer_.next()) {
-                ++(std::holds_alternative<Picture>(*item) ? counts_.video_frames : counts_.audio_frames);
+                ++(std::holds_alternative<VideoFrame>(*item) ? counts_.video_frames : counts_.audio_frames);
                 return item;
             }
             if (state_ == State::kEnded) {

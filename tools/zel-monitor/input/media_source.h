@@ -30,12 +30,12 @@ class MediaSource {
     const MediaFacts& facts() const;
     MediaCounts counts() const;
 
-    /// The next picture or block of sound; none at the end and after an interruption. Throws MediaError, once
+    /// The next frame or audio frame; none at the end and after an interruption. Throws MediaError, once
     /// and after everything that could be decoded, if the input broke off with an error or held nothing that
     /// could be decoded.
     std::optional<MediaItem> next();
 
-    /// Why not all of the pictures and the sound came out although nothing failed. None before the end.
+    /// Why not all of the frames and the sound came out although nothing failed. None before the end.
     const std::optional<Shortfall>& shortfall() const;
 
   private:

@@ -9,15 +9,14 @@ extern "C" {
 namespace zel_monitor {
 namespace {
 
-bool codesPictures(AVCodecID codec) {
+bool codesFrames(AVCodecID codec) {
     const AVCodecDescriptor* const descriptor = avcodec_descriptor_get(codec);
     return descriptor != nullptr && descriptor->mime_types != nullptr &&
            std::string_view(*descriptor->mime_types).starts_with("image/");
 }
 
 bool isStill(const AVStream& stream) {
-    return stream.nb_frames == 1 || stream.avg_frame_rate.num <= 0 ||
-           codesPictures(stream.codecpar->codec_id);
+    return stream.nb_frames == 1 || stream.avg_frame_rate.num <= 0 || codesFrames(stream.codecpar->codec_id);
 }
 
 }  // namespace

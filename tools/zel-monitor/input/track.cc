@@ -81,13 +81,13 @@ void Track::take(const AVFrame& frame) {
             listener_.onDamage(FfmpegError(AVERROR_INVALIDDATA));
         }
         if (track_ == StreamTrack::kVideo) {
-            Picture picture = pictures_.convert(frame);
-            picture.duration = videoDuration(frame);
-            picture.time = place(frame, durationOf(picture));
-            listener_.onItem(track_, std::move(picture));
+            VideoFrame converted = frames_.convert(frame);
+            converted.duration = videoDuration(frame);
+            converted.time = place(frame, durationOf(converted));
+            listener_.onItem(track_, std::move(converted));
             gave_anything_ = true;
         } else if (frame.nb_samples > 0 && frame.sample_rate > 0) {
-            Sound sound = sounds_.convert(frame);
+            AudioFrame sound = sounds_.convert(frame);
             sound.time = place(frame, durationOf(sound));
             listener_.onItem(track_, std::move(sound));
             gave_anything_ = true;

@@ -66,8 +66,8 @@ class Track {
     TrackListener& listener_;
     CodecHandle codec_;  // null after a stream was refused
     FrameHandle frame_{orOutOfMemory(av_frame_alloc())};
-    PictureConverter pictures_;
-    SoundConverter sounds_;
+    VideoFrameConverter frames_;
+    AudioFrameConverter sounds_;
     double next_time_s_ = 0;      // where a frame without a timestamp is placed: the end of the one before it
     bool gave_anything_ = false;  // the stream at hand
 };

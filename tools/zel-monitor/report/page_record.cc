@@ -15,7 +15,7 @@ constexpr double kCurveStepS = 0.1;
 constexpr size_t kMostThumbnails = 300;
 constexpr double kSnapshotStepS = 0.25;
 constexpr size_t kMostRecent = 9;        // two seconds: most kinds are noticed sooner
-constexpr size_t kMostAroundStart = 18;  // as many again, because sound may be ahead of the pictures
+constexpr size_t kMostAroundStart = 18;  // as many again, because sound may be ahead of the frames
 constexpr uint32_t kLumaGrid = 8;        // every so many rows and columns are enough for a mean
 
 double meanLuma(const ZELAlgo::ZELVideoPlanes& planes) {
@@ -66,8 +66,8 @@ void PageRecord::onVoicePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResu
     voice_.add(period.middle(), result.voice_scale_longtime);
 }
 
-/// The picture at hand is the first of what is seen. When something else is noticed, its start is past, and
-/// told only by the event; so the pictures around this time are kept until then.
+/// The frame at hand is the first of what is seen. When something else is noticed, its start is past, and
+/// told only by the event; so the frames around this time are kept until then.
 void PageRecord::onSuspected(ZEL::EventKind kind) {
     Run& run = runs_[indexOf(kind)];
     run = {};
@@ -84,11 +84,11 @@ void PageRecord::onSuspected(ZEL::EventKind kind) {
 
 void PageRecord::onEvent(const ZEL::Event& event) {
     const Run run = std::exchange(runs_[indexOf(event.kind)], {});
-    const Snapshots& pictures = run.around_start;
-    auto after = std::find_if(pictures.begin(), pictures.end(), [&](const auto& picture) {
-        return run.followed && picture->time_s > event.span.start_s + ZEL::kSlackS;
+    const Snapshots& frames = run.around_start;
+    auto after = std::find_if(frames.begin(), frames.end(), [&](const auto& frame) {
+        return run.followed && frame->time_s > event.span.start_s + ZEL::kSlackS;
     });
-    if (after == pictures.begin() || !wantsThumbnails()) {
+    if (after == frames.begin() || !wantsThumbnails()) {
         return;
     }
     if (const SmallFrame& first = (*--after)->small) {

@@ -18,7 +18,7 @@
 namespace zel_monitor {
 
 /// What the page shows of one input beyond the report: the curves, and of each event a small copy of the
-/// picture that was shown when it began, unless that was long ago when the event was noticed. Of bounded
+/// frame that was shown when it began, unless that was long ago when the event was noticed. Of bounded
 /// size.
 class PageRecord {
   public:
@@ -49,7 +49,7 @@ class PageRecord {
         std::string address;
     };
 
-    /// Of the picture at hand, which is shrunk once for all that begins with it.
+    /// Of the frame at hand, which is shrunk once for all that begins with it.
     std::shared_ptr<const Snapshot> snapshot();
     void remember(const std::shared_ptr<const Snapshot>& snapshot);
     bool wantsThumbnails() const;

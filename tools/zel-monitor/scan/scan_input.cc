@@ -21,12 +21,12 @@ class Findings : public ZEL::EventListener {
              const std::function<void(const ZEL::Event&)>& on_event)
         : scan_(scan), progress_(progress), on_event_(on_event) {}
 
-    /// Keeps a picture that is fed next, because the analyser does not. It stays until it was shown.
-    const Picture& keep(Picture picture) {
-        waiting_.push_back(std::move(picture));
+    /// Keeps a frame that is fed next, because the analyser does not. It stays until it was shown.
+    const VideoFrame& keep(VideoFrame frame) {
+        waiting_.push_back(std::move(frame));
         return waiting_.back();
     }
-    /// The picture that was kept last was not taken.
+    /// The frame that was kept last was not taken.
     void forgetLast() { waiting_.pop_back(); }
 
     void onSuspected(ZEL::EventKind kind) override {
@@ -68,20 +68,20 @@ class Findings : public ZEL::EventListener {
     InputScan& scan_;
     Progress::Slot& progress_;
     const std::function<void(const ZEL::Event&)>& on_event_;
-    std::deque<Picture> waiting_;   // without a place in the stream yet
-    std::optional<Picture> shown_;  // while the record may look at it
+    std::deque<VideoFrame> waiting_;   // without a place in the stream yet
+    std::optional<VideoFrame> shown_;  // while the record may look at it
 };
 
-void feed(ZEL::EventAnalyser& analyser, Findings& findings, Picture picture) {
-    const double time_s = picture.time;  // the picture may be placed, and gone, within the call
-    const double duration_s = picture.duration;
-    const ZELAlgo::ZELVideoPlanes planes = findings.keep(std::move(picture)).planes;
+void feed(ZEL::EventAnalyser& analyser, Findings& findings, VideoFrame frame) {
+    const double time_s = frame.time;  // the frame may be placed, and gone, within the call
+    const double duration_s = frame.duration;
+    const ZELAlgo::ZELVideoPlanes planes = findings.keep(std::move(frame)).planes;
     if (!analyser.feedVideo(planes, time_s, duration_s)) {
         findings.forgetLast();
     }
 }
 
-void feed(ZEL::EventAnalyser& analyser, Findings& /*findings*/, const Sound& sound) {
+void feed(ZEL::EventAnalyser& analyser, Findings& /*findings*/, const AudioFrame& sound) {
     analyser.feedAudio({.sample_rate = static_cast<uint32_t>(sound.sample_rate),
                         .samples = static_cast<uint32_t>(sound.samples),
                         .channels = static_cast<uint32_t>(sound.channels),

@@ -67,13 +67,13 @@ void Host::stop() {
     stop_zel_session(handle_);
 }
 
-bool Host::feed(const Picture& frame) {
+bool Host::feed(const VideoFrame& frame) {
     packPlanes(frame.planes, packed_);
     return feed_video_frame(handle_, packed_.data(), static_cast<int>(frame.planes.width),
                             static_cast<int>(frame.planes.height), static_cast<int64_t>(fed_.video++));
 }
 
-bool Host::feed(const Sound& audio) {
+bool Host::feed(const AudioFrame& audio) {
     // In packets of 10 ms, since the library takes one such step of digital silence per packet.
     const int packet = std::max(audio.sample_rate / 100, 1);
     bool accepted = true;

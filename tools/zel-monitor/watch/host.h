@@ -36,8 +36,8 @@ class Host {
     /// Delivers the ending heartbeat and the final report before it returns.
     void stop();
 
-    bool feed(const Picture& frame);
-    bool feed(const Sound& audio);
+    bool feed(const VideoFrame& frame);
+    bool feed(const AudioFrame& audio);
 
     /// How many frames were fed, of audio in the packets in which they were.
     struct Fed {

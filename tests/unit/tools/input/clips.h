@@ -23,7 +23,7 @@ inline void join(const std::string& first, const std::string& second, const std:
 
 constexpr int kPartSeconds = 7;
 
-/// Pictures and sound of a broadcast whose first stream has the identifier `pid`.
+/// Frames and sound of a broadcast whose first stream has the identifier `pid`.
 inline void broadcast(const std::string& codecs, int pid, const std::string& file) {
     const std::string seconds = std::to_string(kPartSeconds);
     support::ffmpeg("-f lavfi -i testsrc2=s=160x90:r=25:d=" + seconds + " -f lavfi -i sine=r=44100:d=" +

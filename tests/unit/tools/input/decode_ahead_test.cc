@@ -13,7 +13,7 @@ using zel_monitor::MediaError;
 using zel_monitor::MediaSource;
 using zel_monitor::timeOf;
 
-/// 25 pictures of 6144 bytes, and sound.
+/// 25 frames of 6144 bytes, and sound.
 MediaSource graph(const std::atomic<bool>* interrupted = nullptr) {
     return MediaSource("testsrc2=s=64x64:d=1[out0];sine=d=1[out1]",
                        {.format = "lavfi", .interrupted = interrupted});
@@ -47,7 +47,7 @@ TEST(DecodeAhead, HoldsNoMoreThanItMay) {
     interrupted = true;
     int bytes = 0;
     while (const auto item = ahead.next()) {
-        const auto* const sound = std::get_if<zel_monitor::Sound>(&*item);
+        const auto* const sound = std::get_if<zel_monitor::AudioFrame>(&*item);
         bytes += sound != nullptr ? sound->samples * 2 : 6144;
     }
     EXPECT_LE(bytes, 20'000 + 6144) << "one more was at hand";

@@ -8,22 +8,22 @@
 namespace {
 
 using testing::ElementsAre;
+using zel_monitor::AudioFrame;
 using zel_monitor::Interleaver;
 using zel_monitor::MediaItem;
-using zel_monitor::Picture;
-using zel_monitor::Sound;
 using zel_monitor::StreamTrack;
+using zel_monitor::VideoFrame;
 
 MediaItem itemOf(StreamTrack track, double time_s) {
     if (track == StreamTrack::kVideo) {
-        return Picture{.time = time_s, .duration = 0.04, .planes = {}, .frame = nullptr};
+        return VideoFrame{.time = time_s, .duration = 0.04, .planes = {}, .frame = nullptr};
     }
-    return Sound{.time = time_s,
-                 .sample_rate = 1000,
-                 .channels = 1,
-                 .samples = 40,
-                 .data = nullptr,
-                 .buffer = nullptr};
+    return AudioFrame{.time = time_s,
+                      .sample_rate = 1000,
+                      .channels = 1,
+                      .samples = 40,
+                      .data = nullptr,
+                      .buffer = nullptr};
 }
 
 class InterleaverTest : public testing::Test {
@@ -44,7 +44,7 @@ class InterleaverTest : public testing::Test {
     std::vector<double> due() {
         std::vector<double> times_s;
         while (const auto item = interleaver_.next()) {
-            times_s.push_back(std::holds_alternative<Picture>(*item) ? timeOf(*item) : -timeOf(*item));
+            times_s.push_back(std::holds_alternative<VideoFrame>(*item) ? timeOf(*item) : -timeOf(*item));
         }
         return times_s;
     }
@@ -96,7 +96,7 @@ TEST_F(InterleaverTest, GoesOnByTimeAfterOneTrackJumpedAlone) {
     EXPECT_THAT(due(), ElementsAre(2, 3, 4, 5));
 }
 
-TEST_F(InterleaverTest, TakesPicturesOutOfOrderForNoJump) {
+TEST_F(InterleaverTest, TakesFramesOutOfOrderForNoJump) {
     expectBoth();
     video({1, 1.4, 1.2, 1.6});
     audio({1.3, 1.5, 2});

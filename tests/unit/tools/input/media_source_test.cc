@@ -24,17 +24,17 @@ using clips::kSmallVideo;
 using clips::kTone;
 using support::ffmpeg;
 using support::ScratchDir;
+using zel_monitor::AudioFrame;
 using zel_monitor::MediaError;
 using zel_monitor::MediaOptions;
 using zel_monitor::MediaSource;
-using zel_monitor::Picture;
-using zel_monitor::Sound;
 using zel_monitor::timeOf;
+using zel_monitor::VideoFrame;
 
 [[maybe_unused]] const bool kDecodersAreQuiet = (av_log_set_level(AV_LOG_QUIET), true);
 
 struct Collected {
-    std::vector<double> picture_times;
+    std::vector<double> frame_times;
     std::map<std::pair<uint32_t, uint32_t>, int> sizes;
     double sound_seconds = 0;
     double latest = -1;
@@ -46,18 +46,18 @@ Collected collect(MediaSource& source) {
     while (const auto item = source.next()) {
         all.worst_step_back = std::max(all.worst_step_back, all.latest - timeOf(*item));
         all.latest = std::max(all.latest, timeOf(*item));
-        if (const auto* const picture = std::get_if<Picture>(&*item)) {
-            all.picture_times.push_back(picture->time);
-            ++all.sizes[{picture->planes.width, picture->planes.height}];
+        if (const auto* const frame = std::get_if<VideoFrame>(&*item)) {
+            all.frame_times.push_back(frame->time);
+            ++all.sizes[{frame->planes.width, frame->planes.height}];
         } else {
-            const auto& sound = std::get<Sound>(*item);
+            const auto& sound = std::get<AudioFrame>(*item);
             all.sound_seconds += static_cast<double>(sound.samples) / sound.sample_rate;
         }
     }
     return all;
 }
 
-TEST(MediaSource, DecodesEveryPictureAndAllSoundInOrderOfTime) {
+TEST(MediaSource, DecodesEveryFrameAndAllSoundInOrderOfTime) {
     const ScratchDir scratch;
     const std::string clip = scratch.file("clip.mp4");
     ffmpeg(kSmallVideo + kTone + "-c:v libx264 -bf 2 -c:a aac", clip);
@@ -71,9 +71,9 @@ TEST(MediaSource, DecodesEveryPictureAndAllSoundInOrderOfTime) {
     EXPECT_NEAR(2.0, source.facts().duration.value(), 0.05);
 
     const Collected all = collect(source);
-    ASSERT_EQ(50U, all.picture_times.size());
+    ASSERT_EQ(50U, all.frame_times.size());
     for (size_t i = 0; i < 50; ++i) {
-        EXPECT_NEAR(static_cast<double>(i) / 25, all.picture_times[i], 1e-3);
+        EXPECT_NEAR(static_cast<double>(i) / 25, all.frame_times[i], 1e-3);
     }
     EXPECT_NEAR(2.0, all.sound_seconds, 0.05);
     EXPECT_LT(all.worst_step_back,
@@ -90,9 +90,9 @@ TEST(MediaSource, PlacesFramesWithoutTimestampsByTheFrameRate) {
     ffmpeg(kSmallVideo + "-c:v libx264 -bf 0", clip);
     MediaSource source(clip);
     const Collected all = collect(source);
-    ASSERT_EQ(50U, all.picture_times.size());
-    EXPECT_NEAR(0.0, all.picture_times.front(), 0.05);
-    EXPECT_NEAR(49.0 / 25, all.picture_times.back(), 0.05);
+    ASSERT_EQ(50U, all.frame_times.size());
+    EXPECT_NEAR(0.0, all.frame_times.front(), 0.05);
+    EXPECT_NEAR(49.0 / 25, all.frame_times.back(), 0.05);
 }
 
 TEST(MediaSource, FollowsAChangeOfResolution) {
@@ -118,7 +118,7 @@ TEST(MediaSource, SkipsAndCountsWhatIsDamaged) {
     support::writeFile(scratch.file("hurt.ts"), bytes);
     MediaSource source(scratch.file("hurt.ts"));
     const Collected all = collect(source);
-    EXPECT_GT(all.picture_times.size(), 25U);
+    EXPECT_GT(all.frame_times.size(), 25U);
     EXPECT_GT(source.counts().damaged, 0U);
 }
 
@@ -130,7 +130,7 @@ TEST(MediaSource, DeliversWhatATruncatedFileStillHolds) {
     support::writeFile(scratch.file("cut.mp4"), bytes);
     MediaSource source(scratch.file("cut.mp4"));
     const Collected all = collect(source);
-    EXPECT_GT(all.picture_times.size(), 5U);
+    EXPECT_GT(all.frame_times.size(), 5U);
     EXPECT_LT(all.latest, source.facts().duration.value() - 0.5);
     EXPECT_GT(source.counts().damaged, 0U);
 }
@@ -153,9 +153,9 @@ TEST(MediaSource, GoesOnWithTheStreamsThatTakeOver) {
         for (const auto& [name, parts] : {std::pair("ab.ts", 2), std::pair("aba.ts", 3)}) {
             MediaSource source(scratch.file(name));
             const Collected all = collect(source);
-            // The last picture and some sound of a stream come only when the next ones have been taken.
+            // The last frame and some sound of a stream come only when the next ones have been taken.
             const double seconds = kPartSeconds * parts;
-            EXPECT_NEAR(25 * seconds, static_cast<double>(all.picture_times.size()), 2.0 * parts) << name;
+            EXPECT_NEAR(25 * seconds, static_cast<double>(all.frame_times.size()), 2.0 * parts) << name;
             EXPECT_NEAR(seconds, all.sound_seconds, 0.2 * parts) << name;
             EXPECT_EQ(source.shortfall(), std::nullopt) << name;
         }
@@ -185,7 +185,7 @@ TEST(MediaSource, LeavesTracksThatRunBesideTheChosenOneAlone) {
     languages("0.1", "-c:a aac", "of_one_small_piece_each.ts");
 }
 
-TEST(MediaSource, TakesPicturesAndSoundOfOneProgramme) {
+TEST(MediaSource, TakesFramesAndSoundOfOneProgramme) {
     const ScratchDir scratch;
     const std::string streams = kSmallVideo + kSmallVideo + "-f lavfi -i sine=880:d=4 " + kTone +
                                 "-map 0 -map 1 -map 2 -map 3 -c:v mpeg2video -c:a mp2 ";
@@ -209,14 +209,14 @@ TEST(MediaSource, RunsOnWhereTheTimestampsWrapOrJumpBack) {
         join(scratch.file("a.ts"), scratch.file("b.ts"), scratch.file("ab.ts"));
         MediaSource source(scratch.file("ab.ts"));
         const Collected all = collect(source);
-        EXPECT_NEAR(99.0, static_cast<double>(all.picture_times.size()), 1.0) << offset;
-        EXPECT_TRUE(std::is_sorted(all.picture_times.begin(), all.picture_times.end())) << offset;
+        EXPECT_NEAR(99.0, static_cast<double>(all.frame_times.size()), 1.0) << offset;
+        EXPECT_TRUE(std::is_sorted(all.frame_times.begin(), all.frame_times.end())) << offset;
         EXPECT_NEAR(4.0, all.sound_seconds, 0.1) << offset;
         EXPECT_NEAR(4.0, all.latest, 0.2) << offset;
     }
 }
 
-TEST(MediaSource, TakesACoverPictureForNoVideo) {
+TEST(MediaSource, TakesACoverFrameForNoVideo) {
     const ScratchDir scratch;
     ffmpeg("-f lavfi -i color=red:s=64x64 -frames:v 1", scratch.file("cover.png"));
     ffmpeg(kTone + "-i '" + scratch.file("cover.png") +
@@ -226,8 +226,8 @@ TEST(MediaSource, TakesACoverPictureForNoVideo) {
     EXPECT_FALSE(source.facts().video.has_value());
     EXPECT_NEAR(2.0, collect(source).sound_seconds, 0.1);
 
-    MediaSource picture(scratch.file("cover.png"));
-    EXPECT_EQ(1U, collect(picture).picture_times.size());
+    MediaSource frame(scratch.file("cover.png"));
+    EXPECT_EQ(1U, collect(frame).frame_times.size());
 }
 
 TEST(MediaSource, EndsWhenInterrupted) {
@@ -249,7 +249,7 @@ TEST(MediaSource, EndsWhenInterrupted) {
 TEST(MediaSource, DecodesAFilterGraph) {
     MediaSource source("testsrc2=s=64x64:d=1[out0];sine=d=1[out1]", {.format = "lavfi", .label = "graph"});
     const Collected all = collect(source);
-    EXPECT_EQ(25U, all.picture_times.size());
+    EXPECT_EQ(25U, all.frame_times.size());
     EXPECT_NEAR(1.0, all.sound_seconds, 0.01);
 }
 

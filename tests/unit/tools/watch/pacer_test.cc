@@ -9,13 +9,13 @@
 namespace {
 
 using std::chrono::milliseconds;
+using zel_monitor::AudioFrame;
 using zel_monitor::ItemPlacer;
 using zel_monitor::Pacer;
-using zel_monitor::Sound;
 
 constexpr Pacer::TimePoint kStart{std::chrono::hours(1)};
 
-Sound soundAt(double time_s) {
+AudioFrame soundAt(double time_s) {
     return {.time = time_s,
             .sample_rate = 1000,
             .channels = 1,
