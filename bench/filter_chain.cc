@@ -23,8 +23,8 @@ std::string sourceOf(const AVFrame& frame, AVRational time_base) {
     if (frame.nb_samples > 0) {
         std::array<char, 128> layout{};
         av_channel_layout_describe(&frame.ch_layout, layout.data(), layout.size());
-        return "abuffer@source=" + time + ":sample_fmt=" + format + ":sample_rate=" +
-               std::to_string(frame.sample_rate) + ":channel_layout=" + layout.data();
+        return "abuffer@source=" + time + ":sample_fmt=" + format +
+               ":sample_rate=" + std::to_string(frame.sample_rate) + ":channel_layout=" + layout.data();
     }
     return "buffer@source=" + time + ":pix_fmt=" + format + ":video_size=" + std::to_string(frame.width) +
            "x" + std::to_string(frame.height);

@@ -17,6 +17,7 @@ double systemNow() {
 }
 
 std::atomic<double (*)()> current_clock{&systemNow};
+std::atomic<std::chrono::nanoseconds> timer_second{std::chrono::seconds(1)};
 
 }  // namespace
 
@@ -26,6 +27,14 @@ double now() {
 
 void setClockForTesting(double (*clock)()) {
     current_clock.store(clock != nullptr ? clock : &systemNow, std::memory_order_relaxed);
+}
+
+std::chrono::nanoseconds timerSecond() {
+    return timer_second.load(std::memory_order_relaxed);
+}
+
+void setTimerSecondForTesting(std::chrono::nanoseconds length) {
+    timer_second.store(length, std::memory_order_relaxed);
 }
 
 }  // namespace ZEL

@@ -9,47 +9,19 @@
 #include <string>
 #include <vector>
 
+#include "fuzz/bytes.h"
+
 namespace {
 
-class Bytes {
-  public:
-    Bytes(const uint8_t* data, size_t size) : data_(data), size_(size) {}
-
-    bool empty() const { return size_ == 0; }
-
-    uint8_t next() {
-        if (size_ == 0) {
-            return 0;
-        }
-        --size_;
-        return *data_++;
-    }
-
-    /// Small numbers of either sign.
-    int32_t number() { return static_cast<int8_t>(next()); }
-
-    std::vector<uint8_t> fill(size_t count) {
-        std::vector<uint8_t> bytes(count);
-        const uint8_t seed = next();
-        const uint8_t step = next();
-        for (size_t i = 0; i < count; ++i) {
-            bytes[i] = static_cast<uint8_t>(seed + step * (i % 97));
-        }
-        return bytes;
-    }
-
-  private:
-    const uint8_t* data_;
-    size_t size_;
-};
+using fuzz::Bytes;
 
 void feedVideo(ZELHandle* handle, Bytes& bytes) {
     const int32_t width = bytes.number();
     const int32_t height = bytes.number();
     const int64_t index = bytes.number();
     const bool sized = width > 0 && height > 0;
-    const std::vector<uint8_t> picture = bytes.fill(sized ? static_cast<size_t>(width * height * 3 / 2) : 0);
-    feed_video_frame(handle, sized ? picture.data() : nullptr, width, height, index);
+    const std::vector<uint8_t> frame = bytes.fill(sized ? static_cast<size_t>(width * height * 3 / 2) : 0);
+    feed_video_frame(handle, sized ? frame.data() : nullptr, width, height, index);
 }
 
 void feedAudio(ZELHandle* handle, Bytes& bytes) {

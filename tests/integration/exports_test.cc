@@ -1,4 +1,5 @@
 // The seventeen functions as a host uses them.
+#include <zel/session/session.h>
 #include <zel/zel.h>
 
 #include <atomic>
@@ -9,6 +10,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/allocations.h"
+#include "support/fast_timers.h"
 #include "support/frames.h"
 #include "support/log_capture.h"
 #include "support/manual_clock.h"
@@ -38,9 +41,9 @@ class Exports : public testing::Test {
     }
 
     static void feed(const Handle& handle, int count, uint8_t luma) {
-        const std::vector<uint8_t> picture = support::flatPicture(kWidth, kHeight, luma);
+        const std::vector<uint8_t> frame = support::flatPicture(kWidth, kHeight, luma);
         for (int i = 0; i < count; ++i) {
-            EXPECT_TRUE(feed_video_frame(handle.get(), picture.data(), kWidth, kHeight, i));
+            EXPECT_TRUE(feed_video_frame(handle.get(), frame.data(), kWidth, kHeight, i));
         }
     }
 
@@ -165,6 +168,8 @@ TEST_F(Exports, AHostMayReleaseItsHandleInTheEndingHeartbeat) {
 
 TEST_F(Exports, HeartbeatsTickAndCarryFramesUntilStopped) {
     support::ManualClock clock;
+    constexpr std::chrono::milliseconds kSecond{40};
+    const support::FastTimers timers(kSecond);
     const Handle handle = open(1);
     const auto begin = std::chrono::steady_clock::now();
     start_zel_session(handle.get());
@@ -174,7 +179,7 @@ TEST_F(Exports, HeartbeatsTickAndCarryFramesUntilStopped) {
     feed(handle, 4, support::kMidGrey);
     clock.advance(2.5);
     ASSERT_TRUE(host_.waitForEvents(2));
-    EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(2));
+    EXPECT_GE(std::chrono::steady_clock::now() - begin, 2 * kSecond);
     stop_zel_session(handle.get());
     int frames = 0;
     double time = 0;
@@ -189,6 +194,7 @@ TEST_F(Exports, HeartbeatsTickAndCarryFramesUntilStopped) {
 }
 
 TEST_F(Exports, TheExtraInitialIntervalReplacesTheIntervalAltogether) {
+    const support::FastTimers timers;
     const Handle handle = open(3600);
     host_.setNumber("ExtraInitialHeartBeatInterval", 0);  // below 1: not in force
     start_zel_session(handle.get());
@@ -244,6 +250,7 @@ TEST_F(Exports, KeepTheFirstSwitchCallbackAndTheLastUploadCallback) {
 }
 
 TEST_F(Exports, ATimerFindsItsSessionReleased) {
+    const support::FastTimers timers;
     const support::LogCapture log;
     Handle handle = open(1);
     start_zel_session(handle.get());
@@ -266,6 +273,32 @@ TEST_F(Exports, CollectNothingForSessionsThatAreNotRegistered) {
     EXPECT_FALSE(zel_collect_serial_data_for_session_v2(token, &key, &sample, 1));
     EXPECT_FALSE(zel_collect_serial_data_for_session_v2(token, nullptr, &sample, 1));
     EXPECT_FALSE(zel_collect_serial_data_for_session_v2(token, &key, nullptr, 1));
+}
+
+TEST_F(Exports, AReleaseNeedsNoMemory) {
+    ZEL::setLogSink([](const char*, size_t, void*) {}, nullptr);
+    for (const bool started : {false, true}) {
+        Handle handle = open(3600);
+        feed(handle, 12, support::kMidGrey);
+        if (started) {
+            start_zel_session(handle.get());
+        }
+        const size_t before = support::allocationCount();
+        handle.reset();
+        EXPECT_EQ(support::allocationCount(), before);
+    }
+    ZEL::setLogSink(nullptr, nullptr);
+}
+
+TEST_F(Exports, APlayerFindsTheDroppedFramesOfAHandleByItsToken) {
+    Handle handle = open(3600);
+    feed(handle, 12, support::kMidGrey);
+    start_zel_session(handle.get());
+    stop_zel_session(handle.get());
+    const int64_t token = std::stoll(host_.events().at(0).fields.at("zel_token"));
+    EXPECT_EQ(ZEL::queueDropsOfSession(token), (ZEL::QueueDrops{2, 0}));
+    handle.reset();
+    EXPECT_EQ(ZEL::queueDropsOfSession(token), std::nullopt);
 }
 
 TEST_F(Exports, LeaveTheListenersWhenAskedAndStillFreeTheSession) {

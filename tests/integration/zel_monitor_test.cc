@@ -142,13 +142,13 @@ int64_t finalValue(const std::vector<json>& objects, const std::string& key) {
     return objects.empty() ? -1 : objects.back().value(key, int64_t{-1});
 }
 
-/// Moving pictures that no detector minds.
+/// Moving frames that no detector minds.
 const std::string kGood = "testsrc2=s=320x180:r=25,scroll=h=0.02:v=0.01,trim=duration=";
 
 TEST(ZelMonitor, CountsBlackAndGreenStretchesOfARealFile) {
     const ScratchDir scratch;
     const std::string clip = scratch.file("faults.mp4");
-    // One black picture, so that the counter exists; then 100 in a row; and 50 green ones, of which the first
+    // One black frame, so that the counter exists; then 100 in a row; and 50 green ones, of which the first
     // is not counted.
     ffmpeg("-filter_complex \"" + kGood + "1[a];color=black:s=320x180:r=25:d=0.04[flash];" + kGood +
                "1[b];color=black:s=320x180:r=25:d=4[black];" + kGood +
@@ -223,14 +223,14 @@ TEST(ZelMonitor, ReadsAPipeAndKeepsTheLogApart) {
     const std::string log = scratch.file("zel.log");
     const Outcome watched = run("watch - --speed 4 --log '" + log + "' < '" + scratch.file("clip.ts") + "'");
     EXPECT_EQ(0, watched.status);
-    EXPECT_THAT(watched.lines, testing::Contains(HasSubstr("pictures")));
+    EXPECT_THAT(watched.lines, testing::Contains(HasSubstr("video frames fed")));
     EXPECT_THAT(watched.lines, testing::Each(Not(HasSubstr("zel log"))));
     const auto logged = support::readFile(log);
     EXPECT_THAT(std::string(logged.begin(), logged.end()), HasSubstr("ZELSessionPc start!!!"));
 }
 
 TEST(ZelMonitor, StopsCleanlyOnASignal) {
-    // A file: the built-in stream's source keeps a picture when it is closed in the middle, a fault of
+    // A file: the built-in stream's source keeps a frame when it is closed in the middle, a fault of
     // FFmpeg 5.1 that leak checkers see.
     const ScratchDir scratch;
     const std::string clip = scratch.file("clip.ts");

@@ -5,11 +5,11 @@
 namespace zel_monitor {
 namespace {
 
-size_t bytesOf(const Picture& picture) {
-    return size_t{picture.planes.width} * picture.planes.height * 3 / 2;
+size_t bytesOf(const VideoFrame& frame) {
+    return size_t{frame.planes.width} * frame.planes.height * 3 / 2;
 }
 
-size_t bytesOf(const Sound& sound) {
+size_t bytesOf(const AudioFrame& sound) {
     return static_cast<size_t>(sound.samples) * static_cast<size_t>(sound.channels) * sizeof(int16_t);
 }
 

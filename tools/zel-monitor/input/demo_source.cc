@@ -16,8 +16,8 @@ struct Stretch {
     std::string_view source = {};  ///< instead of the one that most stretches share
 };
 
-/// What most stretches start from: a moving, well-exposed picture, and speech.
-constexpr std::string_view kPicture = "testsrc2=s=640x360:r=25,scroll=h=0.02:v=0.01";
+/// What most stretches start from: a moving, well-exposed frame, and speech.
+constexpr std::string_view kFrame = "testsrc2=s=640x360:r=25,scroll=h=0.02:v=0.01";
 constexpr std::string_view kSpeech =
     "flite=voice=slt:text='The ship left the harbour at dawn and sailed along the coast. "
     "The captain watched the weather and wrote a long letter to his family. "
@@ -28,7 +28,7 @@ constexpr Stretch faulty(int seconds, std::string_view kind, std::string_view so
     return {seconds, fault.seen, fault.filters, source};
 }
 
-constexpr Stretch kPictures[] = {
+constexpr Stretch kFrames[] = {
     {10, "normal picture"}, faulty(5, "black"),        faulty(5, "green"),       faulty(5, "block"),
     faulty(5, "freeze"),    faulty(5, "underexposed"), faulty(5, "overexposed"), {12, "normal picture"},
 };
@@ -76,7 +76,7 @@ std::string sequence(std::span<const Stretch> stretches, std::string_view base, 
 /// Both streams of the demo. Sound comes in blocks of 10 ms, as real-time clients hand it over: digital
 /// silence takes one step of its period per block, however long the block is.
 std::string demoGraph() {
-    return sequence(kPictures, kPicture, "trim", "v=1:a=0,format=yuv420p[out0];") +
+    return sequence(kFrames, kFrame, "trim", "v=1:a=0,format=yuv420p[out0];") +
            sequence(kSounds, kSpeech, "atrim", "v=0:a=1,asetnsamples=160:p=0[out1]");
 }
 
@@ -90,12 +90,12 @@ MediaSource openInput(const std::string& input, MediaOptions options) {
     if (options.label.empty()) {
         options.label = "demo stream";
     }
-    options.duration = lengthOf(kPictures);
+    options.duration = lengthOf(kFrames);
     return MediaSource(demoGraph(), options);
 }
 
 std::string demoCaption(double position) {
-    return fmt::format("{}, {}", captionAt(kPictures, position), captionAt(kSounds, position));
+    return fmt::format("{}, {}", captionAt(kFrames, position), captionAt(kSounds, position));
 }
 
 }  // namespace zel_monitor

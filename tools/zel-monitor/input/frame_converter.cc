@@ -40,28 +40,28 @@ void FrameRelease::operator()(AVFrame* frame) const {
     av_frame_free(&frame);
 }
 
-Picture PictureConverter::convert(const AVFrame& frame) {
+VideoFrame VideoFrameConverter::convert(const AVFrame& frame) {
     const auto width = static_cast<uint32_t>(frame.width & ~1);
     const auto height = static_cast<uint32_t>(frame.height & ~1);
     if (width == 0 || height == 0) {
-        throw FfmpegError(AVERROR_PATCHWELCOME, "picture is smaller than 2x2");
+        throw FfmpegError(AVERROR_PATCHWELCOME, "frame is smaller than 2x2");
     }
     FrameHandle held =
         isShareable(frame) ? FrameHandle(orOutOfMemory(av_frame_clone(&frame))) : scaled(frame);
-    Picture picture{.time = 0,
-                    .duration = 0,
-                    .planes = {.width = width, .height = height, .data = {}, .stride = {}},
-                    .frame = nullptr};
+    VideoFrame converted{.time = 0,
+                         .duration = 0,
+                         .planes = {.width = width, .height = height, .data = {}, .stride = {}},
+                         .frame = nullptr};
     for (size_t plane = 0; plane < 3; ++plane) {
-        picture.planes.data[plane] = held->data[plane];
-        picture.planes.stride[plane] = static_cast<size_t>(held->linesize[plane]);
+        converted.planes.data[plane] = held->data[plane];
+        converted.planes.stride[plane] = static_cast<size_t>(held->linesize[plane]);
     }
-    picture.frame.reset(held.release());
-    return picture;
+    converted.frame.reset(held.release());
+    return converted;
 }
 
 /// The content of `frame` brought to planar 4:2:0.
-FrameHandle PictureConverter::scaled(const AVFrame& frame) {
+FrameHandle VideoFrameConverter::scaled(const AVFrame& frame) {
     const auto format = static_cast<AVPixelFormat>(frame.format);
     const AVPixelFormat target = targetFormat(format);
     scaler_.reset(sws_getCachedContext(scaler_.release(), frame.width, frame.height, format, frame.width,
@@ -83,7 +83,7 @@ FrameHandle PictureConverter::scaled(const AVFrame& frame) {
     return scaled;
 }
 
-AVBufferRef* PictureConverter::newBuffer(size_t size) {
+AVBufferRef* VideoFrameConverter::newBuffer(size_t size) {
     if (size != pool_size_) {
         pool_.reset(orOutOfMemory(av_buffer_pool_init(size, nullptr)));
         pool_size_ = size;
@@ -91,13 +91,13 @@ AVBufferRef* PictureConverter::newBuffer(size_t size) {
     return orOutOfMemory(av_buffer_pool_get(pool_.get()));
 }
 
-Sound SoundConverter::convert(const AVFrame& frame) {
-    Sound sound{.time = 0,
-                .sample_rate = frame.sample_rate,
-                .channels = frame.ch_layout.nb_channels,
-                .samples = frame.nb_samples,
-                .data = nullptr,
-                .buffer = nullptr};
+AudioFrame AudioFrameConverter::convert(const AVFrame& frame) {
+    AudioFrame sound{.time = 0,
+                     .sample_rate = frame.sample_rate,
+                     .channels = frame.ch_layout.nb_channels,
+                     .samples = frame.nb_samples,
+                     .data = nullptr,
+                     .buffer = nullptr};
     if (frame.format == AV_SAMPLE_FMT_S16 && frame.buf[0] != nullptr) {
         sound.buffer.reset(orOutOfMemory(av_buffer_ref(frame.buf[0])));
         sound.data = reinterpret_cast<const int16_t*>(frame.data[0]);
@@ -114,7 +114,7 @@ Sound SoundConverter::convert(const AVFrame& frame) {
     return sound;
 }
 
-void SoundConverter::configureFor(const AVFrame& frame) {
+void AudioFrameConverter::configureFor(const AVFrame& frame) {
     if (resampler_ && frame.format == format_ && frame.sample_rate == sample_rate_ &&
         frame.ch_layout.nb_channels == channels_) {
         return;

@@ -11,12 +11,12 @@ namespace zel_monitor {
 /// Stored luma values are kept: detectors are tuned to what a decoder hands to a player, so full range stays
 /// full range and limited stays limited, and only deeper samples are brought to 8 bits. RGB becomes
 /// limited-range BT.601. An odd last column or row is left out, because width * height * 3 / 2 bytes, as the
-/// library takes a picture, cannot hold the chroma that belongs to it.
-class PictureConverter {
+/// library takes a frame, cannot hold the chroma that belongs to it.
+class VideoFrameConverter {
   public:
-    /// A picture without its times. A frame that already is what is wanted is shared, not copied. Throws
+    /// A frame without its times. A frame that already is what is wanted is shared, not copied. Throws
     /// FfmpegError for a frame that cannot be converted.
-    Picture convert(const AVFrame& frame);
+    VideoFrame convert(const AVFrame& frame);
 
   private:
     FrameHandle scaled(const AVFrame& frame);
@@ -28,11 +28,11 @@ class PictureConverter {
 };
 
 /// Turns decoded audio frames into interleaved 16-bit samples of the same rate and channels.
-class SoundConverter {
+class AudioFrameConverter {
   public:
     /// A block without its time. Frames that are 16-bit interleaved already are shared, not copied. Throws
     /// FfmpegError for a frame that cannot be converted.
-    Sound convert(const AVFrame& frame);
+    AudioFrame convert(const AVFrame& frame);
 
   private:
     void configureFor(const AVFrame& frame);

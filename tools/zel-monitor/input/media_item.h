@@ -24,8 +24,8 @@ struct FrameRelease {
 /// One reference to a frame's content; may be released on any thread.
 using FrameReference = std::unique_ptr<AVFrame, FrameRelease>;
 
-/// One decoded picture as I420.
-struct Picture {
+/// One decoded frame as I420.
+struct VideoFrame {
     double time;                     ///< seconds since the start of the stream
     double duration;                 ///< seconds; 0 if the stream does not say
     ZELAlgo::ZELVideoPlanes planes;  ///< an odd last column or row is left out
@@ -33,7 +33,7 @@ struct Picture {
 };
 
 /// One block of decoded sound: `samples` times `channels` interleaved 16-bit samples.
-struct Sound {
+struct AudioFrame {
     double time;  ///< seconds since the start of the stream
     int sample_rate;
     int channels;
@@ -42,7 +42,20 @@ struct Sound {
     BufferHandle buffer;  ///< keeps `data` alive
 };
 
-using MediaItem = std::variant<Picture, Sound>;
+using MediaItem = std::variant<VideoFrame, AudioFrame>;
+
+/// How long a frame is taken to last whose stream does not say.
+inline constexpr double kFallbackFrameSeconds = 1.0 / 25;
+
+inline double durationOf(const VideoFrame& frame) {
+    return frame.duration > 0 ? frame.duration : kFallbackFrameSeconds;
+}
+inline double durationOf(const AudioFrame& sound) {
+    return static_cast<double>(sound.samples) / sound.sample_rate;
+}
+inline double durationOf(const MediaItem& item) {
+    return std::visit([](const auto& content) { return durationOf(content); }, item);
+}
 
 inline double timeOf(const MediaItem& item) {
     return std::visit([](const auto& content) { return content.time; }, item);

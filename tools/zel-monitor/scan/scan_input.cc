@@ -1,29 +1,43 @@
 #include "scan/scan_input.h"
 
+#include <zel/events/analyser.h>
+
 #include <algorithm>
+#include <deque>
 #include <exception>
-#include <fmt/format.h>
+#include <optional>
+#include <utility>
 
 #include "input/decode_ahead.h"
 #include "input/demo_source.h"
-#include "scan/analyser.h"
 
 namespace zel_monitor {
 namespace {
 
-/// Collects what an analysis finds.
-class Findings : public AnalysisListener {
+/// Collects what the analysis of one input finds.
+class Findings : public ZEL::EventListener {
   public:
     Findings(InputScan& scan, Progress::Slot& progress,
              const std::function<void(const ZEL::Event&)>& on_event)
         : scan_(scan), progress_(progress), on_event_(on_event) {}
 
-    void onRunBegan(ZEL::EventKind kind) override {
+    /// Keeps a frame that is fed next, because the analyser does not. It stays until it was shown.
+    const VideoFrame& keep(VideoFrame frame) {
+        waiting_.push_back(std::move(frame));
+        return waiting_.back();
+    }
+    /// The frame that was kept last was not taken.
+    void forgetLast() { waiting_.pop_back(); }
+
+    void onSuspected(ZEL::EventKind kind) override {
         if (scan_.record) {
-            scan_.record->onRunBegan(kind);
+            scan_.record->onSuspected(kind);
         }
     }
-    void onEvent(const ZEL::Event& event) override {
+    void onCleared(const ZEL::Event& event) override {
+        if (!event.counts()) {
+            return;
+        }
         scan_.report.events.push_back(event);
         ++progress_.events;
         if (scan_.record) {
@@ -31,9 +45,12 @@ class Findings : public AnalysisListener {
         }
         on_event_(event);
     }
-    void onPicture(const Picture& picture, double time_s) override {
+    /// Frames get their places in the order in which they were fed.
+    void onFrame(const ZEL::FrameMeasurement& frame) override {
+        shown_ = std::move(waiting_.front());
+        waiting_.pop_front();
         if (scan_.record) {
-            scan_.record->onPicture(picture, time_s);
+            scan_.record->onFrame(shown_->planes, frame.start_s);
         }
     }
     void onSilencePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result) override {
@@ -51,54 +68,54 @@ class Findings : public AnalysisListener {
     InputScan& scan_;
     Progress::Slot& progress_;
     const std::function<void(const ZEL::Event&)>& on_event_;
+    std::deque<VideoFrame> waiting_;   // without a place in the stream yet
+    std::optional<VideoFrame> shown_;  // while the record may look at it
 };
 
-/// A message of the source without the input's name, which the report has already.
-std::string reasonFrom(const std::string& message, const std::string& input) {
-    const std::string prefix = input + ": ";
-    return message.starts_with(prefix) ? message.substr(prefix.size()) : message;
+void feed(ZEL::EventAnalyser& analyser, Findings& findings, VideoFrame frame) {
+    const double time_s = frame.time;  // the frame may be placed, and gone, within the call
+    const double duration_s = frame.duration;
+    const ZELAlgo::ZELVideoPlanes planes = findings.keep(std::move(frame)).planes;
+    if (!analyser.feedVideo(planes, time_s, duration_s)) {
+        findings.forgetLast();
+    }
 }
 
-/// An end before the declared one: whatever was there is gone, so the stream has not been seen to its end.
-/// This does not hang on the rules for events.
-std::optional<std::string> missingEnd(const InputReport& report, const std::optional<double>& declared_s) {
-    const double missing_s = declared_s.value_or(0.0) - report.length_s;
-    if (missing_s + ZEL::kSlackS >= infoOf(ZEL::EventKind::kShort).rule.min_s) {
-        return fmt::format("it ends {:.3f} s before its declared end", missing_s);
-    }
-    return std::nullopt;
+void feed(ZEL::EventAnalyser& analyser, Findings& /*findings*/, const AudioFrame& sound) {
+    analyser.feedAudio({.sample_rate = static_cast<uint32_t>(sound.sample_rate),
+                        .samples = static_cast<uint32_t>(sound.samples),
+                        .channels = static_cast<uint32_t>(sound.channels),
+                        .data = sound.data},
+                       sound.time);
 }
 
 void analyse(MediaSource& source, const ZEL::EventRules& rules, InputScan& scan, Progress::Slot& progress,
              Findings& findings, const std::atomic<bool>& stop) {
     InputReport& report = scan.report;
     const auto& video = report.facts.video;
-    const ZEL::StreamTracks tracks{.video = video.has_value(),
-                                   .audio = report.facts.audio.has_value(),
-                                   .still_picture = video && video->still};
-    Analyser analyser(rules, tracks, findings);
+    ZEL::EventAnalyser analyser(findings, {.tracks = {.video = video.has_value(),
+                                                      .audio = report.facts.audio.has_value(),
+                                                      .still = video && video->still},
+                                           .rules = rules});
     {
         DecodeAhead ahead(source);
         try {
             while (std::optional<MediaItem> item = ahead.next()) {
-                std::visit([&](auto& content) { analyser.take(std::move(content)); }, *item);
+                std::visit([&](auto& content) { feed(analyser, findings, std::move(content)); }, *item);
                 progress.position_s = analyser.reached();
             }
         } catch (const MediaError& error) {
-            report.problem = reasonFrom(error.what(), report.facts.input);
+            report.problem = error.reason();
         }
     }
     report.counts = source.counts();
-    const bool anything = report.counts.pictures + report.counts.sounds > 0;
+    const bool anything = report.counts.video_frames + report.counts.audio_frames > 0;
     const auto declared_s =
         anything && !stop && !report.facts.duration_estimated ? report.facts.duration : std::nullopt;
-    analyser.finish(declared_s);
+    analyser.endOfStream(declared_s);
     report.length_s = analyser.reached();
-    if (!report.problem) {
-        report.problem = missingEnd(report, declared_s);
-    }
-    if (!report.problem) {
-        report.problem = source.shortfall();
+    if (!report.problem && source.shortfall()) {
+        report.problem = source.shortfall()->detail;
     }
 }
 
@@ -119,8 +136,10 @@ InputScan scanInput(const std::string& input, const ZEL::EventRules& rules, bool
         }
         Findings findings(scan, progress, on_event);
         analyse(source, rules, scan, progress, findings, stop);
+    } catch (const MediaError& error) {
+        report.problem = error.reason();
     } catch (const std::exception& error) {
-        report.problem = reasonFrom(error.what(), input);
+        report.problem = error.what();
     }
     if (stop) {
         report.problem = "stopped before its end";

@@ -7,7 +7,7 @@
 
 namespace zel_monitor {
 
-/// Whether a transport stream holds more pictures, or more sound, after `place`, where the last packet of
+/// Whether a transport stream holds more frames, or more sound, after `place`, where the last packet of
 /// that type begins that libavformat gave. It gives none of a stream whose coding changes, or only rubbish,
 /// but says nothing. False for inputs in which it cannot be looked up. Leaves the input elsewhere.
 bool hasUnreadTail(const AVFormatContext& format, AVMediaType type, int64_t place);

@@ -1,0 +1,153 @@
+#include "judges/block_judge.h"
+
+#include <algorithm>
+
+namespace ZELJudges {
+namespace {
+
+constexpr double kSlackS = 1e-3;
+constexpr double kLookS = 0.075;    // from look to look at least: every second frame at 25 a second
+constexpr double kWindowS = 0.25;   // over which edges are gathered before combs are laid over them
+constexpr double kReachS = 0.5;     // to either side over which strengths are averaged
+constexpr double kMostWaitS = 5.0;  // for a weak beginning to become strong
+
+constexpr float kNearLimit = 0.075F;  // share of strips
+constexpr float kFarLimit = 0.05F;
+constexpr float kStays = 0.6F;  // of the limit, once blocky
+
+constexpr size_t kLongestPeriod = 32;
+constexpr size_t kLongestFarPeriod = 24;  // loop filters are laid over grids of whole blocks
+constexpr size_t kFarPeriodStep = 4;
+
+}  // namespace
+
+bool BlockJudge::wants(double time_s) const {
+    return looks_ == 0 || time_s < looked_s_ || time_s >= looked_s_ + kLookS - kSlackS;
+}
+
+std::span<const Stretch> BlockJudge::feed(const Strips* strips, double time_s, double duration_s) {
+    settled_.clear();
+    const bool other_size = strips != nullptr && (strips->width != width_ || strips->height != height_);
+    if (other_size || time_s < start_s_) {
+        end();
+    }
+    if (strips != nullptr && looks_ > 0 && time_s >= start_s_ + kWindowS - kSlackS) {
+        closeWindow();
+    }
+    if (strips != nullptr) {
+        look(*strips, time_s);
+    }
+    end_s_ = time_s + duration_s;
+    return settled_;
+}
+
+std::span<const Stretch> BlockJudge::finish() {
+    settled_.clear();
+    end();
+    return settled_;
+}
+
+void BlockJudge::look(const Strips& strips, double time_s) {
+    if (looks_ == 0) {
+        width_ = strips.width;
+        height_ = strips.height;
+        start_s_ = time_s;
+        columns_.clear(strips.width);
+        rows_.clear(strips.height / 8 * 8);
+    }
+    addColumnEdges(strips, columns_);
+    addRowEdges(strips, rows_);
+    looked_s_ = time_s;
+    ++looks_;
+}
+
+void BlockJudge::closeWindow() {
+    windows_.push_back({start_s_, end_s_, strength()});
+    looks_ = 0;
+    judge(false);
+}
+
+float BlockJudge::strength() {
+    const auto stronger = [](const CombStrength& across, const CombStrength& down) {
+        return std::max({across.eight, down.eight, std::min(across.any, down.any)});
+    };
+    const size_t across = height_ / 8 * looks_;
+    const size_t down = width_ / 8 * looks_;
+    const float near = stronger(comb_.strength(columns_.near, across, kLongestPeriod, 1),
+                                comb_.strength(rows_.near, down, kLongestPeriod, 1));
+    const float far = stronger(comb_.strength(columns_.far, across, kLongestFarPeriod, kFarPeriodStep),
+                               comb_.strength(rows_.far, down, kLongestFarPeriod, kFarPeriodStep));
+    return std::max(near / kNearLimit, far / kFarLimit);
+}
+
+float BlockJudge::meanStrength(size_t window) const {
+    const double middle_s = windows_[window].middle();
+    float sum = 0.0F;
+    float count = 0.0F;
+    for (const Window& other : windows_) {
+        if (std::abs(other.middle() - middle_s) <= kReachS) {
+            sum += other.strength;
+            count += 1.0F;
+        }
+    }
+    return sum / count;
+}
+
+void BlockJudge::judge(bool at_end) {
+    while (judged_ < windows_.size() &&
+           (at_end || windows_.back().middle() >= windows_[judged_].middle() + kReachS)) {
+        const float mean = meanStrength(judged_);
+        const bool strong = windows_[judged_].strength >= kStays;
+        ++judged_;
+        if (mean < kStays) {
+            open_ = false;
+            settle(judged_, false);
+        } else if (open_ || mean >= 1.0F) {
+            if (!open_) {
+                open_ = true;
+                size_t first = unsettled_;  // a weak beginning belongs to it
+                while (first < judged_ && windows_[first].strength < kStays) {
+                    ++first;
+                }
+                settle(first, false);
+            }
+            if (strong) {
+                settle(judged_, true);
+            }
+        } else {
+            while (windows_[unsettled_].end_s < windows_[judged_ - 1].end_s - kMostWaitS) {
+                settle(unsettled_ + 1, false);
+            }
+        }
+    }
+    // What no later mean reaches back to.
+    size_t old = 0;
+    while (old < unsettled_ && old < judged_ &&
+           windows_[old].middle() < windows_[judged_ - 1].middle() - kReachS) {
+        ++old;
+    }
+    windows_.erase(windows_.begin(), windows_.begin() + static_cast<std::ptrdiff_t>(old));
+    judged_ -= old;
+    unsettled_ -= old;
+}
+
+void BlockJudge::settle(size_t end, bool present) {
+    for (; unsettled_ < end; ++unsettled_) {
+        const Window& window = windows_[unsettled_];
+        settled_.push_back({window.start_s, window.end_s, present, window.strength * kNearLimit, kNearLimit});
+    }
+}
+
+void BlockJudge::end() {
+    if (looks_ > 0) {
+        closeWindow();
+    }
+    judge(true);
+    settle(windows_.size(), false);
+    windows_.clear();
+    judged_ = 0;
+    unsettled_ = 0;
+    open_ = false;
+}
+
+}  // namespace ZELJudges

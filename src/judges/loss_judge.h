@@ -1,0 +1,41 @@
+#ifndef ZEL_SRC_JUDGES_LOSS_JUDGE_H_
+#define ZEL_SRC_JUDGES_LOSS_JUDGE_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "judges/cells.h"
+#include "judges/stretch.h"
+
+namespace ZELJudges {
+
+/// Tells stretches in which part of the frame was never decoded: areas along rows of blocks that turn at
+/// once, while the rest of the frame goes on, into the one flat grey or green that decoders start from. One
+/// thread at a time.
+class LossJudge {
+  public:
+    /// The next frame, shown from `time_s` for `duration_s`. Returns its verdict, valid until the next call:
+    /// the value is the share of lost cells, the limit how much makes a fault.
+    std::span<const Stretch> feed(const Cells& cells, double time_s, double duration_s);
+
+    /// The end of the stream: begins anew.
+    void finish();
+
+  private:
+    size_t markBlank(const Cells& cells);
+    bool liesInRows(size_t columns) const;
+    bool restGoesOn(const Cells& cells) const;
+
+    bool lost_ = false;
+    size_t columns_ = 0;
+    std::vector<uint16_t> luma_;         // of the frame before
+    std::vector<uint8_t> blank_;         // cells that are flat and of a decoder's colour
+    std::vector<uint8_t> blank_before_;  // of the frame before
+    Stretch last_{};
+};
+
+}  // namespace ZELJudges
+
+#endif  // ZEL_SRC_JUDGES_LOSS_JUDGE_H_
