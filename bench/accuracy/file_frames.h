@@ -1,17 +1,27 @@
 #ifndef ZEL_BENCH_ACCURACY_FILE_FRAMES_H_
 #define ZEL_BENCH_ACCURACY_FILE_FRAMES_H_
 
+#include <functional>
 #include <string>
 
-#include "support/filter_source.h"
+extern "C" {
+#include <libavutil/frame.h>
+#include <libavutil/rational.h>
+}
 
 namespace bench::accuracy {
 
-// A file's frames, decoded by FFmpeg's filters alone. Throw std::runtime_error if it cannot be read or has no
-// such track.
+/// Decoded pictures or sound, frame by frame.
+struct FrameStream {
+    AVRational time_base;
+    std::function<AVFrame*()> next;  ///< null at the end; a frame is valid until the next call
+};
 
-support::FilterSource videoFrames(const std::string& file);  ///< as 4:2:0
-support::FilterSource soundFrames(const std::string& file);
+// A file's frames, decoded by libavcodec alone; what it refuses is skipped. Throw std::runtime_error if the
+// file cannot be read or has no such track.
+
+FrameStream videoFrames(const std::string& file);
+FrameStream soundFrames(const std::string& file);
 
 }  // namespace bench::accuracy
 

@@ -11,7 +11,7 @@ namespace bench::accuracy {
 
 std::string frameVerdicts(const std::string& name, const std::string& file) {
     ZELAlgo::AlgoFacade facade;
-    support::FilterSource source = videoFrames(file);
+    const FrameStream stream = videoFrames(file);
     int frames = 0;
     int black = 0;
     int green = 0;
@@ -19,9 +19,10 @@ std::string frameVerdicts(const std::string& name, const std::string& file) {
     int over = 0;
     int block = 0;
     int freeze = 0;
-    for (; source.advance(); ++frames) {
+    while (const AVFrame* const frame = stream.next()) {
+        ++frames;
         ZELAlgo::ZELVideoResult result{};
-        facade.detectPlanes(planesOf(source.frame()), result);
+        facade.detectPlanes(planesOf(*frame), result);
         black += result.screen_type == 1 ? 1 : 0;
         green += result.screen_type == 2 ? 1 : 0;
         under += result.exposure_type == 1 ? 1 : 0;

@@ -22,6 +22,7 @@ using ZEL::EventSource;
 using ZEL::TimeSpan;
 
 constexpr double kBlockinessStepS = 0.5;
+constexpr const char* kPlanes = "format=yuv420p,";  // what our detectors look at
 
 std::optional<double> number(const AVFrame& frame, std::string_view key) {
     const AVDictionaryEntry* const entry =
@@ -45,7 +46,9 @@ class SpanWatcher : public Watcher {
                 AVRational time_base)
         : rival_(rival),
           least_s_(least_s),
-          chain_(fmt::format("{}=d={}{}", rival.filter, least_s, setting), first, time_base) {}
+          chain_(fmt::format("{}{}=d={}{}", rival.source == EventSource::kVideo ? kPlanes : "", rival.filter,
+                             least_s, setting),
+                 first, time_base) {}
 
     void see(AVFrame& frame, double /*at_s*/) override {
         const AVFrame* const seen = chain_.pass(frame);
@@ -95,7 +98,7 @@ class BlockinessWatcher : public Watcher {
         }
         const double step = std::floor((at_s - *first_s_) / kBlockinessStepS);
         if (values_.empty() || step * kBlockinessStepS > values_.back().start_s) {
-            chain_ = std::make_unique<FilterChain>("blockdetect", frame, time_base_);
+            chain_ = std::make_unique<FilterChain>(std::string(kPlanes) + "blockdetect", frame, time_base_);
             values_.push_back({step * kBlockinessStepS, 0.0});
         }
         if (const AVFrame* const seen = chain_->pass(frame)) {
@@ -206,16 +209,16 @@ const Rival* rivalOf(std::string_view kind) {
     return found != all.end() ? &*found : nullptr;
 }
 
-std::vector<Findings> findWithRivals(support::FilterSource frames, const std::vector<const Rival*>& asked,
+std::vector<Findings> findWithRivals(const FrameStream& frames, const std::vector<const Rival*>& asked,
                                      bool all_settings) {
-    const AVRational time_base = frames.timeBase();
+    const AVRational time_base = frames.time_base;
     std::unique_ptr<Watch> watch;
     std::array<int, 3> first{};
     double start_s = 0.0;
     double last_s = 0.0;
     double length_s = 0.0;  // of the last frame
-    while (frames.advance()) {
-        AVFrame& frame = frames.frame();
+    while (AVFrame* const next = frames.next()) {
+        AVFrame& frame = *next;
         const std::array properties{frame.format, frame.width, frame.height};
         if (frame.pts == AV_NOPTS_VALUE || (watch && properties != first)) {
             continue;  // damage may break a header, and filters that run do not bear other frames

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "support/filter_source.h"
+#include "bench/accuracy/file_frames.h"
 
 namespace bench::accuracy {
 
@@ -44,7 +44,7 @@ struct Findings {
 
 /// What rivals of one source find in a file's frames, with all their settings or by default. Times count from
 /// the first frame. Throws std::runtime_error if there are no frames.
-std::vector<Findings> findWithRivals(support::FilterSource frames, const std::vector<const Rival*>& asked,
+std::vector<Findings> findWithRivals(const FrameStream& frames, const std::vector<const Rival*>& asked,
                                      bool all_settings);
 
 /// Events by a threshold, made by the same rules as ours.

@@ -15,7 +15,7 @@ extern "C" {
 
 namespace support {
 
-/// Frames that FFmpeg's filters make out of nothing, or out of a file that they read.
+/// Frames that FFmpeg's filters make out of nothing.
 class FilterSource {
   public:
     /// `sink` is "buffersink" for pictures, "abuffersink" for sound. Throws std::runtime_error if there are

@@ -17,6 +17,7 @@
 #include "bench/accuracy/results.h"
 #include "bench/accuracy/rivals.h"
 #include "bench/accuracy/scoring.h"
+#include "support/filter_source.h"
 
 namespace {
 
@@ -68,7 +69,9 @@ TEST(AccuracyScoring, OfAFaultThatComesAndGoesAnyPartIsEnoughButNotTheWholeClip)
 std::vector<Findings> findings(const std::string& graph, std::string_view kind, bool all_settings = false) {
     const Rival* const rival = rivalOf(kind);
     const bool sound = rival->source == ZEL::EventSource::kAudio;
-    return findWithRivals({graph, sound ? "abuffersink" : "buffersink"}, {rival}, all_settings);
+    support::FilterSource source(graph, sound ? "abuffersink" : "buffersink");
+    const FrameStream frames{source.timeBase(), [&] { return source.advance() ? &source.frame() : nullptr; }};
+    return findWithRivals(frames, {rival}, all_settings);
 }
 
 TEST(AccuracyRivals, TheirFindingsAreReadFromTheFrames) {
