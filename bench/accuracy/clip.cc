@@ -78,7 +78,7 @@ ClipFolder::~ClipFolder() {
 }
 
 std::string ClipFolder::texture() const {
-    const std::string made = file("texture.mp4");
+    std::string made = file("texture.mp4");
     if (!fs::exists(made)) {
         const std::string part = file("texture.part.mp4");
         runProgram({ZEL_BENCH_FOLDER "/make_clip", "1280x720", part});
@@ -88,7 +88,7 @@ std::string ClipFolder::texture() const {
 }
 
 std::string ClipFolder::make(const Clip& clip) const {
-    const std::string made = file(clip.name + "." + clip.type);
+    std::string made = file(clip.name + "." + clip.type);
     const std::string note = made + ".recipe";
     const std::string recipe =
         fmt::format("{}\n{}\n", fmt::join(clip.recipes, "\n"), clip.packets_lost ? "packets lost" : "");

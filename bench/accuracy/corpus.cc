@@ -125,7 +125,7 @@ void addFreeze(std::vector<Case>& cases) {
     const std::string frozen =  // frame 100 stays for 4 s more
         "testsrc2=s=640x360:r=25:d=8,scroll=h=0.01,loop=loop=100:size=1:start=100,setpts=N/25/TB";
     const std::string still = "testsrc2=s=640x360:r=25:d=1,trim=end_frame=1,loop=loop=300:size=1";
-    const auto withClock = [&](const char* place) {
+    const auto with_clock = [&](const char* place) {
         return complexVideo(frozen + "[a];testsrc=s=96x72:r=25:d=12[b];[a][b]overlay=" + place +
                             ":shortest=1");
     };
@@ -135,9 +135,9 @@ void addFreeze(std::vector<Case>& cases) {
          {"freeze-none", kEasy, "everything moves", kNever, video(kScene)},
          {"freeze-coarse", kHard, "a freeze coded coarsely", truth, video(frozen, "36")},
          {"freeze-noise", kHard, "noise over a freeze", truth, video(frozen + ",noise=alls=8:allf=t")},
-         {"freeze-clock", kHard, "a running clock over a freeze", truth, withClock("x=16:y=16")},
+         {"freeze-clock", kHard, "a running clock over a freeze", truth, with_clock("x=16:y=16")},
          {"freeze-clock-inside", kHard, "the same in the middle of the frame", truth,
-          withClock("x=272:y=144")},
+          with_clock("x=272:y=144")},
          {"freeze-slow-pan", kHard, "a slow pan, which is no freeze", kNever,
           video(still + ",scroll=h=0.0004")},
          {"freeze-small-motion", kHard, "a still scene in which something small moves", kNever,

@@ -12,6 +12,7 @@
 #include <map>
 #include <stdexcept>
 #include <string>
+#include <variant>
 
 extern "C" {
 #include <libavutil/log.h>
@@ -248,9 +249,8 @@ int run(const Options& options) {
     return 0;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+/// What was asked for; the exit status if there is nothing left to do.
+std::variant<Options, int> parse(int argc, char** argv) {
     Options options;
     CLI::App app(
         "Measures how right the events of zel-monitor scan are, beside FFmpeg's detectors. Clips with known "
@@ -284,11 +284,20 @@ int main(int argc, char** argv) {
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? 0 : 2;
     }
+    return options;
+}
 
-    ZEL::setLogSink([](const char*, size_t, void*) {}, nullptr);
-    av_log_set_level(AV_LOG_QUIET);
+}  // namespace
+
+int main(int argc, char** argv) {
     try {
-        return run(options);
+        const std::variant<Options, int> asked = parse(argc, argv);
+        if (const int* const status = std::get_if<int>(&asked)) {
+            return *status;
+        }
+        ZEL::setLogSink([](const char*, size_t, void*) {}, nullptr);
+        av_log_set_level(AV_LOG_QUIET);
+        return run(std::get<Options>(asked));
     } catch (const std::exception& error) {
         writeError(fmt::format("accuracy: {}\n", error.what()));
         return 3;

@@ -143,7 +143,7 @@ std::string graphOf(const Variant& variant, bool sound) {
     const std::string base =
         sound ? "[0:a]aresample=48000,aformat=sample_fmts=flt:channel_layouts=stereo,asetnsamples=480"
               : "[0:v]crop=floor(iw/16)*16:floor(ih/16)*16,setsar=1,format=yuv420p";
-    const std::string head = fmt::format("{},{}=0:{},{}", base, trim, kLengthS, reset);
+    std::string head = fmt::format("{},{}=0:{},{}", base, trim, kLengthS, reset);
     if (variant.filters.empty()) {
         return head;
     }

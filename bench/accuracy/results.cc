@@ -61,7 +61,7 @@ std::optional<double> scoreBlockiness(std::vector<Result>& results) {
             values.push_back(part.value);
         }
     }
-    const auto accuracyAt = [&results](double threshold) {
+    const auto accuracy_at = [&results](double threshold) {
         Score all;
         for (const Result& result : results) {
             if (!result.blockiness.empty()) {
@@ -74,8 +74,9 @@ std::optional<double> scoreBlockiness(std::vector<Result>& results) {
     if (thresholds.empty()) {
         return std::nullopt;
     }
-    const double best = *std::max_element(thresholds.begin(), thresholds.end(),
-                                          [&](double a, double b) { return accuracyAt(a) < accuracyAt(b); });
+    const double best = *std::max_element(thresholds.begin(), thresholds.end(), [&](double a, double b) {
+        return accuracy_at(a) < accuracy_at(b);
+    });
     for (Result& result : results) {
         if (!result.blockiness.empty()) {
             result.rival = scoreOf(result.tested->truth, blockEvents(result.blockiness, best));
