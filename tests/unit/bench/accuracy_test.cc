@@ -103,6 +103,12 @@ TEST(AccuracyRivals, BlockinessIsMeasuredAnewEachHalfSecond) {
     EXPECT_THAT(blockEvents({{0.0, 1.0}, {0.5, 3.0}}, 4.0), IsEmpty());
 }
 
+TEST(AccuracyRivals, FramesWhoseSizeDamageHasChangedAreLeftOut) {
+    const auto values =
+        findings("testsrc2=s=64x48:r=25:d=1,scale=w='if(lt(n,10),64,16640)':h=16:eval=frame", "block");
+    EXPECT_THAT(values[0].blockiness, SizeIs(1));  // ten frames
+}
+
 TEST(AccuracyResults, ThresholdThatServesTheRivalBestIsTaken) {
     const auto blocky = std::find_if(corpus().begin(), corpus().end(), [](const Case& c) {
         return c.kind == ZEL::EventKind::kBlock && !c.truth.empty();
