@@ -73,8 +73,9 @@ ExposureJudge::Verdicts ExposureJudge::feed(const Cells& cells, bool is_black, d
     const auto share = [&counts](size_t part) {
         return static_cast<float>(part) / static_cast<float>(std::max<size_t>(counts.all, 1));
     };
-    const bool judged = counts.all > 0 && static_cast<double>(counts.all) >=
-                                              kLeastArea * static_cast<double>(cells.luma.size());
+    const bool judged =
+        !is_black && counts.all > 0 &&
+        static_cast<double>(counts.all) >= kLeastArea * static_cast<double>(cells.luma.size());
     const double end_s = time_s + duration_s;
     const float bright = share(counts.bright);
     under_ = {time_s, end_s, judged && bright < kLeastBright, bright, kLeastBright};
