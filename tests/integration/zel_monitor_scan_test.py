@@ -106,7 +106,7 @@ class Inputs(ScanTest):
         self.assertAlmostEqual(report["events"][-1]["end_s"], 6.0, delta=0.05)
         no_index = self.folder / "no_index.mp4"
         no_index.write_bytes(self.clip_of("late.mp4", FAULTY, "-c:v mpeg4").read_bytes()[:20000])
-        self.assert_refused(no_index, "Invalid data")
+        self.assert_refused(no_index, "cut off: its index is missing")
 
         report = self.scan_one(cut, "--min", "short=1h", "--fail-on", "black=1h", status=3)
         self.assertEqual((report["verdict"], report["totals"]["short"]["events"]), ("incomplete", 0))

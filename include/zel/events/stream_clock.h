@@ -12,18 +12,19 @@ namespace ZEL {
 
 enum class StreamTrack : uint8_t { kVideo, kAudio };
 
-/// Makes stream time out of the timestamps of a stream's two tracks, which may jump. The time of a track never
-/// runs backwards.
+/// Makes stream time out of the timestamps of a stream's two tracks, which may jump. The time of a track
+/// never runs backwards.
 ///
 /// - *Discontinuity forward*: a gap, the stream goes on at the later timestamp.
-/// - *Discontinuity backward*, as where streams were joined: the stream goes on where it was. Both tracks jump
+/// - *Discontinuity backward*, as where streams were joined: the stream goes on where it was. Both tracks
+/// jump
 ///   there, one a little before the other; the new part begins for both where the longer one's old part ends.
 /// - *Wrong timestamps* of single frames: they are placed as if nothing had happened. The first frame's is
 ///   wrong if the second one's lies before it.
 /// - *Wraparound*: see unwrapped(); a wrap that was not undone counts as a discontinuity backward.
 ///
-/// To tell these apart frames whose timestamps jump are held until a later one tells, at most kMostVideoHeld or
-/// kMostAudioHeld of them. Frames of a track are placed in the order taken, so the caller keeps those that
+/// To tell these apart frames whose timestamps jump are held until a later one tells, at most kMostVideoHeld
+/// or kMostAudioHeld of them. Frames of a track are placed in the order taken, so the caller keeps those that
 /// wait in a queue of its own. Times that a clock gave are left as they are by another clock.
 ///
 /// One thread at a time.
@@ -35,20 +36,26 @@ class StreamClock {
     static constexpr double kLeastJumpS = 0.05;
     /// Up to this lies between the timestamps at which the two tracks begin one part.
     static constexpr double kMostApartS = 5.0;
+    /// A player need not wait for the end of a gap that is longer.
+    static constexpr double kLongestWaitS = 10.0;
     static constexpr size_t kMostVideoHeld = 4;
     /// One packet of a transport stream holds several frames of audio, under one timestamp.
     static constexpr size_t kMostAudioHeld = 32;
 
-    /// Called for the oldest frame of `track` that has no place yet: it begins at `start_s` of the stream. Must
-    /// not call the clock.
+    /// Called for the oldest frame of `track` that has no place yet: it begins at `start_s` of the stream.
+    /// Must not call the clock.
     using Place = std::function<void(StreamTrack track, double start_s)>;
 
     StreamClock();
 
-    /// Takes the next frame of `track`, with the timestamp `stamp_s` and `length_s` long, both in seconds, and
-    /// places all whose places are certain. A timestamp that is not finite stands for none: the frame follows
-    /// the one before it. A length that is negative or not finite counts as 0.
+    /// Takes the next frame of `track`, with the timestamp `stamp_s` and `length_s` long, both in seconds,
+    /// and places all whose places are certain. A timestamp that is not finite stands for none: the frame
+    /// follows the one before it. A length that is negative or not finite counts as 0.
     void take(StreamTrack track, double stamp_s, double length_s, const Place& place);
+
+    /// Places what is held of `track`, as the timestamps say: for who can wait no longer for a frame that
+    /// tells.
+    void settle(StreamTrack track, const Place& place) { acceptJump(of(track), place); }
 
     /// The stream is over: places what is still held, video first.
     void finish(const Place& place);

@@ -44,6 +44,19 @@ struct Sound {
 
 using MediaItem = std::variant<Picture, Sound>;
 
+/// How long a picture is taken to last whose stream does not say.
+inline constexpr double kFallbackPictureSeconds = 1.0 / 25;
+
+inline double durationOf(const Picture& picture) {
+    return picture.duration > 0 ? picture.duration : kFallbackPictureSeconds;
+}
+inline double durationOf(const Sound& sound) {
+    return static_cast<double>(sound.samples) / sound.sample_rate;
+}
+inline double durationOf(const MediaItem& item) {
+    return std::visit([](const auto& content) { return durationOf(content); }, item);
+}
+
 inline double timeOf(const MediaItem& item) {
     return std::visit([](const auto& content) { return content.time; }, item);
 }

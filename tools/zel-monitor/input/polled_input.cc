@@ -14,7 +14,6 @@ namespace zel_monitor {
 namespace {
 
 constexpr int kBufferBytes = 32 * 1024;
-constexpr size_t kBeginningBytes = 4096;
 constexpr int kLongestWaitMs = 100;
 
 }  // namespace
@@ -54,7 +53,7 @@ class PolledInput::Descriptor {
 
   private:
     void keepBeginning(std::span<const uint8_t> bytes) {
-        const size_t kept = std::min(bytes.size(), kBeginningBytes - beginning_.size());
+        const size_t kept = std::min(bytes.size(), PolledInput::kBeginningBytes - beginning_.size());
         beginning_.insert(beginning_.end(), bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(kept));
     }
 

@@ -2,6 +2,7 @@
 #define ZEL_TOOLS_INPUT_POLLED_INPUT_H_
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <span>
@@ -30,7 +31,8 @@ class PolledInput {
     /// Stays with this object.
     AVIOContext* context() const { return context_.get(); }
 
-    /// The first bytes that were read, some thousand at most; FFmpeg does not keep them.
+    static constexpr size_t kBeginningBytes = 4096;
+    /// The first bytes that were read, that many at most; FFmpeg does not keep them.
     std::span<const uint8_t> beginning() const;
 
   private:

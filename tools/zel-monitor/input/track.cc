@@ -1,15 +1,19 @@
 #include "input/track.h"
 
-#include <algorithm>
-#include <string_view>
+#include <cmath>
 #include <utility>
+
+#include "input/media_type.h"
+#include "input/stream_facts.h"
 
 namespace zel_monitor {
 namespace {
 
-constexpr double kLeastJumpBackSeconds = 0.5;
-
-CodecHandle openDecoder(const AVStream& stream, const AVCodec* decoder) {
+CodecHandle openDecoder(StreamTrack track, const AVStream& stream) {
+    const AVCodec* const decoder = avcodec_find_decoder(stream.codecpar->codec_id);
+    if (decoder == nullptr) {
+        throw noDecoderFor(track);
+    }
     CodecHandle codec(orOutOfMemory(avcodec_alloc_context3(decoder)));
     codec->pkt_timebase = stream.time_base;
     codec->thread_count = 0;  // as many as there are processors
@@ -18,69 +22,99 @@ CodecHandle openDecoder(const AVStream& stream, const AVCodec* decoder) {
     return codec;
 }
 
-FfmpegError noDecoder(AVMediaType type) {
-    return {AVERROR_DECODER_NOT_FOUND, type == AVMEDIA_TYPE_VIDEO ? "no decoder for the video stream"
-                                                                  : "no decoder for the audio stream"};
-}
-
-bool codesPictures(AVCodecID codec) {
-    const AVCodecDescriptor* const descriptor = avcodec_descriptor_get(codec);
-    return descriptor != nullptr && descriptor->mime_types != nullptr &&
-           std::string_view(*descriptor->mime_types).starts_with("image/");
+double secondsOf(int64_t ticks, const AVStream& stream) {
+    return static_cast<double>(ticks) * av_q2d(stream.time_base);
 }
 
 }  // namespace
 
-bool Track::jumpsBack() const {
-    return given_to && timeOf(ready.front()) + kLeastJumpBackSeconds < *given_to;
-}
+Track::Track(StreamTrack track, const AVStream& stream, StreamOrigin& origin, TrackListener& listener)
+    : track_(track),
+      stream_(&stream),
+      origin_(origin),
+      listener_(listener),
+      codec_(openDecoder(track, stream)) {}
 
-void openBestStream(Track& track, AVFormatContext& format, int related) {
-    const AVCodec* decoder = nullptr;
-    const int index = av_find_best_stream(&format, track.type, -1, related, &decoder, 0);
-    if (index == AVERROR_DECODER_NOT_FOUND) {
-        throw noDecoder(track.type);
-    }
-    if (index < 0 || (related >= 0 && !belongTogether(format, index, related))) {
-        return;
-    }
-    AVStream* const stream = format.streams[index];
-    if ((stream->disposition & AV_DISPOSITION_ATTACHED_PIC) != 0) {  // the cover of a sound file
-        return;
-    }
-    track.codec = openDecoder(*stream, decoder);
-    track.stream = stream;
-    stream->discard = AVDISCARD_DEFAULT;
-}
-
-bool belongTogether(AVFormatContext& format, int a, int b) {
-    AVProgram* program = nullptr;
-    bool in_another = false;
-    while ((program = av_find_program_from_stream(&format, program, a)) != nullptr) {
-        const auto* const begin = program->stream_index;
-        const auto* const end = begin + program->nb_stream_indexes;
-        if (std::find(begin, end, static_cast<unsigned>(b)) != end) {
-            return true;
+void Track::decode(const AVPacket& packet, const AVStream& stream) {
+    if (&stream != stream_) {
+        finish();
+        stream_ = &stream;
+        gave_anything_ = false;
+        codec_.reset();
+        try {
+            codec_ = openDecoder(track_, stream);
+        } catch (const FfmpegError& reason) {
+            listener_.onStreamRefused(reason);
         }
-        in_another = true;
     }
-    return !in_another || av_find_program_from_stream(&format, nullptr, b) == nullptr;
+    if (codec_) {
+        feed(&packet);
+    }
 }
 
-void changeStream(Track& track, AVStream& stream) {
-    const AVCodec* const decoder = avcodec_find_decoder(stream.codecpar->codec_id);
-    if (decoder == nullptr) {
-        throw noDecoder(track.type);
+void Track::finish() {
+    if (codec_) {
+        feed(nullptr);
+        listener_.onStreamEnd(track_, gave_anything_);
     }
-    track.codec = openDecoder(stream, decoder);
-    track.stream = &stream;
-    track.frames = 0;
-    track.corrupt_last = false;
 }
 
-bool isStill(const AVStream& stream) {
-    return stream.nb_frames == 1 || stream.avg_frame_rate.num <= 0 ||
-           codesPictures(stream.codecpar->codec_id);
+/// A null packet empties the decoder.
+void Track::feed(const AVPacket* packet) {
+    int result = avcodec_send_packet(codec_.get(), packet);
+    if (result < 0) {
+        listener_.onDamage(FfmpegError(result));
+    }
+    while ((result = avcodec_receive_frame(codec_.get(), frame_.get())) != AVERROR(EAGAIN) &&
+           result != AVERROR_EOF) {
+        if (result >= 0) {
+            take(*frame_);
+        } else {
+            listener_.onDamage(FfmpegError(result));
+        }
+    }
+}
+
+void Track::take(const AVFrame& frame) {
+    try {
+        if (frame.decode_error_flags != 0 || (frame.flags & AV_FRAME_FLAG_CORRUPT) != 0) {
+            listener_.onDamage(FfmpegError(AVERROR_INVALIDDATA));
+        }
+        if (track_ == StreamTrack::kVideo) {
+            Picture picture = pictures_.convert(frame);
+            picture.duration = videoDuration(frame);
+            picture.time = place(frame, durationOf(picture));
+            listener_.onItem(track_, std::move(picture));
+            gave_anything_ = true;
+        } else if (frame.nb_samples > 0 && frame.sample_rate > 0) {
+            Sound sound = sounds_.convert(frame);
+            sound.time = place(frame, durationOf(sound));
+            listener_.onItem(track_, std::move(sound));
+            gave_anything_ = true;
+        }
+    } catch (const FfmpegError& error) {
+        listener_.onDamage(error);
+    }
+}
+
+double Track::videoDuration(const AVFrame& frame) const {
+    if (frame.pkt_duration > 0) {
+        return secondsOf(frame.pkt_duration, *stream_);
+    }
+    const double rate = frameRateOf(*stream_);
+    return rate > 0 ? 1 / rate : 0.0;
+}
+
+/// When the frame begins, which lasts `duration_s`.
+double Track::place(const AVFrame& frame, double duration_s) {
+    double time_s = next_time_s_;
+    if (frame.best_effort_timestamp != AV_NOPTS_VALUE) {
+        const double turn_s = std::ldexp(av_q2d(stream_->time_base), stream_->pts_wrap_bits);
+        time_s = ZEL::StreamClock::unwrapped(origin_.since(secondsOf(frame.best_effort_timestamp, *stream_)),
+                                             next_time_s_, turn_s);
+    }
+    next_time_s_ = time_s + duration_s;
+    return time_s;
 }
 
 }  // namespace zel_monitor

@@ -1,52 +1,76 @@
 #ifndef ZEL_TOOLS_INPUT_TRACK_H_
 #define ZEL_TOOLS_INPUT_TRACK_H_
 
-#include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <optional>
 
 #include "input/ffmpeg_handles.h"
+#include "input/frame_converter.h"
 #include "input/media_item.h"
-#include "input/succession.h"
+#include "input/per_track.h"
 
 namespace zel_monitor {
 
-/// All pictures, or all sound, of an input: the stream they are taken from, its decoder, and what it gave
-/// that nobody has taken yet.
-struct Track {
-    AVMediaType type;
-    size_t most_ahead;  ///< how many items wait for the other track
-    bool wanted = false;
-    const AVStream* stream = nullptr;  ///< null: there is none, or it is not wanted
-    Succession succession = {};
-    std::deque<PacketHandle> backlog = {};  ///< of the stream, to be decoded before what is read next
-    CodecHandle codec = {};
-    std::deque<MediaItem> ready = {};
-    double next_time = 0;       ///< where a frame without a timestamp is placed: the end of the one before it
-    int64_t furthest = 0;       ///< where the last packet of any stream of the type begins
-    uint64_t frames = 0;        ///< decoded from the chosen stream
-    bool corrupt_last = false;  ///< the demuxer could not fill the packet that it gave last
+/// Where the time of an input begins: at a timestamp that it states, or else at the first one that a decoded
+/// frame has.
+class StreamOrigin {
+  public:
+    explicit StreamOrigin(std::optional<double> stated_s) : origin_s_(stated_s) {}
+    double since(double stamp_s) { return stamp_s - (origin_s_ ? *origin_s_ : origin_s_.emplace(stamp_s)); }
 
-    std::optional<double> given_to = {};  ///< time of the item that was handed on last
-
-    explicit operator bool() const { return stream != nullptr; }
-    /// Whether what is ready begins far before what was handed on; pictures out of order are no jump.
-    bool jumpsBack() const;
+  private:
+    std::optional<double> origin_s_;
 };
 
-/// Takes up the best stream of the track's type, if there is one, but none of a programme to which the stream
-/// with the index `related` does not belong; -1: any. Throws FfmpegError if it cannot be decoded.
-void openBestStream(Track& track, AVFormatContext& format, int related);
+/// Hears what becomes of a track's packets.
+class TrackListener {
+  public:
+    TrackListener() = default;
+    TrackListener(const TrackListener&) = delete;
+    TrackListener& operator=(const TrackListener&) = delete;
+    virtual ~TrackListener() = default;
 
-/// Whether two streams, by their indices, are of one programme, or either is of none.
-bool belongTogether(AVFormatContext& format, int a, int b);
+    virtual void onItem(StreamTrack track, MediaItem item) = 0;
+    /// A packet was refused, or a frame is damaged or cannot be converted.
+    virtual void onDamage(const FfmpegError& damage) = 0;
+    /// The stream at hand is over and its decoder empty.
+    virtual void onStreamEnd(StreamTrack track, bool gave_anything) = 0;
+    /// A track would go on with a stream that cannot be decoded; nothing of it will be.
+    virtual void onStreamRefused(const FfmpegError& reason) = 0;
+};
 
-/// Goes on with another stream. Throws FfmpegError, and changes nothing, if it cannot be decoded.
-void changeStream(Track& track, AVStream& stream);
+/// All video, or all audio, of an input: the decoder of the stream at hand, and the times of what it gives,
+/// in seconds since the origin as the timestamps say, but for their wraparound.
+class Track {
+  public:
+    /// Begins with `stream`. What is referred to outlives this object. Throws FfmpegError if the stream
+    /// cannot be decoded.
+    Track(StreamTrack track, const AVStream& stream, StreamOrigin& origin, TrackListener& listener);
 
-/// Whether the stream is said to be one picture, such as the cover of a song, and not the first of many.
-bool isStill(const AVStream& stream);
+    /// Decodes a packet of `stream`; if that is not the one at hand, goes on with it.
+    void decode(const AVPacket& packet, const AVStream& stream);
+    /// No more packets come.
+    void finish();
+
+    const AVCodecContext& decoder() const { return *codec_; }
+
+  private:
+    void feed(const AVPacket* packet);
+    void take(const AVFrame& frame);
+    double videoDuration(const AVFrame& frame) const;
+    double place(const AVFrame& frame, double duration_s);
+
+    StreamTrack track_;
+    const AVStream* stream_;
+    StreamOrigin& origin_;
+    TrackListener& listener_;
+    CodecHandle codec_;  // null after a stream was refused
+    FrameHandle frame_{orOutOfMemory(av_frame_alloc())};
+    PictureConverter pictures_;
+    SoundConverter sounds_;
+    double next_time_s_ = 0;      // where a frame without a timestamp is placed: the end of the one before it
+    bool gave_anything_ = false;  // the stream at hand
+};
 
 }  // namespace zel_monitor
 

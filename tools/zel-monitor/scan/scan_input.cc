@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <exception>
-#include <fmt/format.h>
 
 #include "input/decode_ahead.h"
 #include "input/demo_source.h"
@@ -53,22 +52,6 @@ class Findings : public AnalysisListener {
     const std::function<void(const ZEL::Event&)>& on_event_;
 };
 
-/// A message of the source without the input's name, which the report has already.
-std::string reasonFrom(const std::string& message, const std::string& input) {
-    const std::string prefix = input + ": ";
-    return message.starts_with(prefix) ? message.substr(prefix.size()) : message;
-}
-
-/// An end before the declared one: whatever was there is gone, so the stream has not been seen to its end.
-/// This does not hang on the rules for events.
-std::optional<std::string> missingEnd(const InputReport& report, const std::optional<double>& declared_s) {
-    const double missing_s = declared_s.value_or(0.0) - report.length_s;
-    if (missing_s + ZEL::kSlackS >= infoOf(ZEL::EventKind::kShort).rule.min_s) {
-        return fmt::format("it ends {:.3f} s before its declared end", missing_s);
-    }
-    return std::nullopt;
-}
-
 void analyse(MediaSource& source, const ZEL::EventRules& rules, InputScan& scan, Progress::Slot& progress,
              Findings& findings, const std::atomic<bool>& stop) {
     InputReport& report = scan.report;
@@ -85,7 +68,7 @@ void analyse(MediaSource& source, const ZEL::EventRules& rules, InputScan& scan,
                 progress.position_s = analyser.reached();
             }
         } catch (const MediaError& error) {
-            report.problem = reasonFrom(error.what(), report.facts.input);
+            report.problem = error.reason();
         }
     }
     report.counts = source.counts();
@@ -94,11 +77,8 @@ void analyse(MediaSource& source, const ZEL::EventRules& rules, InputScan& scan,
         anything && !stop && !report.facts.duration_estimated ? report.facts.duration : std::nullopt;
     analyser.finish(declared_s);
     report.length_s = analyser.reached();
-    if (!report.problem) {
-        report.problem = missingEnd(report, declared_s);
-    }
-    if (!report.problem) {
-        report.problem = source.shortfall();
+    if (!report.problem && source.shortfall()) {
+        report.problem = source.shortfall()->detail;
     }
 }
 
@@ -119,8 +99,10 @@ InputScan scanInput(const std::string& input, const ZEL::EventRules& rules, bool
         }
         Findings findings(scan, progress, on_event);
         analyse(source, rules, scan, progress, findings, stop);
+    } catch (const MediaError& error) {
+        report.problem = error.reason();
     } catch (const std::exception& error) {
-        report.problem = reasonFrom(error.what(), input);
+        report.problem = error.what();
     }
     if (stop) {
         report.problem = "stopped before its end";

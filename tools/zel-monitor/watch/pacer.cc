@@ -1,7 +1,8 @@
 #include "watch/pacer.h"
 
+#include <zel/events/stream_clock.h>
+
 #include <algorithm>
-#include <cmath>
 #include <thread>
 
 namespace zel_monitor {
@@ -10,19 +11,18 @@ namespace {
 using std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
 
-constexpr double kLongestWait = 10.0;  ///< a longer step in stream time is a jump, not a pause
-constexpr Seconds kMostLate{0.5};      ///< further behind, the input could not keep up
+constexpr Seconds kMostLate{0.5};  ///< further behind, the input could not keep up
 constexpr std::chrono::milliseconds kSlice{100};
 
 }  // namespace
 
 Pacer::TimePoint Pacer::due(double stream_time, TimePoint now) {
-    const bool jump = !tie_ || std::abs(stream_time - latest_) > kLongestWait;
-    if (!jump && stream_time < latest_) {
-        return now;  // out of order: sound and pictures are interleaved only roughly
+    if (tie_ && stream_time < latest_) {
+        return now;  // the tracks are interleaved only roughly
     }
+    const bool waits = tie_ && stream_time - latest_ <= ZEL::StreamClock::kLongestWaitS;
     latest_ = stream_time;
-    if (!jump) {
+    if (waits) {
         const Seconds after((stream_time - tie_->stream_time) / speed_);
         const TimePoint due = tie_->wall_time + std::chrono::duration_cast<steady_clock::duration>(after);
         if (now - due <= kMostLate) {

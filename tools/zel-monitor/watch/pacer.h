@@ -8,8 +8,8 @@
 namespace zel_monitor {
 
 /// Ties stream time to wall time, as a player does: an item is due when as much time has passed since the
-/// start as lies between the two in the stream, divided by the speed. After a jump in the stream's own time,
-/// and when the input could not keep up, the two are tied anew instead of waiting or hurrying.
+/// start as lies between the two in the stream, divided by the speed. After a long gap in the stream, and
+/// when the input could not keep up, the two are tied anew instead of waiting or hurrying.
 class Pacer {
   public:
     using TimePoint = std::chrono::steady_clock::time_point;

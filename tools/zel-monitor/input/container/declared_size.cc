@@ -5,6 +5,7 @@
 #include <cstring>
 #include <span>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 extern "C" {
@@ -64,17 +65,16 @@ std::optional<int64_t> cafSize(Header header) {
     return std::nullopt;
 }
 
-struct Container {
-    std::string_view name;  ///< libavformat's
-    std::optional<int64_t> (*size)(Header);
-};
-constexpr std::array<Container, 5> kContainers{{
-    {"wav", &riffSize},
-    {"avi", &riffSize},
-    {"w64", &wave64Size},
-    {"asf", &asfSize},
-    {"caf", &cafSize},
-}};
+using SizeReader = std::optional<int64_t> (*)(Header);
+
+/// For a container by libavformat's name; null if libavformat can be relied on.
+SizeReader sizeReaderOf(std::string_view container) {
+    constexpr std::array<std::pair<std::string_view, SizeReader>, 5> kReaders{
+        {{"wav", &riffSize}, {"avi", &riffSize}, {"w64", &wave64Size}, {"asf", &asfSize}, {"caf", &cafSize}}};
+    const auto* const found = std::find_if(kReaders.begin(), kReaders.end(),
+                                           [&](const auto& reader) { return reader.first == container; });
+    return found != kReaders.end() ? found->second : nullptr;
+}
 
 /// The header of a file, through which libavformat has just gone.
 std::vector<uint8_t> headerOf(AVIOContext& input) {
@@ -89,15 +89,18 @@ std::vector<uint8_t> headerOf(AVIOContext& input) {
 
 }  // namespace
 
+std::optional<int64_t> declaredSize(std::string_view name, std::span<const uint8_t> beginning) {
+    const SizeReader reader = sizeReaderOf(name);
+    return reader != nullptr ? reader(beginning) : std::nullopt;
+}
+
 std::optional<int64_t> declaredSize(const AVFormatContext& format, std::span<const uint8_t> beginning) {
-    const auto* const container =
-        std::find_if(kContainers.begin(), kContainers.end(),
-                     [&](const Container& candidate) { return candidate.name == format.iformat->name; });
-    if (container == kContainers.end() || format.pb == nullptr) {
+    const SizeReader reader = sizeReaderOf(format.iformat->name);
+    if (reader == nullptr || format.pb == nullptr) {
         return std::nullopt;
     }
     const bool can_return = (format.pb->seekable & AVIO_SEEKABLE_NORMAL) != 0;
-    return container->size(can_return ? Header(headerOf(*format.pb)) : beginning);
+    return reader(can_return ? Header(headerOf(*format.pb)) : beginning);
 }
 
 bool endsBefore(AVIOContext& input, int64_t size) {

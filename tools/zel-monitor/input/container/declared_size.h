@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string_view>
 
 #include "input/ffmpeg_handles.h"
 
@@ -14,6 +15,9 @@ namespace zel_monitor {
 /// again. None if the header does not say, as when it was written into a pipe. To be asked before anything
 /// after the header is read; leaves the input where it is.
 std::optional<int64_t> declaredSize(const AVFormatContext& format, std::span<const uint8_t> beginning);
+
+/// The same of an input that could not be opened, whose container is libavformat's `name`.
+std::optional<int64_t> declaredSize(std::string_view name, std::span<const uint8_t> beginning);
 
 /// Whether an input whose end was reached has fewer bytes than that. Leaves it elsewhere.
 bool endsBefore(AVIOContext& input, int64_t size);

@@ -1,5 +1,6 @@
 #include "input/media_source.h"
 
+#include <algorithm>
 #include <atomic>
 #include <map>
 #include <utility>
@@ -8,7 +9,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "support/clip.h"
+#include "unit/tools/input/clips.h"
 
 extern "C" {
 #include <libavutil/log.h>
@@ -16,9 +17,13 @@ extern "C" {
 
 namespace {
 
+using clips::broadcast;
+using clips::join;
+using clips::kPartSeconds;
+using clips::kSmallVideo;
+using clips::kTone;
 using support::ffmpeg;
 using support::ScratchDir;
-using testing::HasSubstr;
 using zel_monitor::MediaError;
 using zel_monitor::MediaOptions;
 using zel_monitor::MediaSource;
@@ -27,9 +32,6 @@ using zel_monitor::Sound;
 using zel_monitor::timeOf;
 
 [[maybe_unused]] const bool kDecodersAreQuiet = (av_log_set_level(AV_LOG_QUIET), true);
-
-const std::string kSmallVideo = "-f lavfi -i testsrc2=s=160x90:r=25:d=2 ";
-const std::string kTone = "-f lavfi -i sine=440:r=44100:d=2 ";
 
 struct Collected {
     std::vector<double> picture_times;
@@ -55,31 +57,6 @@ Collected collect(MediaSource& source) {
     return all;
 }
 
-/// What is missing of an input that is read to its end.
-std::string shortfallOf(const std::string& input) {
-    MediaSource source(input);
-    collect(source);
-    return source.shortfall().value_or("nothing");
-}
-
-/// Writes both files one after the other.
-void join(const std::string& first, const std::string& second, const std::string& joined) {
-    auto bytes = support::readFile(first);
-    const auto more = support::readFile(second);
-    bytes.insert(bytes.end(), more.begin(), more.end());
-    support::writeFile(joined, bytes);
-}
-
-std::string failureOf(const std::string& input) {
-    try {
-        MediaSource source(input);
-        collect(source);
-    } catch (const MediaError& error) {
-        return error.what();
-    }
-    return "no failure";
-}
-
 TEST(MediaSource, DecodesEveryPictureAndAllSoundInOrderOfTime) {
     const ScratchDir scratch;
     const std::string clip = scratch.file("clip.mp4");
@@ -99,7 +76,8 @@ TEST(MediaSource, DecodesEveryPictureAndAllSoundInOrderOfTime) {
         EXPECT_NEAR(static_cast<double>(i) / 25, all.picture_times[i], 1e-3);
     }
     EXPECT_NEAR(2.0, all.sound_seconds, 0.05);
-    EXPECT_EQ(0.0, all.worst_step_back);
+    EXPECT_LT(all.worst_step_back,
+              0.05);  // at the start, where an item waits for the second one of its track
     EXPECT_EQ(50U, source.counts().pictures);
     EXPECT_EQ(0U, source.counts().damaged);
     EXPECT_GT(source.counts().bytes_read, 1000U);
@@ -144,16 +122,6 @@ TEST(MediaSource, SkipsAndCountsWhatIsDamaged) {
     EXPECT_GT(source.counts().damaged, 0U);
 }
 
-TEST(MediaSource, SaysWhyAnInputCannotBeDecoded) {
-    const ScratchDir scratch;
-    EXPECT_THAT(failureOf(scratch.file("absent.mp4")),
-                testing::AllOf(HasSubstr("absent.mp4: "), HasSubstr("No such file")));
-    support::writeFile(scratch.file("empty.mp4"), {});
-    EXPECT_THAT(failureOf(scratch.file("empty.mp4")), HasSubstr("empty.mp4: "));
-    support::writeFile(scratch.file("zeros.mp4"), std::vector<char>(100'000));
-    EXPECT_THAT(failureOf(scratch.file("zeros.mp4")), HasSubstr("zeros.mp4: "));
-}
-
 TEST(MediaSource, DeliversWhatATruncatedFileStillHolds) {
     const ScratchDir scratch;
     ffmpeg(kSmallVideo + "-c:v libx264 -movflags +faststart", scratch.file("whole.mp4"));
@@ -167,98 +135,12 @@ TEST(MediaSource, DeliversWhatATruncatedFileStillHolds) {
     EXPECT_GT(source.counts().damaged, 0U);
 }
 
-TEST(MediaSource, DeclaredDurationIsThatOfTheChosenStreams) {
-    const ScratchDir scratch;
-    ffmpeg(kSmallVideo + "-c:v mpeg4 -output_ts_offset 30", scratch.file("late.mkv"));
-    EXPECT_NEAR(2.0, MediaSource(scratch.file("late.mkv")).facts().duration.value(), 0.01);
-    for (const std::string name : {"two.mkv", "two.mp4"}) {
-        ffmpeg(kSmallVideo + kTone + "-f lavfi -i sine=880:d=9 -map 0 -map 1 -map 2 -c:v mpeg4 -c:a aac " +
-                   "-disposition:a:0 default -disposition:a:1 0",
-               scratch.file(name));
-        EXPECT_NEAR(2.0, MediaSource(scratch.file(name)).facts().duration.value(), 0.05) << name;
-    }
-}
-
-TEST(MediaSource, TellsAnInputThatIsCutOff) {
-    const ScratchDir scratch;
-    const auto shortfallOfCut = [&](const std::string& name, const std::string& arguments) {
-        ffmpeg(arguments, scratch.file(name));
-        EXPECT_EQ(shortfallOf(scratch.file(name)), "nothing") << name;
-        auto bytes = support::readFile(scratch.file(name));
-        bytes.resize(bytes.size() * 3 / 5 + 1);
-        support::writeFile(scratch.file(name), bytes);
-        return shortfallOf(scratch.file(name));
-    };
-    for (const auto& [name, arguments] : {
-             std::pair("a.avi", kSmallVideo + kTone + "-c:v mpeg4 -c:a mp2"),
-             std::pair("a.wav", kTone),
-             std::pair("a.w64", kTone),
-             std::pair("a.caf", kTone),
-             std::pair("a.wma", kTone),
-             std::pair("a.mp4", kSmallVideo + "-c:v mpeg4 -g 10 -movflags frag_keyframe+empty_moov"),
-         }) {
-        EXPECT_THAT(shortfallOfCut(name, arguments), HasSubstr("cut off")) << name;
-    }
-
-    for (const std::string format : {"wav", "caf", "asf"}) {
-        ffmpeg(kTone + "-f " + format + " pipe: >", scratch.file("piped." + format));
-        EXPECT_EQ(shortfallOf(scratch.file("piped." + format)), "nothing")
-            << format << ": a length that was never known is none that is missed";
-    }
-}
-
-TEST(MediaSource, BearsWithSizesThatAreAFewBytesTooLarge) {
-    const ScratchDir scratch;
-    ffmpeg("-f lavfi -i sine=d=1:r=8000,atrim=end_sample=7999 -c:a pcm_u8", scratch.file("odd.wav"));
-    auto bytes = support::readFile(scratch.file("odd.wav"));
-    bytes.pop_back();  // the pad byte
-    const auto counted = bytes.size();
-    for (size_t i = 0; i < 4; ++i) {  // all of the file, not what comes after the size
-        bytes[4 + i] = static_cast<char>((counted + 1) >> (8 * i));
-    }
-    support::writeFile(scratch.file("odd.wav"), bytes);
-    EXPECT_EQ(shortfallOf(scratch.file("odd.wav")), "nothing");
-}
-
 TEST(MediaSource, CountsTheBytesOfPlaylists) {
     const ScratchDir scratch;
     ffmpeg(kSmallVideo + "-c:v mpeg2video -f hls", scratch.file("list.m3u8"));
     MediaSource source(scratch.file("list.m3u8"));
     collect(source);
     EXPECT_GT(source.counts().bytes_read, 10'000U);
-}
-
-TEST(MediaSource, DoesNotTakeTheLastTimestampsForADeclaredEnd) {
-    const ScratchDir scratch;
-    ffmpeg(kSmallVideo + "-c:v mpeg2video -bf 0 -bsf:v 'setts=ts=TS+eq(N\\,49)*90000*60'",
-           scratch.file("wild.ts"));
-    MediaSource wild(scratch.file("wild.ts"));
-    EXPECT_TRUE(wild.facts().duration_estimated);
-    ffmpeg(kSmallVideo + "-c:v mpeg4", scratch.file("plain.mkv"));
-    EXPECT_FALSE(MediaSource(scratch.file("plain.mkv")).facts().duration_estimated);
-}
-
-TEST(MediaSource, BelievesTheNewerOfTwoDurationTags) {
-    const ScratchDir scratch;
-    support::writeFile(scratch.file("late.srt"), [] {
-        const std::string_view text = "1\n00:00:01,000 --> 00:00:02,000\nNothing to see\n";
-        return std::vector<char>(text.begin(), text.end());
-    }());
-    ffmpeg(kSmallVideo + "-i '" + scratch.file("late.srt") +
-               "' -c:v mpeg4 -metadata:s:v DURATION-eng=00:00:02.000000000",
-           scratch.file("tagged.mkv"));
-    ffmpeg("-i '" + scratch.file("tagged.mkv") + "' -map 0 -t 1 -c copy", scratch.file("cut.mkv"));
-    EXPECT_NEAR(MediaSource(scratch.file("cut.mkv")).facts().duration.value(), 1.0, 0.1);
-}
-
-constexpr int kPartSeconds = 7;
-
-/// Pictures and sound of a broadcast whose first stream has the identifier `pid`.
-void broadcast(const std::string& codecs, int pid, const std::string& file) {
-    const std::string seconds = std::to_string(kPartSeconds);
-    ffmpeg("-f lavfi -i testsrc2=s=160x90:r=25:d=" + seconds + " -f lavfi -i sine=r=44100:d=" + seconds +
-               ' ' + codecs + " -mpegts_start_pid " + std::to_string(pid),
-           file);
 }
 
 TEST(MediaSource, GoesOnWithTheStreamsThatTakeOver) {
@@ -318,41 +200,20 @@ TEST(MediaSource, TakesPicturesAndSoundOfOneProgramme) {
     EXPECT_EQ(silent.shortfall(), std::nullopt);
 }
 
-TEST(MediaSource, TellsWhatItCouldNotFollow) {
+TEST(MediaSource, RunsOnWhereTheTimestampsWrapOrJumpBack) {
     const ScratchDir scratch;
-    broadcast("-c:v mpeg2video -c:a mp2", 0x100, scratch.file("a.ts"));
-    broadcast("-c:v libx264 -c:a aac", 0x100, scratch.file("b.ts"));
-    join(scratch.file("a.ts"), scratch.file("b.ts"), scratch.file("recoded.ts"));
-    EXPECT_THAT(shortfallOf(scratch.file("recoded.ts")), HasSubstr("nothing could be read"));
-
-    ffmpeg("-f lavfi -i testsrc2=s=160x90:r=25:d=12 " + kTone +
-               "-filter_complex [1:a]asetpts=PTS+10/TB -map 0 -c:v mpeg2video -c:a mp2",
-           scratch.file("late.ts"));
-    EXPECT_THAT(shortfallOf(scratch.file("late.ts")), HasSubstr("sound"));
-
-    ffmpeg(kSmallVideo + kTone + "-c:v libx264 -preset ultrafast -bsf:v noise=amount=1 -c:a aac",
-           scratch.file("noise.mkv"));
-    EXPECT_THAT(shortfallOf(scratch.file("noise.mkv")), HasSubstr("none of its pictures"));
-}
-
-TEST(MediaSource, TellsWrapsOfTheTimestampsFromJumpsBack) {
-    const ScratchDir scratch;
-    // 33 bits at 90 kHz are used up after 95443.7 s.
-    ffmpeg(kSmallVideo + "-c:v mpeg2video -bf 0 -muxdelay 0 -output_ts_offset 95442.7",
-           scratch.file("wrap.ts"));
-    MediaSource wrap(scratch.file("wrap.ts"));
-    const Collected wrapped = collect(wrap);
-    EXPECT_EQ(50U, wrapped.picture_times.size());
-    EXPECT_NEAR(1.96, wrapped.latest, 0.1);
-    EXPECT_EQ(0.0, wrapped.worst_step_back);
-
-    ffmpeg(kSmallVideo + "-c:v mpeg2video -bf 0 -output_ts_offset 1000", scratch.file("a.ts"));
-    ffmpeg(kSmallVideo + "-c:v mpeg2video -bf 0", scratch.file("b.ts"));
-    join(scratch.file("a.ts"), scratch.file("b.ts"), scratch.file("back.ts"));
-    MediaSource back(scratch.file("back.ts"));
-    const Collected jumped = collect(back);
-    EXPECT_LT(jumped.latest, 3.0);
-    EXPECT_NEAR(jumped.worst_step_back, 1001.96, 0.5);
+    const std::string clip = kSmallVideo + kTone + "-c:v mpeg2video -bf 0 -c:a mp2 -output_ts_offset ";
+    ffmpeg(clip + "0", scratch.file("b.ts"));
+    for (const std::string offset : {"5", "1000", "95442.7"}) {  // 33 bits are used up after 95443.7 s
+        ffmpeg(clip + offset, scratch.file("a.ts"));
+        join(scratch.file("a.ts"), scratch.file("b.ts"), scratch.file("ab.ts"));
+        MediaSource source(scratch.file("ab.ts"));
+        const Collected all = collect(source);
+        EXPECT_NEAR(99.0, static_cast<double>(all.picture_times.size()), 1.0) << offset;
+        EXPECT_TRUE(std::is_sorted(all.picture_times.begin(), all.picture_times.end())) << offset;
+        EXPECT_NEAR(4.0, all.sound_seconds, 0.1) << offset;
+        EXPECT_NEAR(4.0, all.latest, 0.2) << offset;
+    }
 }
 
 TEST(MediaSource, TakesACoverPictureForNoVideo) {

@@ -1,4 +1,6 @@
-#include "input/succession.h"
+#include "input/stream_switch.h"
+
+#include <zel/events/stream_clock.h>
 
 #include <algorithm>
 
@@ -13,14 +15,14 @@ constexpr size_t kMostKept = 500;
 
 }  // namespace
 
-void Succession::Period::add(std::optional<double> time_s) {
+void StreamSwitch::Period::add(std::optional<double> time_s) {
     if (time_s) {
         from_s = from_s.value_or(*time_s);
         to_s = time_s;
     }
 }
 
-void Succession::goesOn(const AVPacket& packet, std::optional<double> time_s) {
+void StreamSwitch::goesOn(const AVPacket& packet, std::optional<double> time_s) {
     chosen_.add(time_s);
     if (packet.pos < 0) {  // cut out of a larger piece that had a place
         return;
@@ -34,7 +36,7 @@ void Succession::goesOn(const AVPacket& packet, std::optional<double> time_s) {
     }
 }
 
-void Succession::runs(const AVPacket& packet, std::optional<double> time_s) {
+void StreamSwitch::runs(const AVPacket& packet, std::optional<double> time_s) {
     Other& other = others_[packet.stream_index];
     if (other.beside || (packet.pos < 0 && other.kept.empty())) {
         return;
@@ -59,23 +61,24 @@ void Succession::runs(const AVPacket& packet, std::optional<double> time_s) {
     other.kept.emplace_back(orOutOfMemory(av_packet_clone(&packet)));
 }
 
-bool Succession::isUndecided() const {
+bool StreamSwitch::isUndecided() const {
     return std::any_of(others_.begin(), others_.end(),
                        [](const auto& entry) { return !entry.second.kept.empty(); });
 }
 
-double Succession::timeAlone(const Other& other, bool at_end) const {
+double StreamSwitch::timeAlone(const Other& other, bool at_end) const {
     const Period& period = other.kept_period;
     if (!period.from_s || !chosen_.to_s) {
         return 0.0;
     }
     // Whether the clock began again, with other contents; what runs beside the chosen one is laid down early.
-    const double early_s = at_end && other.pieces >= kTellingPieces ? kEnoughS : kCertainS;
+    const bool tells_much = at_end && other.pieces >= kTellingPieces;
+    const double early_s = tells_much ? ZEL::StreamClock::kReorderS : ZEL::StreamClock::kMostApartS;
     const bool began_again = *period.from_s < *chosen_.to_s - early_s;
     return began_again ? period.length() : *period.to_s - *chosen_.to_s;
 }
 
-std::optional<int> Succession::successor(bool at_end) const {
+std::optional<int> StreamSwitch::successor(bool at_end) const {
     for (const auto& [index, other] : others_) {
         if (!other.kept.empty() &&
             (timeAlone(other, at_end) >= (at_end ? kEnoughS : kCertainS) || other.kept.size() >= kMostKept)) {
@@ -85,7 +88,7 @@ std::optional<int> Succession::successor(bool at_end) const {
     return std::nullopt;
 }
 
-std::deque<PacketHandle> Succession::choose(int successor, int former) {
+std::deque<PacketHandle> StreamSwitch::choose(int successor, int former) {
     missed_ = missedAny();
     Other& chosen = others_.at(successor);
     std::deque<PacketHandle> kept = std::move(chosen.kept);
@@ -102,7 +105,7 @@ std::deque<PacketHandle> Succession::choose(int successor, int former) {
     return kept;
 }
 
-bool Succession::missedAny() const {
+bool StreamSwitch::missedAny() const {
     return missed_ || std::any_of(others_.begin(), others_.end(), [this](const auto& entry) {
                const Period& before = entry.second.before;
                return before.length() >= kLeastMissedS &&

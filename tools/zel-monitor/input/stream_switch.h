@@ -1,5 +1,5 @@
-#ifndef ZEL_TOOLS_INPUT_SUCCESSION_H_
-#define ZEL_TOOLS_INPUT_SUCCESSION_H_
+#ifndef ZEL_TOOLS_INPUT_STREAM_SWITCH_H_
+#define ZEL_TOOLS_INPUT_STREAM_SWITCH_H_
 
 #include <cstdint>
 #include <deque>
@@ -15,7 +15,7 @@ namespace zel_monitor {
 /// What follows what is told from where packets lie in the input, since the last one of a stream may be read
 /// long after, and from when they are due, since a muxer may lay streams down in turns of seconds. Times are
 /// in seconds on the input's own clock, and may not be known.
-class Succession {
+class StreamSwitch {
   public:
     /// The chosen stream goes on with `packet`.
     void goesOn(const AVPacket& packet, std::optional<double> time_s);
@@ -63,4 +63,4 @@ class Succession {
 
 }  // namespace zel_monitor
 
-#endif  // ZEL_TOOLS_INPUT_SUCCESSION_H_
+#endif  // ZEL_TOOLS_INPUT_STREAM_SWITCH_H_

@@ -1,0 +1,52 @@
+#ifndef ZEL_TOOLS_INPUT_OPENED_INPUT_H_
+#define ZEL_TOOLS_INPUT_OPENED_INPUT_H_
+
+#include <atomic>
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "input/ffmpeg_handles.h"
+#include "input/media_error.h"
+#include "input/polled_input.h"
+
+namespace zel_monitor {
+
+struct MediaOptions {
+    std::string format = {};  ///< forces an FFmpeg input format, such as "lavfi"; empty: found out
+    std::string label = {};   ///< name to show instead of the input; empty: the input itself
+    double duration = 0;      ///< seconds, for inputs that do not say it themselves; 0: not known either
+    bool video = true;
+    bool audio = true;
+    /// Once it is true, blocking reads end, an opening fails and the source ends. It outlives the source.
+    const std::atomic<bool>* interrupted = nullptr;
+};
+
+/// A file, a pipe ("-") or a URL that libavformat has opened, its streams known.
+class OpenedInput {
+  public:
+    /// Throws MediaError.
+    OpenedInput(const std::string& input, const MediaOptions& options);
+
+    AVFormatContext& format() const { return *format_; }
+    /// How many bytes there are at least by the input's own header; see declaredSize().
+    std::optional<int64_t> declaredBytes() const { return declared_bytes_; }
+
+    /// What to tell people of a failure, in better words than FFmpeg's where the input has them.
+    MediaError errorFor(const FfmpegError& failure) const;
+
+  private:
+    void open(const MediaOptions& options);
+    std::optional<Shortfall> betterReason(int code) const;
+
+    std::string input_;
+    std::string shown_;
+    bool is_file_;
+    std::optional<PolledInput> polled_;  // outlives format_
+    FormatHandle format_;
+    std::optional<int64_t> declared_bytes_;
+};
+
+}  // namespace zel_monitor
+
+#endif  // ZEL_TOOLS_INPUT_OPENED_INPUT_H_
