@@ -1,9 +1,11 @@
 #include <zel/algo/algo_facade.h>
+#include <zel/events/analyser.h>
 #include <zel/session/frames.h>
 
 #include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <numeric>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -12,7 +14,7 @@
 #include <kiss_fftr.h>
 
 #include "algo/audio/analysis_window.h"
-#include "session/mix_down.h"
+#include "algo/mix_down.h"
 #include "support/rendered_sound.h"
 
 extern "C" {
@@ -23,9 +25,10 @@ extern "C" {
 #include <libavutil/frame.h>
 }
 
-// Ten seconds of speech over music-like tones at 48 kHz, in frames of 1024 samples: through our audio road,
-// and the same samples through two of FFmpeg's measuring filters. "realtime" is seconds of sound per second
-// of one core, "per_10ms" the time that 10 ms of sound take.
+// Ten seconds of speech over music-like tones at 48 kHz, in frames of 1024 samples: through the audio road of
+// a session, through that of an analysis for events, and the same samples through two of FFmpeg's measuring
+// filters. "realtime" is seconds of sound per second of one core, "per_10ms" the time that 10 ms of sound
+// take.
 
 namespace {
 
@@ -33,7 +36,7 @@ constexpr int kRate = 48'000;
 constexpr int kFrame = 1024;
 constexpr int kFrames = 10 * kRate / kFrame;
 
-/// The same sound as interleaved mono or stereo; the right channel comes a little later.
+/// The same sound in `channels` interleaved channels; each comes a little later than the one before.
 std::vector<int16_t> sound(int channels) {
     static const std::vector<int16_t> mono = support::renderSound(
         "flite=text='The quick brown fox jumps over the lazy dog while the band plays on and the rain keeps "
@@ -74,8 +77,9 @@ void audioRoad(benchmark::State& state) {
     std::vector<int16_t> buffer;
     for (auto unused : state) {
         for (const auto& frame : frames) {
-            const ZELAlgo::ZELAudioFrame block{kRate, kFrame, static_cast<uint32_t>(channels),
-                                               ZEL::mixedDown(*frame, buffer)};
+            const auto count = static_cast<uint32_t>(channels);
+            const ZELAlgo::ZELAudioFrame block{kRate, kFrame, count,
+                                               ZELAlgo::mixedDown(frame->data.get(), kFrame, count, buffer)};
             facade.detectAudio(block, result);
         }
         benchmark::DoNotOptimize(result);
@@ -83,6 +87,64 @@ void audioRoad(benchmark::State& state) {
     reportRealtime(state);
 }
 BENCHMARK(audioRoad)->ArgName("channels")->Arg(1)->Arg(2)->Arg(6)->Unit(benchmark::kMillisecond);
+
+/// What an analysis for events does: periods of two lengths, summed from one measurement.
+void eventsRoad(benchmark::State& state) {
+    const auto channels = static_cast<uint32_t>(state.range(0));
+    const std::vector<int16_t> samples = sound(static_cast<int>(channels));
+    struct Listener : ZEL::EventListener {
+        void onSilencePeriod(ZEL::TimeSpan /*period*/, const ZELAlgo::ZELAudioResult& result) override {
+            benchmark::DoNotOptimize(result.audio_level);
+        }
+        void onVoicePeriod(ZEL::TimeSpan /*period*/, const ZELAlgo::ZELAudioResult& result) override {
+            benchmark::DoNotOptimize(result.voice_scale_longtime);
+        }
+    } listener;
+    ZEL::EventAnalyser analyser(listener, {.tracks = {.video = false}});
+    uint64_t fed = 0;
+    for (auto unused : state) {
+        for (size_t first = 0; first < samples.size(); first += size_t{kFrame} * channels, fed += kFrame) {
+            analyser.feedAudio({kRate, kFrame, channels, samples.data() + first},
+                               static_cast<double>(fed) / kRate);
+        }
+    }
+    reportRealtime(state);
+}
+BENCHMARK(eventsRoad)->ArgName("channels")->Arg(1)->Arg(2)->Arg(6)->Unit(benchmark::kMillisecond);
+
+/// What that would cost with a facade for each length of period, each mixing down for itself, sample by
+/// sample, and fed chunk by chunk.
+void eventsRoadOfTwoFacades(benchmark::State& state) {
+    const auto channels = static_cast<std::ptrdiff_t>(state.range(0));
+    const std::vector<int16_t> samples = sound(static_cast<int>(channels));
+    struct Road {
+        explicit Road(double period_s) : facade(ZELAlgo::ZELAlgoConfig{.longtime_period_s = period_s}) {}
+        ZELAlgo::AlgoFacade facade;
+        std::vector<int16_t> pending = {};
+        void feed(const int16_t* interleaved, std::ptrdiff_t count) {
+            for (int i = 0; i < kFrame; ++i, interleaved += count) {
+                const int sum = std::accumulate(interleaved, interleaved + count, 0);
+                pending.push_back(static_cast<int16_t>(sum / count));
+                if (pending.size() == kRate / 100) {
+                    ZELAlgo::ZELAudioResult result{};
+                    facade.detectAudio({kRate, kRate / 100, 1, pending.data()}, result);
+                    benchmark::DoNotOptimize(result);
+                    pending.clear();
+                }
+            }
+        }
+    };
+    Road silence(ZEL::EventAnalyser::kSilencePeriodS);
+    Road voice(ZEL::EventAnalyser::kVoicePeriodS);
+    for (auto unused : state) {
+        for (size_t first = 0; first < samples.size(); first += static_cast<size_t>(kFrame * channels)) {
+            silence.feed(samples.data() + first, channels);
+            voice.feed(samples.data() + first, channels);
+        }
+    }
+    reportRealtime(state);
+}
+BENCHMARK(eventsRoadOfTwoFacades)->ArgName("channels")->Arg(1)->Arg(2)->Arg(6)->Unit(benchmark::kMillisecond);
 
 /// The transform alone, once per chunk of 10 ms: the part of the road that is not ours.
 void kissFftAlone(benchmark::State& state) {

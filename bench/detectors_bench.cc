@@ -112,9 +112,12 @@ void registerClip(Clip& clip) {
                           facade.detectPlanes(bench::planesOf(*clip.frames[i]), result);
                       });
     for (const auto& [name, filters] : kFilters) {
-        const auto chain = std::make_shared<bench::FilterChain>(filters, clip.width(), clip.height());
+        const auto chain = std::make_shared<bench::FilterChain>(filters, *clip.frames[0], AVRational{1, 25});
         registerFrames(size + "/ffmpeg/" + name, clip.frames.size(),
-                       [&clip, chain](size_t i) { chain->run(*clip.frames[i]); });
+                       [&clip, chain, time = 0](size_t i) mutable {
+                           clip.frames[i]->pts = time++;
+                           chain->pass(*clip.frames[i]);
+                       });
     }
     const auto copy = std::make_shared<std::vector<uint8_t>>(clip.pictures[0].bytes.size());
     registerFrames(size + "/memcpy", clip.pictures.size(), [&clip, copy](size_t i) {

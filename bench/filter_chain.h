@@ -8,9 +8,13 @@
 
 #include "support/rendered_pictures.h"
 
+extern "C" {
+#include <libavutil/frame.h>
+#include <libavutil/rational.h>
+}
+
 struct AVFilterContext;
 struct AVFilterGraph;
-struct AVFrame;
 
 namespace bench {
 
@@ -19,20 +23,22 @@ struct FrameDestroyer {
 };
 using Frame = std::unique_ptr<AVFrame, FrameDestroyer>;
 
-/// A picture as FFmpeg's filters take it, in memory of its own.
+/// A frame as FFmpeg's filters take it, in memory of its own.
 Frame makeFrame(const support::RenderedPicture& picture);
 
-/// The same picture as our detectors take it.
+/// The same frame as our detectors take it.
 ZELAlgo::ZELVideoPlanes planesOf(const AVFrame& frame);
 
-/// FFmpeg's filters in one thread, fed picture by picture. Throws std::runtime_error if there is no such
-/// chain.
+/// FFmpeg's filters in one thread, fed frame by frame, of pictures or of sound.
 class FilterChain {
   public:
-    FilterChain(const std::string& filters, uint32_t width, uint32_t height);
+    /// For frames like `first`, whose timestamps count in `time_base`. Throws std::runtime_error if there is
+    /// no such chain.
+    FilterChain(const std::string& filters, const AVFrame& first, AVRational time_base);
 
-    /// Sends a frame through all filters, as the next in time.
-    void run(AVFrame& frame);
+    /// Sends a frame through all filters and gives the last one that came out, with what the filters wrote
+    /// into its metadata; null if they keep it back. Valid until the next call.
+    const AVFrame* pass(AVFrame& frame);
 
   private:
     struct GraphDestroyer {
@@ -42,8 +48,8 @@ class FilterChain {
     std::unique_ptr<AVFilterGraph, GraphDestroyer> graph_;
     AVFilterContext* source_ = nullptr;
     AVFilterContext* sink_ = nullptr;
-    Frame passing_;
-    int64_t next_time_ = 0;
+    Frame passed_;
+    Frame next_;
 };
 
 }  // namespace bench

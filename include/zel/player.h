@@ -7,6 +7,7 @@
 /// - ZELInfoCollector, a player's own numbers in a session's heartbeat;
 /// - ZELHA, how playback has been lately, worked out from the reports;
 /// - ZELAlgo::AlgoFacade, the detectors alone;
+/// - EventAnalyser, time-stamped frames in, events out, and StreamClock, the time of a stream;
 /// - setLogSink, where the log goes.
 ///
 /// Needs C++20. Objects cross the boundary, so the player is built with the library's own compiler. The
@@ -20,8 +21,10 @@
 #include <zel/base/c_object.h>
 #include <zel/base/log.h>
 #include <zel/collector/info_collector.h>
+#include <zel/events/analyser.h>
 #include <zel/events/event.h>
 #include <zel/events/kinds.h>
+#include <zel/events/listener.h>
 #include <zel/events/stream_clock.h>
 #include <zel/message/message.h>
 #include <zel/message/message_center.h>

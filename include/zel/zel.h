@@ -5,9 +5,28 @@
 /// set_heart_beat_timer_switch_listener; start_zel_session; a feed per decoded frame; stop_zel_session;
 /// release_handle.
 ///
-/// Every function may be called from any thread. A handle must not be used during or after its release.
-/// Failures are a false (or all-ones) result, some with a log line on standard output; the only exceptions
-/// that can leave a function are those of the standard library (out of memory, no thread to be had).
+/// Every function may be called from any thread, also from a callback. A handle must not be used during or
+/// after its release. Failures are a false (or all-ones) result, some with a log line on standard output; the
+/// only exceptions that can leave a function are those of the standard library (out of memory, no thread to
+/// be had).
+///
+/// Callbacks: stop_zel_session and release_handle wait for a heartbeat of their stream that is under way on
+/// another thread, so a callback must not wait for a thread that may be in one of them. They do not wait for
+/// a callback that they are called from, or that waits for theirs. A stream's own callbacks, and what they
+/// use, must live until release_handle returns; if it is called from one of them, until that one returns.
+/// Those of the process must live as long as a stream is started, fed, stopped or has its timer. What a
+/// callback throws ends there with a line in the log, and counts as no answer (false, -1, no more fields).
+/// The library's threads, on which callbacks run as well, block all signals that are meant for the process,
+/// and what a callback starts on them inherits that.
+///
+/// A child of fork() has none of the threads that work for its parent's handles: given one of these, every
+/// function does nothing and returns false. Handles of its own it may open if no other thread of the parent
+/// was in the library when it forked.
+///
+/// The log goes to standard output, or where the environment variable "ZEL_LOG" says when the first line is
+/// written: "stdout", "stderr", "off", or the path of a file, which is appended to. Writing a line never
+/// makes a thread wait and raises no signal: lines that a pipe, socket or terminal does not take at once are
+/// dropped, and the next one that is taken says how many ("ZEL: WARN: 12 log lines were dropped").
 ///
 /// ReportMap crosses the boundary by pointer, so host and library must be built with the same standard
 /// library.
@@ -34,7 +53,8 @@ typedef struct ZELHandle ZELHandle;
 
 /// Lets the host add fields of its own to a heartbeat. `extra_fields` comes empty; a key that the report
 /// already has keeps the library's value. Called on the timer thread, and on the stopping thread for the
-/// ending heartbeat. The map is the library's and valid during the call only.
+/// ending heartbeat, once at a time for each stream. The map is the library's and valid during the call only.
+/// A callback that stops its own stream sends its heartbeat by that, with what it has added until then.
 typedef void (*HeartBeatCallback)(ReportMap* extra_fields);
 
 /// As HeartBeatCallback, and shows the library's report so far.
@@ -63,8 +83,9 @@ ZEL_EXPORT ZELHandle* init_handle(void);
 /// none).
 ZEL_EXPORT ZELHandle* init_handle_with_interval(uint32_t interval);
 
-/// Ends a handle; null is ignored. It sends no ending heartbeat and no final report: call stop_zel_session
-/// first.
+/// Ends a handle; null is ignored. Waits for a heartbeat that is under way on another thread. It sends no
+/// ending heartbeat and no final report, and leaves a timer behind that finds its stream gone at each tick:
+/// call stop_zel_session first.
 ZEL_EXPORT void release_handle(ZELHandle* handle);
 
 /// Sets the heartbeat callback, replacing an earlier one. Unused while a detail callback is set.
@@ -96,22 +117,23 @@ ZEL_EXPORT void set_tlm_upload_callback(TlmUploadCallback callback);
 /// called again after a stop. Always returns false: the result says nothing about success.
 ZEL_EXPORT bool start_zel_session(ZELHandle* handle);
 
-/// Stops monitoring: ending heartbeat on this thread (if a timer ran and "DisableEndingTimer" is off), waits
-/// for the frame in work, uploads the final report. Frames that are still queued are not examined.
+/// Stops monitoring: waits for a heartbeat that is under way on another thread, sends the ending heartbeat on
+/// this one (if a timer ran and "DisableEndingTimer" is off), waits for the frame in work, uploads the final
+/// report. Nothing of the stream is uploaded afterwards. Frames that are still queued are not examined.
 ZEL_EXPORT void stop_zel_session(ZELHandle* handle);
 
-/// Feeds one block of decoded audio; copies it and returns. Interleaved signed 16-bit samples in native
+/// Feeds one decoded audio frame; copies it and returns. Interleaved signed 16-bit samples in native
 /// order. `samples` counts per channel; `bytes_per_sample` must be 2; `sample_rate` and `channels` at least
-/// 1; `index` not negative. While "EnableAudioAlgo" is off the block is ignored and the answer is true. At
-/// most 50 blocks wait for the detectors; the oldest is dropped beyond that. False for bad input, or a block
+/// 1; `index` not negative. While "EnableAudioAlgo" is off the frame is ignored and the answer is true. At
+/// most 50 frames wait for the detectors; the oldest is dropped beyond that. False for bad input, or a frame
 /// of 2^31 bytes or more.
 ZEL_EXPORT bool feed_audio_frame(ZELHandle* handle, const uint8_t* data, uint64_t samples,
                                  int32_t bytes_per_sample, int32_t sample_rate, int32_t channels,
                                  int64_t index);
 
-/// Feeds one decoded picture; copies it and returns. I420 in one block without gaps: `width` x `height` luma
-/// bytes, then the two chroma planes, width * height * 3 / 2 bytes in all. `index` is not negative. At most
-/// 10 pictures wait for the detectors; the oldest is dropped beyond that. False for bad input, or a picture
+/// Feeds one decoded video frame; copies it and returns. I420 in one piece without gaps: `width` x `height`
+/// luma bytes, then the two chroma planes, width * height * 3 / 2 bytes in all. `index` is not negative. At
+/// most 10 frames wait for the detectors; the oldest is dropped beyond that. False for bad input, or a frame
 /// of 2^31 bytes or more.
 ZEL_EXPORT bool feed_video_frame(ZELHandle* handle, const uint8_t* data, int32_t width, int32_t height,
                                  int64_t index);

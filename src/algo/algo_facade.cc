@@ -1,27 +1,12 @@
 #include <zel/algo/algo_facade.h>
 
-#include <algorithm>
-#include <limits>
-
 #include "algo/audio/audio_handle.h"
+#include "algo/audio/period_sums.h"
 #include "algo/video/planes.h"
 #include "algo/video/video_handle.h"
-#include "base/truncate.h"
 
 namespace ZELAlgo {
 namespace {
-
-VideoSettings videoSettings(const ZELAlgoConfig& config) {
-    return {.enable_black_screen = config.enable_black_screen,
-            .enable_block = config.enable_block,
-            .enable_exposure = config.enable_exposure,
-            .enable_green_screen = config.enable_green_screen,
-            .enable_staticframe = config.enable_staticframe,
-            .black_screen_ratio = config.black_screen_ratio,
-            .green_screen_ratio = config.green_screen_ratio,
-            .block_param = static_cast<uint32_t>(ZEL::truncateToInt32(config.block_param)),
-            .staticframe_param = static_cast<uint32_t>(ZEL::truncateToInt32(config.staticframe_param))};
-}
 
 Planes planesOf(const ZELVideoPlanes& picture) {
     return {.width = picture.width,
@@ -42,18 +27,6 @@ bool isWellFormed(const ZELVideoPlanes& picture) {
 bool canBeCounted(const Planes& picture) {
     constexpr uint64_t kMostPixels = ((uint64_t{1} << 31U) - 1) * 2 / 3;
     return uint64_t{picture.width} * picture.height <= kMostPixels;
-}
-
-/// The integer part, within what a count can hold.
-uint32_t periodChunks(const ZELAlgoConfig& config) {
-    const double chunks = config.longtime_period_s * 100.0;
-    constexpr double kMost = std::numeric_limits<uint32_t>::max();
-    return chunks > 0.0 ? static_cast<uint32_t>(std::min(chunks, kMost)) : 0;
-}
-
-/// A level as the thresholds see it.
-float asSigned(uint32_t level) {
-    return static_cast<float>(static_cast<int32_t>(level));
 }
 
 }  // namespace
@@ -85,18 +58,13 @@ bool AlgoFacade::detect(const Planes& picture, ZELVideoResult& result) {
         return false;
     }
     if (!video_) {
-        video_.reset(VideoAlgoCreate(videoSettings(config_), picture.width, picture.height));
+        video_.reset(VideoAlgoCreate(config_, picture.width, picture.height));
         if (!video_) {
             return false;
         }
     }
-    // A failure on the way is not looked at: what was found before it counts, the rest is "nothing found".
-    VideoVerdicts verdicts;
-    VideoAlgoExecute(video_.get(), picture, verdicts);
-    result.screen_type = verdicts.screen_type;
-    result.exposure_type = verdicts.exposure_type;
-    result.is_block = verdicts.is_block != 0;
-    result.is_staticframe = verdicts.is_static != 0;
+    // A failure on the way is not looked at: what was found before it counts.
+    VideoAlgoExecute(video_.get(), picture, result);
     return true;
 }
 
@@ -106,29 +74,22 @@ void AlgoFacade::AudioDestroyer::operator()(AudioAlgoHandle_t* handle) const {
 
 bool AlgoFacade::detectAudio(const ZELAudioFrame& frame, ZELAudioResult& result) {
     if (!audio_) {
-        audio_.reset(AudioAlgoCreate(frame.sample_rate));
+        audio_.reset(AudioAlgoCreate(config_, frame.sample_rate));
         if (!audio_) {
             return false;
         }
-        audio_->period_chunks = periodChunks(config_);
     }
-    AudioOutcome outcome;
-    switch (AudioAlgoExecute(audio_.get(), frame.data, frame.samples, outcome)) {
+    ZELAudioResult period{};  // where nothing was voiced, the voice level of a period is 0
+    switch (AudioAlgoExecute(audio_.get(), frame.data, frame.samples, period)) {
         case 0:
-            result.voice_level_longtime = outcome.voice_level;
-            result.voice_scale_longtime = outcome.voice_scale;
-            result.audio_level = outcome.audio_level;
-            result.is_mute = config_.mute_level >= asSigned(outcome.audio_level) ? 1 : 0;
-            result.is_low_voicelevel = config_.low_voice_level >= asSigned(outcome.voice_level) ? 1 : 0;
-            result.is_high_voicelevel = asSigned(outcome.voice_level) >= config_.high_voice_level ? 1 : 0;
-            result.is_novoice_longtime = config_.novoice_scale >= outcome.voice_scale ? 1 : 0;
-            result.status = 2;
+            judgePeriod(config_, period);
+            result = period;
             break;
         case 1:
-            result.status = 1;
+            result.status = kAudioFilling;
             break;
         default:
-            result.status = 0;
+            result.status = kAudioNoResult;
             break;
     }
     return true;

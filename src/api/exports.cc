@@ -11,14 +11,19 @@
 
 namespace {
 
-/// A reference of the call's own, since a callback may release the handle meanwhile. A log line with the
-/// export's name and `line` if there is no handle.
+/// A reference of the call's own, since a callback may release the handle meanwhile; null in a child of the
+/// handle's process, where a lock may be held by a thread that is not there.
+std::shared_ptr<ZELSessionPc> sessionOf(const ZELHandle* handle) {
+    return handle->session->isInItsProcess() ? handle->session : nullptr;
+}
+
+/// As above, and null with a log line that has the export's name and `line` if there is no handle.
 std::shared_ptr<ZELSessionPc> sessionOf(const ZELHandle* handle, const char* function, int line) {
     if (handle == nullptr) {
         ZEL_LOG_PC(function, line, "ERRO: please init handle\n");
         return nullptr;
     }
-    return handle->session;
+    return sessionOf(handle);
 }
 
 /// Exports do not call each other: another library of the process may have a function of the same name.
@@ -39,9 +44,13 @@ ZELHandle* init_handle_with_interval(uint32_t interval) {
 }
 
 void release_handle(ZELHandle* handle) {
-    if (handle != nullptr) {
-        ZELManagerPc::getInstance().release_session(handle->session);
+    if (handle == nullptr) {
+        return;
+    }
+    if (auto session = sessionOf(handle)) {
+        session->retire();
         delete handle;
+        ZELManagerPc::getInstance().release_session(std::move(session));
     }
 }
 
@@ -58,7 +67,9 @@ void set_heart_beat_detail_callback(ZELHandle* handle, HeartBeatDetailCallback c
 }
 
 void set_heart_beat_timer_switch_listener(ZELHandle* handle, HeartBeatTimerSwitchListener listener) {
-    handle->session->setTimerSwitchListener(listener);
+    if (const auto session = sessionOf(handle)) {
+        session->setTimerSwitchListener(listener);
+    }
 }
 
 void set_cobalt_bool_callback(CobaltBoolCallback callback) {
@@ -104,7 +115,7 @@ bool feed_video_frame(ZELHandle* handle, const uint8_t* data, int32_t width, int
 
 uint64_t get_session_id(ZELHandle* handle) {
     const std::shared_ptr<ZELSessionPc> session = handle->session;
-    return session->get_session_id();
+    return session->get_session_id();  // needs no lock, so that a forked child may ask as well
 }
 
 bool zel_collect_accumulative_data_for_session_v2(uint64_t session_id,

@@ -32,6 +32,7 @@ void ZELManagerPc::stopSession(const std::shared_ptr<ZELSessionPc>& session) {
     if (session == nullptr) {
         return;
     }
+    const ZEL::Turn::Held turn(session->turn());
     session->stop();
     ReportMap report = session->endReport();
     report.insert(host_.common_fields.begin(), host_.common_fields.end());

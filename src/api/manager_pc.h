@@ -19,7 +19,7 @@ class ZELManagerPc {
     ZELManagerPc(const ZELManagerPc&) = delete;
     ZELManagerPc& operator=(const ZELManagerPc&) = delete;
 
-    HostServices& host() { return host_; }
+    ZEL::HostServices& host() { return host_; }
 
     std::shared_ptr<ZELSessionPc> createSession();
     /// Drops the reference.
@@ -30,7 +30,7 @@ class ZELManagerPc {
   private:
     ZELManagerPc() = default;
 
-    HostServices host_;
+    ZEL::HostServices host_;
 };
 
 #endif  // ZEL_SRC_API_MANAGER_PC_H_

@@ -8,7 +8,8 @@ namespace ZEL {
 
 }  // namespace ZEL
 
-/// The desktop layer's message form: where it was written, then the text.
+/// The desktop layer's message form: function and line, then the text. The line is part of the message, a
+/// number that hosts search for: it never changes when code moves, so it is never __LINE__.
 #define ZEL_LOG_PC(function, line, text, ...) \
     ::ZEL::zel_log("[zel log...][function : %s][line: %d]" text, function, line __VA_OPT__(, ) __VA_ARGS__)
 

@@ -1,12 +1,20 @@
 #ifndef ZEL_SRC_BASE_THREAD_NAME_H_
 #define ZEL_SRC_BASE_THREAD_NAME_H_
 
-#include <string>
-
 namespace ZEL {
 
-/// Names the calling thread for debuggers and profilers. Linux keeps the first 15 bytes.
-void setThreadName(const std::string& name);
+/// A thread's name for debuggers and profilers, as much of it as Linux keeps. Needs no memory.
+class ThreadName {
+  public:
+    /// printf rules.
+    [[gnu::format(printf, 2, 3)]] explicit ThreadName(const char* format, ...);
+
+    /// Names the calling thread.
+    void apply() const;
+
+  private:
+    char text_[16];  // with the terminating zero
+};
 
 /// The operating system's id of the calling thread.
 unsigned long threadId();

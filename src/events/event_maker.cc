@@ -2,33 +2,30 @@
 
 #include <algorithm>
 
-#include "events/verdicts.h"
-
 namespace ZEL {
 
 EventMaker::EventMaker(const EventRules& rules, StreamTracks tracks, EventListener& listener)
-    : listener_(listener), gaps_(tracks) {
+    : listener_(listener), rules_(rules), gaps_(tracks) {
     trackers_.reserve(kEventKinds);
     for (const EventKindInfo& info : eventKinds()) {
         trackers_.emplace_back(info.kind, rules[indexOf(info.kind)]);
     }
 }
 
-void EventMaker::picture(TimeSpan shown, const ZELAlgo::ZELVideoResult& result) {
-    PerEventKind<Sight> sights = sightsOf(result);
-    Sight& freeze = sights[indexOf(EventKind::kFreeze)];
-    if (!any_picture_ && freeze == Sight::kPresent) {
-        freeze = Sight::kAbsent;  // the detector has compared it with an empty picture
+void EventMaker::frame(TimeSpan shown, const ZELAlgo::ZELVideoResult& result) {
+    Sights sights = frameSights(result);
+    std::optional<Sight>& freeze = sights[indexOf(EventKind::kFreeze)];
+    if (!any_frame_ && freeze == Sight::kPresent) {
+        freeze = Sight::kAbsent;  // the detector has compared it with an empty frame
     }
-    any_picture_ = true;
+    any_frame_ = true;
     for (const EventKindInfo& info : eventKinds()) {
-        if (info.source != EventSource::kVideo) {
-            continue;
+        if (const std::optional<Sight> sight = sights[indexOf(info.kind)]) {
+            // The detector finds a frame like the one before it, so the freeze began with that one.
+            const bool reaches_back =
+                info.kind == EventKind::kFreeze && sight == Sight::kPresent && like_start_;
+            see(info.kind, {reaches_back ? *like_start_ : shown.start_s, shown.end_s}, *sight);
         }
-        // The detector finds a picture like the one before it, so the freeze began with that one.
-        const bool reaches_back = info.kind == EventKind::kFreeze && freeze == Sight::kPresent && like_start_;
-        see(info.kind, {reaches_back ? *like_start_ : shown.start_s, shown.end_s},
-            sights[indexOf(info.kind)]);
     }
     gaps_.reach(StreamTrack::kVideo, shown.end_s);
     seeStalls(gaps_.settledTo());
@@ -36,23 +33,27 @@ void EventMaker::picture(TimeSpan shown, const ZELAlgo::ZELVideoResult& result) 
 }
 
 void EventMaker::silencePeriod(TimeSpan period, const ZELAlgo::ZELAudioResult& result) {
-    see(EventKind::kMute, period, sightsOf(result)[indexOf(EventKind::kMute)]);
+    see(period, silenceSights(result));
     gaps_.reach(StreamTrack::kAudio, period.end_s);
     seeStalls(gaps_.settledTo());
 }
 
 void EventMaker::voicePeriod(TimeSpan period, const ZELAlgo::ZELAudioResult& result) {
-    const PerEventKind<Sight> sights = sightsOf(result);
-    for (const EventKind kind : {EventKind::kLowVoice, EventKind::kHighVoice, EventKind::kNoVoice}) {
-        see(kind, period, sights[indexOf(kind)]);
-    }
+    see(period, voiceSights(result));
 }
 
 void EventMaker::gap(StreamTrack track, TimeSpan span) {
+    listener_.onGap(track, span);
     if (track == StreamTrack::kVideo) {
         like_start_.reset();
     }
     gaps_.add(track, span);
+    seeStalls(gaps_.settledTo());
+}
+
+void EventMaker::late(StreamTrack track, TimeSpan span) {
+    gaps_.reach(track, span.end_s);
+    seeMissing(span);
     seeStalls(gaps_.settledTo());
 }
 
@@ -67,37 +68,63 @@ void EventMaker::finish(const StreamEnd& end) {
     }
     for (const EventKindInfo& info : eventKinds()) {
         EventTracker& tracker = trackers_[indexOf(info.kind)];
-        if (end.still_picture && info.source == EventSource::kVideo) {
-            tracker.waiveMinimum();
+        if (end.still && info.source == EventSource::kVideo) {
+            setRule(info.kind, {.min_s = 0.0, .gap_s = rules_[indexOf(info.kind)].gap_s});
         }
-        report(tracker.finish(info.source == EventSource::kVideo   ? end.video_s
-                              : info.source == EventSource::kAudio ? end.audio_s
-                                                                   : reached_s));
+        const double end_s = info.source == EventSource::kVideo   ? end.video_s
+                             : info.source == EventSource::kAudio ? end.audio_s
+                                                                  : reached_s;
+        tell(info.kind, tracker.extendTo(end_s));
+        tell(tracker.finish(end_s));
+    }
+}
+
+void EventMaker::setRule(EventKind kind, EventRule rule) {
+    rules_[indexOf(kind)] = rule;
+    tell(kind, trackers_[indexOf(kind)].setRule(rule));
+}
+
+void EventMaker::see(TimeSpan span, const Sights& sights) {
+    for (const EventKindInfo& info : eventKinds()) {
+        if (const std::optional<Sight> sight = sights[indexOf(info.kind)]) {
+            see(info.kind, span, *sight);
+        }
     }
 }
 
 void EventMaker::see(EventKind kind, TimeSpan span, Sight sight) {
     const EventTracker::Step step = trackers_[indexOf(kind)].see(span, sight);
-    report(step.ended);
+    tell(step.ended);
     if (step.began) {
-        listener_.onRunBegan(kind);
+        listener_.onSuspected(kind);
     }
+    tell(kind, step.raised);
 }
 
 /// Sees the gaps up to `settled_s`, which no track can add anything to.
 void EventMaker::seeStalls(double settled_s) {
     for (const TimeSpan& gap : gaps_.takeSettled()) {
-        see(EventKind::kStall, gap, Sight::kPresent);
-        missing_to_s_ = std::max(missing_to_s_, gap.end_s);
+        seeMissing(gap);
     }
     if (settled_s > missing_to_s_) {
         see(EventKind::kStall, {settled_s, settled_s}, Sight::kAbsent);
     }
 }
 
-void EventMaker::report(const std::optional<Event>& event) {
-    if (event) {
-        listener_.onEvent(*event);
+void EventMaker::seeMissing(TimeSpan span) {
+    see(EventKind::kStall, span, Sight::kPresent);
+    missing_to_s_ = std::max(missing_to_s_, span.end_s);
+}
+
+void EventMaker::tell(EventKind kind, const std::optional<EventTracker::Raise>& raise) {
+    if (raise) {
+        listener_.onRaised(kind, raise->start_s, raise->noticed_s);
+    }
+}
+
+void EventMaker::tell(const std::optional<Event>& cleared) {
+    if (cleared) {
+        listener_.onCleared(*cleared);
     }
 }
 

@@ -1,20 +1,15 @@
 #include "events/event_tracker.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace ZEL {
-namespace {
-
-// A stretch in which the fault was seen less than half of the time is not one event.
-constexpr double kLeastShare = 0.5;
-
-}  // namespace
 
 EventTracker::Step EventTracker::see(TimeSpan span, Sight sight) {
     const bool present = sight == Sight::kPresent;
     Step step;
     if (open_ && (present ? span.start_s : span.end_s) - run_.end_s > rule_.gap_s + kSlackS) {
-        step.ended = close(false);
+        step.ended = clear(false);
     }
     step.began = present && !open_;
     if (present) {
@@ -23,17 +18,40 @@ EventTracker::Step EventTracker::see(TimeSpan span, Sight sight) {
         pending_unknown_s_ += span.length();
     }
     last_present_ = present;
+    seen_to_s_ = span.end_s;
+    step.raised = raise();
     return step;
 }
 
-std::optional<Event> EventTracker::finish(double end_s) {
-    if (!open_) {
-        return std::nullopt;
-    }
-    if (last_present_ && end_s > run_.end_s) {
+std::optional<EventTracker::Raise> EventTracker::setRule(EventRule rule) {
+    rule_ = rule;
+    return raise();
+}
+
+std::optional<EventTracker::Raise> EventTracker::extendTo(double end_s) {
+    if (open_ && last_present_ && end_s > run_.end_s) {
         extend({run_.end_s, end_s});
     }
-    return close(last_present_);
+    return raise();
+}
+
+std::optional<Event> EventTracker::finish(double end_s) {
+    extendTo(end_s);
+    return clear(last_present_);
+}
+
+/// Raises the run at hand if it is an event by now.
+std::optional<EventTracker::Raise> EventTracker::raise() {
+    if (!open_ || raised_ || run_.length() + kSlackS < rule_.min_s || share() < kLeastShare) {
+        return std::nullopt;
+    }
+    raised_ = true;
+    return Raise{.start_s = run_.start_s, .noticed_s = std::max(run_.end_s, seen_to_s_)};
+}
+
+std::optional<Event> EventTracker::clear(bool at_end) {
+    open_ = false;
+    return std::exchange(raised_, false) ? std::optional(Event{kind_, run_, share(), at_end}) : std::nullopt;
 }
 
 void EventTracker::extend(TimeSpan span) {
@@ -51,14 +69,9 @@ void EventTracker::extend(TimeSpan span) {
     run_.end_s = std::max(run_.end_s, span.end_s);
 }
 
-std::optional<Event> EventTracker::close(bool at_end) {
-    open_ = false;
-    if (run_.length() + kSlackS < rule_.min_s) {
-        return std::nullopt;
-    }
+double EventTracker::share() const {
     const double known_s = run_.length() - unknown_s_;
-    const double share = known_s > 0.0 ? std::min(present_s_ / known_s, 1.0) : 1.0;
-    return share < kLeastShare ? std::nullopt : std::optional(Event{kind_, run_, share, at_end});
+    return known_s > 0.0 ? std::min(present_s_ / known_s, 1.0) : 1.0;
 }
 
 }  // namespace ZEL

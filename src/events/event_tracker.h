@@ -13,34 +13,48 @@ namespace ZEL {
 /// counted neither for nor against the event's share.
 enum class Sight : uint8_t { kAbsent, kPresent, kUnknown };
 
-/// Joins the sights of one kind, in stream order, to events.
+/// Joins the sights of one kind, in stream order, to events. An event is raised as soon as its run lasts the
+/// minimum and its share suffices, and cleared when the run ends; a run that was never raised ends unheard.
 class EventTracker {
   public:
     EventTracker(EventKind kind, EventRule rule) : kind_(kind), rule_(rule) {}
 
-    /// Any length is an event from now on.
-    void waiveMinimum() { rule_.min_s = 0.0; }
+    struct Raise {
+        double start_s;
+        double noticed_s;
+    };
 
+    /// What a sight did; of the former run first.
     struct Step {
-        std::optional<Event> ended;  ///< the event that this sight closed
+        std::optional<Event> ended;  ///< one that was raised
         bool began = false;          ///< a run has begun that may become an event
+        std::optional<Raise> raised;
     };
 
     /// Takes in what was seen over `span`. A present sight may reach back over earlier ones.
     Step see(TimeSpan span, Sight sight);
 
-    /// The stream ended at `end_s`: closes what is open, and ends there what was present to the last.
+    /// The run at hand may have become an event by the new rule.
+    std::optional<Raise> setRule(EventRule rule);
+
+    /// The stream ended at `end_s`: ends there what was present to the last, and may thereby raise it.
+    std::optional<Raise> extendTo(double end_s);
+    /// The same, and clears what was raised; it was there to the end if the fault was present to the last.
     std::optional<Event> finish(double end_s);
 
   private:
-    std::optional<Event> close(bool at_end);
+    std::optional<Raise> raise();
+    std::optional<Event> clear(bool at_end);
     void extend(TimeSpan span);
+    double share() const;
 
     EventKind kind_;
     EventRule rule_;
     bool open_ = false;
+    bool raised_ = false;
     bool last_present_ = false;
     TimeSpan run_;
+    double seen_to_s_ = 0.0;
     double present_s_ = 0.0;
     double unknown_s_ = 0.0;
     double pending_unknown_s_ = 0.0;  // unknown time after run_.end_s

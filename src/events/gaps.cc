@@ -28,8 +28,10 @@ void Gaps::reach(StreamTrack track, double time_s) {
 }
 
 std::vector<TimeSpan> Gaps::takeSettled() {
-    const auto end =
-        std::upper_bound(waiting_.begin(), waiting_.end(), TimeSpan{settledTo(), 0.0}, startsBefore);
+    auto end = std::upper_bound(waiting_.begin(), waiting_.end(), TimeSpan{settledTo(), 0.0}, startsBefore);
+    if (waiting_.end() - end > std::ptrdiff_t{kMostWaiting}) {
+        end = waiting_.end() - std::ptrdiff_t{kMostWaiting};
+    }
     std::vector<TimeSpan> settled(waiting_.begin(), end);
     waiting_.erase(waiting_.begin(), end);
     return settled;

@@ -1,6 +1,7 @@
 #ifndef ZEL_SRC_EVENTS_GAPS_H_
 #define ZEL_SRC_EVENTS_GAPS_H_
 
+#include <zel/events/analyser.h>
 #include <zel/events/event.h>
 #include <zel/events/stream_clock.h>
 
@@ -10,17 +11,13 @@
 
 namespace ZEL {
 
-/// Which tracks a stream has.
-struct StreamTracks {
-    bool video = true;
-    bool audio = true;
-    bool still_picture = false;  ///< the video track is said to be one picture, such as a cover
-};
-
 /// Brings the gaps of a stream's tracks into one order. Each track tells its own in order; a gap is given out
 /// once every track has come as far as its start, so that what is missing in both is not found twice.
 class Gaps {
   public:
+    /// So many gaps wait for a track that does not come, then the oldest wait no longer.
+    static constexpr size_t kMostWaiting = 1024;
+
     explicit Gaps(StreamTracks tracks);
 
     /// `track` has nothing in `span`, and has come as far as its end.
@@ -28,7 +25,7 @@ class Gaps {
     /// `track` has come as far as `time_s`.
     void reach(StreamTrack track, double time_s);
 
-    /// Takes out the gaps that no other can precede, by their start.
+    /// Takes out the gaps that no other can precede, by their start, and those that are too many.
     std::vector<TimeSpan> takeSettled();
     /// How far every track has come.
     double settledTo() const;

@@ -69,8 +69,7 @@ void StreamClock::resolve(Track& track, double next_stamp_s, const Place& place)
     const Held& last = track.held.back();
     const double moved_s = last.stamp_s + last.length_s;
     const bool returns = jumpsBack(track, track.held.front().stamp_s) || next_stamp_s < last.stamp_s;
-    if (returns &&
-        std::abs(next_stamp_s + shiftOf(track) - unmoved_s) < std::abs(next_stamp_s - moved_s)) {
+    if (returns && std::abs(next_stamp_s + shiftOf(track) - unmoved_s) < std::abs(next_stamp_s - moved_s)) {
         releaseInARow(track, place);
     } else if (track.held.size() == track.most_held) {
         acceptJump(track, place);

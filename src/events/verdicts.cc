@@ -3,46 +3,42 @@
 namespace ZEL {
 namespace {
 
-constexpr uint32_t kBlackScreen = 1;
-constexpr uint32_t kGreenScreen = 2;
-constexpr uint32_t kUnder = 1;
-constexpr uint32_t kOver = 2;
-
 Sight sight(bool present) {
     return present ? Sight::kPresent : Sight::kAbsent;
 }
 
-PerEventKind<Sight> nothingKnown() {
-    PerEventKind<Sight> sights;
-    sights.fill(Sight::kUnknown);
-    return sights;
+/// What another verdict hides is not known.
+Sight sight(bool present, bool hidden) {
+    return hidden ? Sight::kUnknown : sight(present);
 }
 
 }  // namespace
 
-PerEventKind<Sight> sightsOf(const ZELAlgo::ZELVideoResult& result) {
-    PerEventKind<Sight> sights = nothingKnown();
-    sights[indexOf(EventKind::kBlack)] = sight(result.screen_type == kBlackScreen);
-    sights[indexOf(EventKind::kGreen)] = sight(result.screen_type == kGreenScreen);
+Sights frameSights(const ZELAlgo::ZELVideoResult& result) {
+    const bool blank = result.screen_type != ZELAlgo::kScreenNormal;
+    Sights sights;
+    sights[indexOf(EventKind::kBlack)] = sight(result.screen_type == ZELAlgo::kScreenBlack);
+    sights[indexOf(EventKind::kGreen)] = sight(result.screen_type == ZELAlgo::kScreenGreen);
     sights[indexOf(EventKind::kBlock)] = sight(result.is_block);
-    if (result.screen_type == 0) {
-        sights[indexOf(EventKind::kFreeze)] = sight(result.is_staticframe);
-        sights[indexOf(EventKind::kUnderexposed)] = sight(result.exposure_type == kUnder);
-        sights[indexOf(EventKind::kOverexposed)] = sight(result.exposure_type == kOver);
-    }
+    sights[indexOf(EventKind::kFreeze)] = sight(result.is_staticframe, blank);
+    sights[indexOf(EventKind::kUnderexposed)] = sight(result.exposure_type == ZELAlgo::kExposureUnder, blank);
+    sights[indexOf(EventKind::kOverexposed)] = sight(result.exposure_type == ZELAlgo::kExposureOver, blank);
     return sights;
 }
 
-PerEventKind<Sight> sightsOf(const ZELAlgo::ZELAudioResult& result) {
-    PerEventKind<Sight> sights = nothingKnown();
+Sights silenceSights(const ZELAlgo::ZELAudioResult& result) {
+    Sights sights;
     sights[indexOf(EventKind::kMute)] = sight(result.is_mute != 0);
-    if (result.is_mute == 0) {
-        sights[indexOf(EventKind::kNoVoice)] = sight(result.is_novoice_longtime != 0);
-        if (result.is_novoice_longtime == 0) {
-            sights[indexOf(EventKind::kLowVoice)] = sight(result.is_low_voicelevel != 0);
-            sights[indexOf(EventKind::kHighVoice)] = sight(result.is_high_voicelevel != 0);
-        }
-    }
+    return sights;
+}
+
+Sights voiceSights(const ZELAlgo::ZELAudioResult& result) {
+    const bool mute = result.is_mute != 0;
+    const bool no_voice = result.is_novoice_longtime != 0;
+    Sights sights;
+    sights[indexOf(EventKind::kLowVoice)] = sight(result.is_low_voicelevel != 0, mute || no_voice);
+    sights[indexOf(EventKind::kHighVoice)] = sight(result.is_high_voicelevel != 0, mute || no_voice);
+    sights[indexOf(EventKind::kNoVoice)] = sight(no_voice, mute);
     return sights;
 }
 

@@ -4,15 +4,21 @@
 #include <zel/algo/algo_types.h>
 #include <zel/events/kinds.h>
 
+#include <optional>
+
 #include "events/event_tracker.h"
 
 namespace ZEL {
 
-/// What the verdicts on one picture, or one audio period, show of each kind. Where one fault implies another
-/// only the first is present: a black or green picture is not also frozen, and silence is not also low voice
-/// or no voice. Kinds of another source are unknown.
-PerEventKind<Sight> sightsOf(const ZELAlgo::ZELVideoResult& result);
-PerEventKind<Sight> sightsOf(const ZELAlgo::ZELAudioResult& result);
+/// What is seen of each kind that was looked for.
+using Sights = PerEventKind<std::optional<Sight>>;
+
+/// What the verdicts on one frame, one period for silence or one period for speech show. Where one fault
+/// implies another only the first is present: a black or green frame is not also frozen, and silence is not
+/// also low voice or no voice.
+Sights frameSights(const ZELAlgo::ZELVideoResult& result);
+Sights silenceSights(const ZELAlgo::ZELAudioResult& result);
+Sights voiceSights(const ZELAlgo::ZELAudioResult& result);
 
 }  // namespace ZEL
 

@@ -3,13 +3,12 @@
 #include <algorithm>
 #include <atomic>
 #include <condition_variable>
-#include <iterator>
 #include <list>
 #include <map>
+#include <new>
 #include <system_error>
 #include <thread>
 #include <utility>
-#include <vector>
 
 #include "base/log_format.h"
 #include "base/mutex.h"
@@ -32,7 +31,8 @@ bool isNamed(const std::shared_ptr<Message>& message) {
 /// Lock order: queue, then listeners. The delivery thread holds both while a callback runs.
 struct MessageCenter::State {
     Mutex listeners_mutex;
-    std::map<std::string, std::vector<Listener>> listeners ZEL_GUARDED_BY(listeners_mutex);
+    /// Lists, from which entries are taken without memory: sessions unsubscribe as they die.
+    std::map<std::string, std::list<Listener>> listeners ZEL_GUARDED_BY(listeners_mutex);
     Mutex queue_mutex;
     std::list<std::shared_ptr<Message>> queue ZEL_GUARDED_BY(queue_mutex);
     std::condition_variable_any queue_changed;
@@ -45,20 +45,23 @@ struct MessageCenter::State {
     bool add(const std::string& name, Listener listener);
     void run();
     void deliver(Message& message);
+    void deliverTo(const Listener& listener, Message& message);
 };
 
 bool MessageCenter::State::add(const std::string& name, Listener listener) {
     if (name.empty() || listener.owner == nullptr || listener.callback == nullptr) {
         return false;
     }
+    std::list<Listener> added;
+    added.push_back(std::move(listener));
     const MutexLock lock(listeners_mutex);
-    std::vector<Listener>& entries = listeners[name];
+    std::list<Listener>& entries = listeners[name];
     // Intended: a stopped centre is noticed only where there is a list to search.
     if (std::any_of(entries.begin(), entries.end(),
-                    [&](const Listener& entry) { return stopped || entry.owner == listener.owner; })) {
+                    [&](const Listener& entry) { return stopped || entry.owner == added.front().owner; })) {
         return false;
     }
-    entries.push_back(std::move(listener));
+    entries.splice(entries.end(), added);
     return true;
 }
 
@@ -91,15 +94,28 @@ void MessageCenter::State::deliver(Message& message) {
         return;
     }
     for (const Listener& listener : found->second) {
-        // Intended: the payload is moved, so the first listener alone receives it. The callback runs as a
-        // copy, so that each delivery starts from what was registered.
-        Callback(listener.callback)(
-            std::make_shared<Message>(message.name(), std::exchange(message.payload_, {}), listener.owner));
+        deliverTo(listener, message);
     }
 }
 
+void MessageCenter::State::deliverTo(const Listener& listener, Message& message) {
+    Callback callback;
+    std::shared_ptr<Message> copy;
+    try {
+        // Intended: the payload is moved, so the first listener alone receives it. The callback runs as a
+        // copy, so that each delivery starts from what was registered.
+        callback = listener.callback;
+        copy = std::make_shared<Message>(message.name(), std::exchange(message.payload_, {}), listener.owner);
+    } catch (const std::bad_alloc&) {
+        zel_log("ZEL: %s\n", "WARN: no memory to deliver a message");
+        return;
+    }
+    callback(std::move(copy));  // intended: what it throws ends the process
+}
+
 MessageCenter::MessageCenter() : state_(std::make_unique<State>()) {
-    state_->worker = startThread([] { return "MPMessageCenter"; }, [state = state_.get()] { state->run(); });
+    state_->worker =
+        startThread([] { return ThreadName("MPMessageCenter"); }, [state = state_.get()] { state->run(); });
 }
 
 MessageCenter::~MessageCenter() = default;
@@ -117,15 +133,17 @@ void MessageCenter::registerListenerLogged(const std::string& name, std::shared_
 }
 
 int32_t MessageCenter::unregisterListener(const std::string& name, const std::shared_ptr<CObject>& owner) {
-    std::vector<Listener> removed;  // outlives the lock: what a callback holds may call the centre as it dies
+    std::list<Listener> removed;  // outlives the lock: what a callback holds may call the centre as it dies
     const MutexLock lock(state_->listeners_mutex);
     const auto found = state_->listeners.find(name);
     if (found != state_->listeners.end()) {
-        std::vector<Listener>& entries = found->second;
-        const auto first = std::stable_partition(entries.begin(), entries.end(),
-                                                 [&](const Listener& entry) { return entry.owner != owner; });
-        removed.assign(std::make_move_iterator(first), std::make_move_iterator(entries.end()));
-        entries.erase(first, entries.end());
+        std::list<Listener>& entries = found->second;
+        for (auto entry = entries.begin(); entry != entries.end();) {
+            const auto current = entry++;
+            if (current->owner == owner) {
+                removed.splice(removed.end(), entries, current);
+            }
+        }
         if (entries.empty()) {
             state_->listeners.erase(found);
         }
@@ -168,7 +186,7 @@ void MessageCenter::stop() {
         }
     }
     // Let go of outside the locks: an owner's destructor may call the centre.
-    std::map<std::string, std::vector<Listener>> listeners;
+    std::map<std::string, std::list<Listener>> listeners;
     std::list<std::shared_ptr<Message>> queue;
     {
         const MutexLock queue_lock(state_->queue_mutex);

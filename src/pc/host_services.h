@@ -6,6 +6,8 @@
 #include "pc/remote_switches.h"
 #include "pc/telemetry_upload.h"
 
+namespace ZEL {
+
 /// What the host lent the whole process.
 struct HostServices {
     RemoteSwitches switches;
@@ -13,5 +15,7 @@ struct HostServices {
     /// Fields that every final report carries beside its own; nothing fills them yet.
     const ReportMap common_fields{};
 };
+
+}  // namespace ZEL
 
 #endif  // ZEL_SRC_PC_HOST_SERVICES_H_

@@ -1,5 +1,9 @@
 #include "pc/remote_switches.h"
 
+#include "pc/host_call.h"
+
+namespace ZEL {
+
 void RemoteSwitches::registerBool(CobaltBoolCallback callback) {
     CobaltBoolCallback none = nullptr;
     bool_callback_.compare_exchange_strong(none, callback);
@@ -11,11 +15,19 @@ void RemoteSwitches::registerInt(CobaltIntCallback callback) {
 }
 
 bool RemoteSwitches::readBool(const char* key) const {
-    const CobaltBoolCallback ask = bool_callback_.load();
-    return ask != nullptr && ask(key);
+    bool answer = false;
+    if (const CobaltBoolCallback ask = bool_callback_.load()) {
+        callHost("boolean switch", [&] { answer = ask(key); });
+    }
+    return answer;
 }
 
 int32_t RemoteSwitches::readInt(const char* key) const {
-    const CobaltIntCallback ask = int_callback_.load();
-    return ask != nullptr ? ask(key) : -1;
+    int32_t answer = -1;
+    if (const CobaltIntCallback ask = int_callback_.load()) {
+        callHost("integer switch", [&] { answer = ask(key); });
+    }
+    return answer;
 }
+
+}  // namespace ZEL

@@ -3,30 +3,32 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <unistd.h>
 #include <utility>
 
 #include "base/clock.h"
 #include "base/log_format.h"
 #include "base/text.h"
+#include "pc/host_call.h"
 #include "session/task_queue.h"
 
 namespace {
 
 constexpr uint32_t kFormatI420 = 2;
 constexpr uint64_t kMostBytes = std::numeric_limits<int32_t>::max();
-/// The queued pictures, the one in work and the one being fed.
+/// The queued video frames, the one in work and the one being fed.
 constexpr size_t kPooledBuffers = ZEL::TaskQueue::kSharedBound + 2;
 
-/// Bytes of a block of sound, or more than kMostBytes if it does not fit.
-uint64_t soundBytes(uint64_t samples, int32_t channels) {
+/// Bytes of an audio frame, or more than kMostBytes if it does not fit.
+uint64_t audioBytes(uint64_t samples, int32_t channels) {
     const uint64_t bytes_per_step = static_cast<uint64_t>(channels) * sizeof(int16_t);
     return samples <= kMostBytes ? samples * bytes_per_step : kMostBytes + 1;
 }
 
 }  // namespace
 
-ZELSessionPc::ZELSessionPc(const HostServices& host)
-    : host_(host), pool_(std::make_shared<ZEL::FramePool>(kPooledBuffers)) {}
+ZELSessionPc::ZELSessionPc(const ZEL::HostServices& host)
+    : process_(getpid()), host_(host), pool_(std::make_shared<ZEL::FramePool>(kPooledBuffers)) {}
 
 ZELSessionPc::~ZELSessionPc() {
     ZEL_LOG_PC("ZELSessionPc::~ZELSessionPc", 55, "ZELSessionPc delloc\n");
@@ -61,13 +63,21 @@ bool ZELSessionPc::start() {
     if (heartbeatAllowed()) {
         startTimer();
     }
-    impl_->start();
+    try {
+        impl_->start();
+    } catch (...) {
+        stopTimer();  // what has not started sends no heartbeats
+        throw;
+    }
     return false;
 }
 
 bool ZELSessionPc::heartbeatAllowed() const {
-    const HeartBeatTimerSwitchListener allowed = timer_switch_listener_.load();
-    return allowed != nullptr && allowed() && interval_ >= 1;
+    bool allowed = false;
+    if (const HeartBeatTimerSwitchListener ask = timer_switch_listener_.load()) {
+        ZEL::callHost("timer switch", [&] { allowed = ask(); });
+    }
+    return allowed && interval_ >= 1;
 }
 
 void ZELSessionPc::startTimer() {
@@ -76,8 +86,14 @@ void ZELSessionPc::startTimer() {
     const int32_t period = extra_initial >= 1 ? extra_initial : interval_.load();
     last_heartbeat_time_ = ZEL::now();
     const std::weak_ptr<ZELSessionPc> self = shared_from_this();
-    auto timer = std::make_shared<ZELPCTimer>(period, ZELPCTimer::Mode::kDetached,
-                                              [self] { heart_beat_callback(self); });
+    const auto running = std::make_shared<ZELPCTimer::RunningFlag>();
+    auto tick = [self, running, heartbeats = heartbeats_] {
+        const ZEL::Turn::Held turn(heartbeats->turn);
+        if (running->isSet()) {  // may have been cleared while others had the turn
+            heart_beat_callback(heartbeats->retired ? std::weak_ptr<ZELSessionPc>() : self);
+        }
+    };
+    auto timer = std::make_shared<ZELPCTimer>(period, ZELPCTimer::Mode::kDetached, std::move(tick), running);
     const ZEL::MutexLock lock(mutex_);
     timer_.swap(timer);
     if (timer != nullptr) {  // another thread has started the session at the same time
@@ -102,9 +118,21 @@ void ZELSessionPc::stop() {
         ZEL_LOG_PC("ZELSessionPc::stop", 265, "ZELSessionPc::stop _impl is null\n");
         return;
     }
-    if (stopTimer() && !host_.switches.readBool("DisableEndingTimer")) {
-        heart_beat_callback(shared_from_this());
+    const ZEL::Turn::Held turn(heartbeats_->turn);
+    const bool had_timer = stopTimer();
+    try {
+        sendInterrupted();
+        if (had_timer && !host_.switches.readBool("DisableEndingTimer")) {
+            heart_beat_callback(shared_from_this());
+        }
+    } catch (...) {  // no memory for the ending heartbeat
+        stopCore();
+        throw;
     }
+    stopCore();
+}
+
+void ZELSessionPc::stopCore() {
     if (!host_.switches.readBool("DisableFixListenerCleaning")) {
         impl_->unregisterMessageListeners();
     }
@@ -112,7 +140,16 @@ void ZELSessionPc::stop() {
     ZEL_LOG_PC("ZELSessionPc::stop", 263, "ZELSessionPc stop!!!!\n");
 }
 
-bool ZELSessionPc::feed_video_frame(const VideoInput& input) {
+void ZELSessionPc::retire() {
+    const ZEL::Turn::Held turn(heartbeats_->turn);
+    heartbeats_->retired = true;
+}
+
+bool ZELSessionPc::isInItsProcess() const {
+    return process_ == getpid();
+}
+
+bool ZELSessionPc::feed_video_frame(const ZEL::VideoInput& input) {
     constexpr const char* kFunction = "ZELSessionPc::feed_video_frame";
     ZEL_LOG_PC(kFunction, 188, "ZELSessionPC feed_video_frame\n");
     if (input.data == nullptr || input.index < 0 || input.width <= 0 || input.height <= 0) {
@@ -136,7 +173,7 @@ bool ZELSessionPc::feed_video_frame(const VideoInput& input) {
     return impl_->feedVideoFrame(std::move(frame), input.index);
 }
 
-bool ZELSessionPc::feed_audio_frame(const AudioInput& input) {
+bool ZELSessionPc::feed_audio_frame(const ZEL::AudioInput& input) {
     constexpr const char* kFunction = "ZELSessionPc::feed_audio_frame";
     if (!host_.switches.readBool("EnableAudioAlgo")) {
         return true;
@@ -150,7 +187,7 @@ bool ZELSessionPc::feed_audio_frame(const AudioInput& input) {
         ZEL_LOG_PC(kFunction, 240, "bytes_per_sample is %d\n", input.bytes_per_sample);
         return false;
     }
-    const uint64_t bytes = soundBytes(input.samples, input.channels);
+    const uint64_t bytes = audioBytes(input.samples, input.channels);
     std::unique_ptr<int16_t[]> copy(bytes <= kMostBytes ? new (std::nothrow) int16_t[bytes / sizeof(int16_t)]
                                                         : nullptr);
     if (copy == nullptr || impl_ == nullptr) {
@@ -200,26 +237,55 @@ void ZELSessionPc::setEventCallback(EventCallback callback) {
 }
 
 void ZELSessionPc::heartBeat() {
+    const ZEL::Turn::Held turn(heartbeats_->turn);
+    sendInterrupted();
     const double now = ZEL::now();
-    const double interval = now - last_heartbeat_time_.exchange(now);
+    Heartbeat heartbeat;
+    heartbeat.report.emplace("zel_time_interval", ZEL::fixedText(now - last_heartbeat_time_, 4));
     ReportMap internal_stat;
-    impl_->getHeartbeatInfo(internal_stat);
+    impl_->getHeartbeatInfo(internal_stat);  // the last step that may fail: a period that it closed is sent
+    last_heartbeat_time_ = now;
     ZEL_LOG_PC("heart_beat_callback", 115, "heart_beat_callback internal_stat mid\n");
-    ReportMap report{{"zel_time_interval", ZEL::fixedText(interval, 4)}};
-    report.merge(internal_stat);  // a key that is there keeps its value, here and below
-    ReportMap extra_fields;
-    if (const HeartBeatDetailCallback detail = heart_beat_detail_callback_.load()) {
-        detail(&extra_fields, &report);
-    } else if (const HeartBeatCallback plain = heart_beat_callback_.load()) {
-        plain(&extra_fields);
+    heartbeat.report.merge(internal_stat);  // a key that is there keeps its value, here and below
+    askForExtraFields(heartbeat);
+    if (!heartbeat.sent) {
+        send(std::move(heartbeat.report), std::move(heartbeat.extra_fields));
     }
+}
+
+void ZELSessionPc::askForExtraFields(Heartbeat& heartbeat) {
+    struct Asking {  // ends also with a thread that is cancelled in the callback
+        Heartbeat*& current;
+        ~Asking() { current = nullptr; }
+    };
+    asking_ = &heartbeat;
+    const Asking asking{asking_};
+    ZEL::callHost("heartbeat", [this, &heartbeat] {
+        if (const HeartBeatDetailCallback detail = heart_beat_detail_callback_.load()) {
+            detail(&heartbeat.extra_fields, &heartbeat.report);
+        } else if (const HeartBeatCallback plain = heart_beat_callback_.load()) {
+            plain(&heartbeat.extra_fields);
+        }
+    });
+}
+
+void ZELSessionPc::sendInterrupted() {
+    if (Heartbeat* const heartbeat = std::exchange(asking_, nullptr)) {
+        ReportMap report = heartbeat->report;  // copies: the callback still has the maps
+        ReportMap extra_fields = heartbeat->extra_fields;
+        heartbeat->sent = true;
+        send(std::move(report), std::move(extra_fields));
+    }
+}
+
+void ZELSessionPc::send(ReportMap report, ReportMap extra_fields) const {
     report.merge(extra_fields);
     host_.upload.upload(std::move(report));
 }
 
 void ZELSessionPc::onSessionEvent(uint32_t code, uint64_t a, uint64_t b, std::string text) {
     if (const EventCallback callback = event_callback_.load()) {
-        callback(code, a, b, text.c_str());
+        ZEL::callHost("event", [&] { callback(code, a, b, text.c_str()); });
     }
 }
 

@@ -8,13 +8,17 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <sys/types.h>
 
 #include "base/mutex.h"
+#include "base/turn.h"
 #include "pc/host_services.h"
 #include "pc/timer_pc.h"
 #include "session/frame_pool.h"
 
-/// One picture as the host hands it over: I420 without gaps.
+namespace ZEL {
+
+/// One video frame as the host hands it over: I420 without gaps.
 struct VideoInput {
     const uint8_t* data;
     int32_t width;
@@ -22,7 +26,7 @@ struct VideoInput {
     int64_t index;
 };
 
-/// One block of sound as the host hands it over; `samples` counts per channel.
+/// One audio frame as the host hands it over; `samples` counts per channel.
 struct AudioInput {
     const uint8_t* data;
     uint64_t samples;
@@ -32,13 +36,15 @@ struct AudioInput {
     int64_t index;
 };
 
+}  // namespace ZEL
+
 /// The desktop's wrapper around a core session: checks and copies what the host feeds, runs the heartbeat.
 /// Held by a shared_ptr. Any thread may call any operation.
 class ZELSessionPc : public ZEL::IZELSessionListener, public std::enable_shared_from_this<ZELSessionPc> {
   public:
     using EventCallback = void (*)(uint32_t code, uint64_t a, uint64_t b, const char* text);
 
-    explicit ZELSessionPc(const HostServices& host);
+    explicit ZELSessionPc(const ZEL::HostServices& host);
     ZELSessionPc(const ZELSessionPc&) = delete;
     ZELSessionPc& operator=(const ZELSessionPc&) = delete;
     /// Ends the core session. A timer that still runs finds the session gone at its next tick.
@@ -50,8 +56,8 @@ class ZELSessionPc : public ZEL::IZELSessionListener, public std::enable_shared_
     /// Always false.
     bool start();
     void stop();
-    bool feed_video_frame(const VideoInput& input);
-    bool feed_audio_frame(const AudioInput& input);
+    bool feed_video_frame(const ZEL::VideoInput& input);
+    bool feed_audio_frame(const ZEL::AudioInput& input);
     /// Always all bits set.
     uint64_t get_session_id() const;
     /// The core session's report over its whole life.
@@ -65,18 +71,51 @@ class ZELSessionPc : public ZEL::IZELSessionListener, public std::enable_shared_
     /// Who hears about the core session's events, if it is made the core's listener; an extension point.
     void setEventCallback(EventCallback callback);
 
-    /// One heartbeat: the core's report and the host's own fields go to the host's upload.
+    /// One heartbeat: the core's report and the host's own fields go to the host's upload. One at a time.
     void heartBeat();
+
+    /// What calls the host for this stream beside feeds and starts takes this turn: heartbeats and stops. So
+    /// nobody is called after a stop, and numbers go up in what is uploaded.
+    ZEL::Turn& turn() { return heartbeats_->turn; }
+
+    /// The host gives up its handle: waits for a heartbeat on another thread, and there will be no more. Not
+    /// to be called by somebody whom that heartbeat waits for.
+    void retire();
+
+    /// False in a child of the process that made the session: the threads that serve it are not there.
+    bool isInItsProcess() const;
 
     void onSessionEvent(uint32_t code, uint64_t a, uint64_t b, std::string text) override;
 
   private:
+    /// A heartbeat that is on its way to the host.
+    struct Heartbeat {
+        ReportMap report;
+        ReportMap extra_fields;
+        bool sent = false;
+    };
+
+    /// Outlives the session: a timer that nobody has stopped goes on.
+    struct Heartbeats {
+        ZEL::Turn turn;
+        std::atomic<bool> retired{false};
+    };
+
     bool heartbeatAllowed() const;
     void startTimer();
     /// True if there was a timer.
     bool stopTimer();
+    void stopCore();
+    void askForExtraFields(Heartbeat& heartbeat);
+    void send(ReportMap report, ReportMap extra_fields) const;
+    /// Sends the heartbeat that called the host, who has come back here meanwhile: it must not come after
+    /// what is sent now.
+    void sendInterrupted();
 
-    const HostServices& host_;
+    const pid_t process_;
+    const ZEL::HostServices& host_;
+    const std::shared_ptr<Heartbeats> heartbeats_ = std::make_shared<Heartbeats>();
+    Heartbeat* asking_ = nullptr;  ///< the heartbeat whose callback runs; whoever has the turn
     std::shared_ptr<ZEL::ZELSession> impl_;
     const std::shared_ptr<ZEL::FramePool> pool_;
     std::atomic<bool> listeners_registered_{false};

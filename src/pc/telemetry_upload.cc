@@ -1,5 +1,7 @@
 #include "pc/telemetry_upload.h"
 
+#include "pc/host_call.h"
+
 namespace {
 
 constexpr const char* kPage = "Page_zel";
@@ -14,6 +16,6 @@ void TlmAdapterPc::setCallback(TlmUploadCallback callback) {
 
 void TlmAdapterPc::upload(ReportMap report) const {
     if (const TlmUploadCallback send = callback_.load()) {
-        send(kPage, kEventId, kEventName, "", "", &report);
+        ZEL::callHost("upload", [&] { send(kPage, kEventId, kEventName, "", "", &report); });
     }
 }

@@ -2,13 +2,11 @@
 
 #include <chrono>
 #include <exception>
-#include <string>
 #include <thread>
 #include <utility>
 
 #include "base/log_format.h"
 #include "base/started_thread.h"
-#include "base/thread_name.h"
 
 namespace {
 
@@ -33,6 +31,11 @@ void ZELPCTimer::RunningFlag::clear() {
     cleared_.notify_all();
 }
 
+bool ZELPCTimer::RunningFlag::isSet() const {
+    const ZEL::MutexLock lock(mutex_);
+    return set_;
+}
+
 bool ZELPCTimer::RunningFlag::holdsFor(int32_t seconds) const {
     const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(seconds);
     const ZEL::MutexLock lock(mutex_);
@@ -44,7 +47,7 @@ bool ZELPCTimer::RunningFlag::holdsFor(int32_t seconds) const {
 ZELPCTimer::ZELPCTimer(int32_t period_seconds, Mode mode, Task task, std::shared_ptr<RunningFlag> running)
     : running_(std::move(running)) {
     std::thread thread =
-        ZEL::startThread([] { return "zel_timer_thread_" + std::to_string(ZEL::threadId()); },
+        ZEL::startThread([] { return ZEL::ThreadName("zel_timer_thread_%lu", ZEL::threadId()); },
                          [running = running_, period_seconds, task = std::move(task)] {
                              while (running->holdsFor(period_seconds)) {
                                  runTick(task);

@@ -18,6 +18,7 @@ class ZELPCTimer {
     class RunningFlag {
       public:
         void clear();
+        bool isSet() const;
         /// Waits `seconds` (not at all below 1), or until the flag is cleared. True while it is set.
         bool holdsFor(int32_t seconds) const;
 

@@ -41,6 +41,16 @@ class IntakeStat {
         return std::exchange(period_, AlgoStat());
     }
 
+    /// Takes back a closePeriod whose record reached nobody.
+    void reopenPeriod(const AlgoStat& closed) {
+        const MutexLock lock(mutex_);
+        period_.vframes += closed.vframes;
+        period_.aframes += closed.aframes;
+        period_.vframes_time += closed.vframes_time;
+        period_.aframes_time += closed.aframes_time;
+        period_.fail_count += closed.fail_count;
+    }
+
   private:
     mutable Mutex mutex_;
     AlgoStat total_ ZEL_GUARDED_BY(mutex_);

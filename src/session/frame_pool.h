@@ -10,13 +10,13 @@
 
 namespace ZEL {
 
-/// Bytes of an I420 picture of positive size; fits for every 32-bit width and height.
+/// Bytes of an I420 frame of positive size; fits for every 32-bit width and height.
 constexpr uint64_t i420Bytes(int32_t width, int32_t height) {
     return static_cast<uint64_t>(width) * static_cast<uint64_t>(height) * 3 / 2;
 }
 
-/// Picture buffers of one stream that go round, so that a steady stream neither allocates nor touches fresh
-/// pages. All buffers have one size; a request for another size releases the old ones. Any thread.
+/// Video frame buffers of one stream that go round, so that a steady stream neither allocates nor touches
+/// fresh pages. All buffers have one size; a request for another size releases the old ones. Any thread.
 class FramePool {
   public:
     /// At most `most_kept` buffers wait for their next use.

@@ -22,19 +22,25 @@ void writeValue(ReportMap& report, const std::string& name, int32_t value) {
 
 }  // namespace
 
-void HeartbeatReport::write(ReportMap& report, int64_t token, const AlgoStat& period, EventSnapshot now) {
-    report["zel_heartbeat_seq"] = std::to_string(static_cast<int32_t>(sequence_++));
-    report["zel_token"] = std::to_string(token);
-    writeStat(report, period);
+ReportMap HeartbeatReport::fields(int64_t token, const AlgoStat& period, const EventSnapshot& now) const {
+    ReportMap fields;
+    fields["zel_heartbeat_seq"] = std::to_string(static_cast<int32_t>(sequence_));
+    fields["zel_token"] = std::to_string(token);
+    writeStat(fields, period);
     for (const auto& [name, value] : now.counters) {
         const auto last = last_.counters.find(name);
         const int32_t before = last != last_.counters.end() ? last->second : 0;
-        writeValue(report, name,
+        writeValue(fields, name,
                    static_cast<int32_t>(static_cast<uint32_t>(value) - static_cast<uint32_t>(before)));
     }
     for (const auto& [name, value] : now.gauges) {
-        writeValue(report, name, value);
+        writeValue(fields, name, value);
     }
+    return fields;
+}
+
+void HeartbeatReport::closePeriod(EventSnapshot now) noexcept {
+    ++sequence_;
     last_ = std::move(now);
 }
 

@@ -14,8 +14,11 @@ namespace ZEL {
 /// increases. One thread at a time.
 class HeartbeatReport {
   public:
-    /// Writes the period's keys into `report`, over entries of the same name.
-    void write(ReportMap& report, int64_t token, const AlgoStat& period, EventSnapshot now);
+    /// The keys of the period that `period` and `now` end.
+    ReportMap fields(int64_t token, const AlgoStat& period, const EventSnapshot& now) const;
+
+    /// The period's fields are on their way: the next ones begin with `now`.
+    void closePeriod(EventSnapshot now) noexcept;
 
     /// The report over a session's whole life: totals and raw counters.
     static ReportMap wholeLife(const AlgoStat& total, const EventSnapshot& now);

@@ -9,12 +9,6 @@
 namespace ZEL {
 namespace {
 
-constexpr uint32_t kBlackScreen = 1;
-constexpr uint32_t kGreenScreen = 2;
-constexpr uint32_t kUnderExposed = 1;
-constexpr uint32_t kOverExposed = 2;
-constexpr uint32_t kPeriodComplete = 2;
-
 /// Report integers are signed 32-bit, whatever the field's type.
 std::string decimalText(uint32_t value) {
     return std::to_string(static_cast<int32_t>(value));
@@ -36,12 +30,12 @@ void ResultAccounting::setPublish(bool publish) {
 
 void ResultAccounting::account(const DetectorCall& call, const ZELAlgo::ZELVideoResult& result) {
     const std::pair<bool, const char*> events[] = {
-        {result.screen_type == kBlackScreen, "black_cnt"},
-        {result.screen_type == kGreenScreen, "greenscreen_cnt"},
+        {result.screen_type == ZELAlgo::kScreenBlack, "black_cnt"},
+        {result.screen_type == ZELAlgo::kScreenGreen, "greenscreen_cnt"},
         {result.is_block, "block_cnt"},
         {result.is_staticframe, "staticframe_cnt"},
-        {result.exposure_type == kUnderExposed, "underexposure_cnt"},
-        {result.exposure_type == kOverExposed, "overexposure_cnt"},
+        {result.exposure_type == ZELAlgo::kExposureUnder, "underexposure_cnt"},
+        {result.exposure_type == ZELAlgo::kExposureOver, "overexposure_cnt"},
     };
     {
         const MutexLock lock(mutex_);
@@ -61,7 +55,7 @@ void ResultAccounting::account(const DetectorCall& call, const ZELAlgo::ZELVideo
 }
 
 void ResultAccounting::account(const DetectorCall& call, const ZELAlgo::ZELAudioResult& result) {
-    if (result.status != kPeriodComplete) {
+    if (result.status != ZELAlgo::kAudioComplete) {
         return;
     }
     const std::pair<uint32_t, const char*> events[] = {

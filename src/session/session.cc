@@ -1,13 +1,16 @@
 #include <zel/message/message.h>
 #include <zel/session/session.h>
 
+#include <array>
 #include <atomic>
+#include <optional>
 #include <utility>
 
 #include "base/clock.h"
 #include "base/mutex.h"
 #include "base/thread_name.h"
 #include "session/algo_stat.h"
+#include "session/drop_counts.h"
 #include "session/heartbeat_report.h"
 #include "session/result_accounting.h"
 #include "session/session_collectors.h"
@@ -16,31 +19,30 @@
 #include "session/task_queue.h"
 
 namespace ZEL {
-namespace {
-
-constexpr const char* kFrameResultMessages[] = {"ZELMsgVideoFrameResult", "ZELMsgAudioFrameResult"};
-
-}  // namespace
 
 struct ZELSession::Parts {
-    explicit Parts(std::weak_ptr<MessageCenter> message_center)
-        : center(message_center), accounting(std::move(message_center)) {}
+    Parts(std::weak_ptr<MessageCenter> message_center, int64_t session_id)
+        : center(message_center), accounting(std::move(message_center)), drops(session_id) {}
 
     bool enqueue(ZELTask task, uint64_t AlgoStat::*frames, double AlgoStat::*time)
         ZEL_EXCLUDES(lifecycle_mutex);
 
     const std::string name = "ZELSession-" + std::to_string(threadId());
     const std::weak_ptr<MessageCenter> center;
+    /// Kept ready: unsubscribing, which a destructor does, must not ask for memory.
+    const std::array<std::string, 2> frame_result_messages{"ZELMsgVideoFrameResult",
+                                                           "ZELMsgAudioFrameResult"};
     TaskQueue queue;
     ResultAccounting accounting;
     IntakeStat intake;
+    DropCounts drops;
     SessionCollectors collectors;
     std::atomic<bool> collectors_disabled{false};
 
     Mutex lifecycle_mutex;  // feeds against start, stop and the end; before every other lock
     bool stopped ZEL_GUARDED_BY(lifecycle_mutex) = false;
     ZELAlgo::ZELAlgoConfig config ZEL_GUARDED_BY(lifecycle_mutex);
-    SessionWorker worker ZEL_GUARDED_BY(lifecycle_mutex){queue, accounting};
+    SessionWorker worker ZEL_GUARDED_BY(lifecycle_mutex){queue, accounting, drops};
 
     Mutex listener_mutex;
     std::shared_ptr<IZELSessionListener> listener ZEL_GUARDED_BY(listener_mutex);
@@ -51,7 +53,7 @@ struct ZELSession::Parts {
 
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the interface takes a reference of its own
 ZELSession::ZELSession(std::shared_ptr<MessageCenter> center)
-    : parts_(std::make_unique<Parts>(std::move(center))) {}
+    : parts_(std::make_unique<Parts>(std::move(center), getSessionId())) {}
 
 ZELSession::~ZELSession() {
     const MutexLock lock(parts_->lifecycle_mutex);
@@ -66,11 +68,14 @@ bool ZELSession::start() {
     if (parts_->worker.running()) {
         return true;
     }
-    if (std::exchange(parts_->stopped, false)) {
-        parts_->queue.clear();
+    if (parts_->stopped) {
+        while (const std::optional<ZELTask> left = parts_->queue.discardOne()) {
+            parts_->drops.add(*left);
+        }
         parts_->collectors.renewNamed();
     }
     parts_->worker.start(parts_->name, parts_->config);
+    parts_->stopped = false;
     return true;
 }
 
@@ -91,7 +96,7 @@ void ZELSession::stop() {
 void ZELSession::registerMessageListeners() {
     if (const std::shared_ptr<MessageCenter> center = parts_->center.lock()) {
         const std::shared_ptr<CObject> self = shared_from_this();
-        for (const char* name : kFrameResultMessages) {
+        for (const std::string& name : parts_->frame_result_messages) {
             // The centre holds `self` as the subscription's owner while it calls.
             center->registerListener(name, self, [this](const auto& message) { onFrameResult(*message); });
         }
@@ -101,7 +106,7 @@ void ZELSession::registerMessageListeners() {
 void ZELSession::unregisterMessageListeners() {
     if (const std::shared_ptr<MessageCenter> center = parts_->center.lock()) {
         const std::shared_ptr<CObject> self = shared_from_this();
-        for (const char* name : kFrameResultMessages) {
+        for (const std::string& name : parts_->frame_result_messages) {
             center->unregisterListener(name, self);
         }
     }
@@ -135,9 +140,16 @@ bool ZELSession::Parts::enqueue(ZELTask task, uint64_t AlgoStat::*frames, double
     const MutexLock lock(lifecycle_mutex);
     intake.add<uint64_t>(frames, 1);
     const double begin = now();
-    queue.pushDropOldest(std::move(task));
+    const std::optional<ZELTask> dropped = queue.pushDropOldest(std::move(task));
     intake.add(time, now() - begin);
+    if (dropped) {
+        drops.add(*dropped);
+    }
     return true;
+}
+
+QueueDrops ZELSession::getQueueDrops() const {
+    return parts_->drops.get();
 }
 
 int64_t ZELSession::getSessionId() const {
@@ -192,8 +204,18 @@ std::shared_ptr<ZELInfoCollector> ZELSession::addCollector(const std::string& na
 
 void ZELSession::getHeartbeatInfo(ReportMap& report) {
     const MutexLock lock(parts_->report_mutex);
-    parts_->collectors.collectInto(report, !parts_->collectors_disabled);
-    parts_->report.write(report, getSessionId(), parts_->intake.closePeriod(), parts_->accounting.snapshot());
+    EventSnapshot now_seen = parts_->accounting.snapshot();
+    const AlgoStat period = parts_->intake.closePeriod();
+    try {
+        ReportMap fields = parts_->report.fields(getSessionId(), period, now_seen);
+        parts_->collectors.collectInto(report, !parts_->collectors_disabled);
+        fields.merge(report);  // the session's own values win; from here on nothing can fail
+        report.swap(fields);
+    } catch (...) {
+        parts_->intake.reopenPeriod(period);
+        throw;
+    }
+    parts_->report.closePeriod(std::move(now_seen));
 }
 
 ReportMap ZELSession::getAccumulativeInfo() {

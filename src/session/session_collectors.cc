@@ -44,9 +44,9 @@ void SessionCollectors::collectInto(ReportMap& report, bool with_named) {
         }
     }
     for (const auto& collector : order) {
-        for (auto& [key, value] : collector->collect()) {
-            report[key] = std::move(value);
-        }
+        ReportMap fields = collector->collect();
+        fields.merge(report);  // without memory: what was collected is not kept anywhere else
+        report.swap(fields);
     }
 }
 

@@ -3,11 +3,14 @@
 #include <zel/algo/algo_facade.h>
 
 #include <cfenv>
+#include <exception>
 #include <optional>
 
+#include "algo/mix_down.h"
 #include "base/clock.h"
+#include "base/log_format.h"
 #include "base/started_thread.h"
-#include "session/mix_down.h"
+#include "session/drop_counts.h"
 #include "session/result_accounting.h"
 #include "session/task_queue.h"
 
@@ -24,8 +27,8 @@ DetectorCall timed(Detect detect) {
 
 }  // namespace
 
-SessionWorker::SessionWorker(TaskQueue& queue, ResultAccounting& accounting)
-    : queue_(queue), accounting_(accounting) {}
+SessionWorker::SessionWorker(TaskQueue& queue, ResultAccounting& accounting, DropCounts& drops)
+    : queue_(queue), accounting_(accounting), drops_(drops) {}
 
 SessionWorker::~SessionWorker() {
     stop();
@@ -33,7 +36,7 @@ SessionWorker::~SessionWorker() {
 
 void SessionWorker::start(const std::string& thread_name, const ZELAlgo::ZELAlgoConfig& config) {
     queue_.open();
-    thread_ = startThread([&thread_name] { return thread_name; },
+    thread_ = startThread([&thread_name] { return ThreadName("%s", thread_name.c_str()); },
                           [this, config] {
                               // The thread has its creator's floating-point mode, on which verdicts hang.
                               std::fesetenv(FE_DFL_ENV);
@@ -65,20 +68,26 @@ void SessionWorker::run(ZELAlgo::AlgoFacade& algo) {
 }
 
 void SessionWorker::process(ZELAlgo::AlgoFacade& algo, const ZELTask& task) {
-    std::visit([this, &algo](const auto& frame) { examine(algo, *frame); }, task);
+    try {
+        std::visit([this, &algo](const auto& frame) { examine(algo, *frame); }, task);
+    } catch (const std::exception& error) {  // nothing here throws anything else
+        drops_.add(task);
+        zel_log("ZEL: WARN: a frame was dropped: %s\n", error.what());
+    }
 }
 
 void SessionWorker::examine(ZELAlgo::AlgoFacade& algo, const VideoFrame& frame) {
-    const ZELAlgo::ZELVideoFrame picture{static_cast<uint32_t>(frame.width),
-                                         static_cast<uint32_t>(frame.height), 0, frame.data.get()};
+    const ZELAlgo::ZELVideoFrame view{static_cast<uint32_t>(frame.width), static_cast<uint32_t>(frame.height),
+                                      0, frame.data.get()};
     ZELAlgo::ZELVideoResult result{};
-    const DetectorCall call = timed([&] { return algo.detectVideo(picture, result); });
+    const DetectorCall call = timed([&] { return algo.detectVideo(view, result); });
     accounting_.account(call, result);
 }
 
 void SessionWorker::examine(ZELAlgo::AlgoFacade& algo, const AudioFrame& frame) {
-    const ZELAlgo::ZELAudioFrame sound{static_cast<uint32_t>(frame.sample_rate), frame.samples,
-                                       static_cast<uint32_t>(frame.channels), mixedDown(frame, mono_)};
+    const auto channels = static_cast<uint32_t>(frame.channels);
+    const ZELAlgo::ZELAudioFrame sound{static_cast<uint32_t>(frame.sample_rate), frame.samples, channels,
+                                       ZELAlgo::mixedDown(frame.data.get(), frame.samples, channels, mono_)};
     ZELAlgo::ZELAudioResult result{};
     const DetectorCall call = timed([&] { return algo.detectAudio(sound, result); });
     accounting_.account(call, result);

@@ -16,6 +16,7 @@ class AlgoFacade;
 
 namespace ZEL {
 
+class DropCounts;
 class ResultAccounting;
 class TaskQueue;
 
@@ -23,7 +24,7 @@ class TaskQueue;
 /// thread at a time; stopped at first.
 class SessionWorker {
   public:
-    SessionWorker(TaskQueue& queue, ResultAccounting& accounting);
+    SessionWorker(TaskQueue& queue, ResultAccounting& accounting, DropCounts& drops);
     ~SessionWorker();
     SessionWorker(const SessionWorker&) = delete;
     SessionWorker& operator=(const SessionWorker&) = delete;
@@ -38,12 +39,14 @@ class SessionWorker {
 
   private:
     void run(ZELAlgo::AlgoFacade& algo);
+    /// A frame that cannot be examined, for lack of memory, is dropped.
     void process(ZELAlgo::AlgoFacade& algo, const ZELTask& task);
     void examine(ZELAlgo::AlgoFacade& algo, const VideoFrame& frame);
     void examine(ZELAlgo::AlgoFacade& algo, const AudioFrame& frame);
 
     TaskQueue& queue_;
     ResultAccounting& accounting_;
+    DropCounts& drops_;
     std::vector<int16_t> mono_;  // worker thread only
     std::thread thread_;
 };

@@ -9,24 +9,19 @@ void TaskQueue::setSeparateAudio(bool separate) {
     separate_audio_ = separate;
 }
 
-bool TaskQueue::pushDropOldest(ZELTask task) {
-    std::optional<ZELTask> dropped;  // released after the lock
+std::optional<ZELTask> TaskQueue::pushDropOldest(ZELTask task) {
+    std::optional<ZELTask> dropped;
     bool wake = false;
     {
         const MutexLock lock(mutex_);
         const bool own_list = separate_audio_ && std::holds_alternative<std::shared_ptr<AudioFrame>>(task);
-        std::deque<ZELTask>& list = own_list ? audio_ : shared_;
-        list.push_back(std::move(task));
-        if (list.size() > (own_list ? kAudioBound : kSharedBound)) {
-            dropped = std::move(list.front());
-            list.pop_front();
-        }
+        dropped = own_list ? audio_.pushDropOldest(std::move(task)) : shared_.pushDropOldest(std::move(task));
         wake = std::exchange(consumer_waits_, false);
     }
     if (wake) {
         ready_.notify_one();
     }
-    return dropped.has_value();
+    return dropped;
 }
 
 std::optional<TaskQueue::Round> TaskQueue::waitForRound() {
@@ -41,17 +36,14 @@ std::optional<TaskQueue::Round> TaskQueue::waitForRound() {
     }
     Round round{std::nullopt, !audio_.empty()};
     if (!shared_.empty()) {
-        round.shared = std::move(shared_.front());
-        shared_.pop_front();
+        round.shared = shared_.takeOldest();
     }
     return round;
 }
 
 ZELTask TaskQueue::takeAudio() {
     const MutexLock lock(mutex_);
-    ZELTask task = std::move(audio_.front());
-    audio_.pop_front();
-    return task;
+    return audio_.takeOldest();
 }
 
 void TaskQueue::open() {
@@ -67,12 +59,12 @@ void TaskQueue::close() {
     ready_.notify_all();
 }
 
-void TaskQueue::clear() {
-    std::deque<ZELTask> shared;  // both released after the lock
-    std::deque<ZELTask> audio;
+std::optional<ZELTask> TaskQueue::discardOne() {
     const MutexLock lock(mutex_);
-    shared.swap(shared_);
-    audio.swap(audio_);
+    if (!shared_.empty()) {
+        return shared_.takeOldest();
+    }
+    return audio_.empty() ? std::nullopt : std::optional(audio_.takeOldest());
 }
 
 TaskQueue::Sizes TaskQueue::sizes() const {

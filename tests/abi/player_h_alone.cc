@@ -47,8 +47,41 @@ void useDetectors() {
     ZELAlgo::ZELVideoResult picture{};
     ZELAlgo::ZELAudioResult sound{};
     EXPECT(facade.detectVideo({16, 16, 0, black.data()}, picture));
-    EXPECT(picture.screen_type == 1);
+    EXPECT(picture.screen_type == ZELAlgo::kScreenBlack);
     EXPECT(facade.detectAudio({48000, 480, 1, silence.data()}, sound));
+}
+
+/// Half a second of black frames and a second of silence.
+void useAnalyser() {
+    struct : ZEL::EventListener {
+        void onRaised(ZEL::EventKind kind, double start_s, double noticed_s) override {
+            raised += kind == ZEL::EventKind::kBlack && start_s == 0.0 && noticed_s < 0.5 ? 1 : 0;
+        }
+        void onCleared(const ZEL::Event& event) override { cleared += event.counts() ? 1 : 0; }
+        int raised = 0;
+        int cleared = 0;
+    } listener;
+    const std::vector<uint8_t> luma(16 * 16, 16);
+    const std::vector<uint8_t> chroma(8 * 8, 128);
+    const std::vector<int16_t> silence(16'000);
+    ZEL::EventAnalyser analyser(listener, {.tracks = {.still = false}, .late_after_s = 5.0});
+    EXPECT(analyser.setRule(ZEL::EventKind::kBlack, {.min_s = 0.4, .gap_s = 0.1}));
+    for (int i = 0; i < 13; ++i) {
+        EXPECT(analyser.feedVideo({16, 16, {luma.data(), chroma.data(), chroma.data()}, {16, 8, 8}}, 0.04 * i,
+                                  0.04));
+    }
+    EXPECT(analyser.feedAudio({8000, 8000, 2, silence.data()}, 0.0));
+    EXPECT(!analyser.feedAudio({0, 8000, 2, silence.data()}, 1.0));
+    analyser.endOfStream(1.0);
+    EXPECT(analyser.reached() == 1.0);
+    EXPECT(listener.raised == 1);
+    EXPECT(listener.cleared == 2);
+    EXPECT(infoOf(ZEL::EventKind::kMute).unit == "mean absolute sample value");
+    ZEL::StreamClock clock;
+    clock.take(ZEL::StreamTrack::kAudio, ZEL::StreamClock::unwrapped(1.0, 9.0, 8.0), 1.0, {});
+    clock.finish([](ZEL::StreamTrack track, double start_s) {
+        EXPECT(track == ZEL::StreamTrack::kAudio && start_s == 9.0);
+    });
 }
 
 void useSession(ZEL::ZELManager& manager) {
@@ -79,6 +112,8 @@ void useSession(ZEL::ZELManager& manager) {
     EXPECT(ZEL::getInt(report, "a", 0) == 1);
     EXPECT(ZEL::getDouble(report, "s_mean", 0.0) == 1.0);
 
+    EXPECT(session->getQueueDrops() == ZEL::QueueDrops());
+    EXPECT(ZEL::queueDropsOfSession(session->getSessionId()) == ZEL::QueueDrops());
     session->unregisterMessageListeners();
     session->stop();
     manager.purgeCollectors();
@@ -100,6 +135,7 @@ int main() {
     recorder.record(1.5);
     EXPECT(recorder.truncatingAverage() == 1.0);
     useDetectors();
+    useAnalyser();
     useSession(manager);
     return failures;
 }

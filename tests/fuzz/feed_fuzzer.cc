@@ -48,8 +48,8 @@ void feedVideo(ZELHandle* handle, Bytes& bytes) {
     const int32_t height = bytes.number();
     const int64_t index = bytes.number();
     const bool sized = width > 0 && height > 0;
-    const std::vector<uint8_t> picture = bytes.fill(sized ? static_cast<size_t>(width * height * 3 / 2) : 0);
-    feed_video_frame(handle, sized ? picture.data() : nullptr, width, height, index);
+    const std::vector<uint8_t> frame = bytes.fill(sized ? static_cast<size_t>(width * height * 3 / 2) : 0);
+    feed_video_frame(handle, sized ? frame.data() : nullptr, width, height, index);
 }
 
 void feedAudio(ZELHandle* handle, Bytes& bytes) {

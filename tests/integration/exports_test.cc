@@ -1,4 +1,5 @@
 // The seventeen functions as a host uses them.
+#include <zel/session/session.h>
 #include <zel/zel.h>
 
 #include <atomic>
@@ -9,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/allocations.h"
 #include "support/frames.h"
 #include "support/log_capture.h"
 #include "support/manual_clock.h"
@@ -38,9 +40,9 @@ class Exports : public testing::Test {
     }
 
     static void feed(const Handle& handle, int count, uint8_t luma) {
-        const std::vector<uint8_t> picture = support::flatPicture(kWidth, kHeight, luma);
+        const std::vector<uint8_t> frame = support::flatPicture(kWidth, kHeight, luma);
         for (int i = 0; i < count; ++i) {
-            EXPECT_TRUE(feed_video_frame(handle.get(), picture.data(), kWidth, kHeight, i));
+            EXPECT_TRUE(feed_video_frame(handle.get(), frame.data(), kWidth, kHeight, i));
         }
     }
 
@@ -266,6 +268,32 @@ TEST_F(Exports, CollectNothingForSessionsThatAreNotRegistered) {
     EXPECT_FALSE(zel_collect_serial_data_for_session_v2(token, &key, &sample, 1));
     EXPECT_FALSE(zel_collect_serial_data_for_session_v2(token, nullptr, &sample, 1));
     EXPECT_FALSE(zel_collect_serial_data_for_session_v2(token, &key, nullptr, 1));
+}
+
+TEST_F(Exports, AReleaseNeedsNoMemory) {
+    ZEL::setLogSink([](const char*, size_t, void*) {}, nullptr);
+    for (const bool started : {false, true}) {
+        Handle handle = open(3600);
+        feed(handle, 12, support::kMidGrey);
+        if (started) {
+            start_zel_session(handle.get());
+        }
+        const size_t before = support::allocationCount();
+        handle.reset();
+        EXPECT_EQ(support::allocationCount(), before);
+    }
+    ZEL::setLogSink(nullptr, nullptr);
+}
+
+TEST_F(Exports, APlayerFindsTheDroppedFramesOfAHandleByItsToken) {
+    Handle handle = open(3600);
+    feed(handle, 12, support::kMidGrey);
+    start_zel_session(handle.get());
+    stop_zel_session(handle.get());
+    const int64_t token = std::stoll(host_.events().at(0).fields.at("zel_token"));
+    EXPECT_EQ(ZEL::queueDropsOfSession(token), (ZEL::QueueDrops{2, 0}));
+    handle.reset();
+    EXPECT_EQ(ZEL::queueDropsOfSession(token), std::nullopt);
 }
 
 TEST_F(Exports, LeaveTheListenersWhenAskedAndStillFreeTheSession) {

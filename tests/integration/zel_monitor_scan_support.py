@@ -9,7 +9,8 @@ import unittest
 import jsonschema
 
 PROGRAM = os.environ["ZEL_MONITOR"]
-SCHEMA = json.loads(pathlib.Path(os.environ["ZEL_SCAN_SCHEMA"]).read_text())
+SCHEMA_FILE = pathlib.Path(os.environ["ZEL_SCAN_SCHEMA"])
+SCHEMA = json.loads(SCHEMA_FILE.read_text())
 
 BLACK = "color=black:s=320x240:r=25"
 MOVING = "testsrc=s=320x240:r=25,hue=h=360*t"  # its colours and clock change enough to be no freeze

@@ -15,7 +15,7 @@ import termios
 import time
 import unittest
 
-from zel_monitor_scan_support import BLACK, MOVING, PROGRAM, ScanTest, run, validate
+from zel_monitor_scan_support import BLACK, MOVING, PROGRAM, SCHEMA_FILE, ScanTest, run, validate
 
 # 2 s of moving pictures, 2 s of black, 2 s moving again.
 FAULTY = "testsrc=s=320x240:r=25:d=6,hue=h=360*t,drawbox=t=fill:c=black:enable='between(t,2,3.99)'"
@@ -63,7 +63,7 @@ class Inputs(ScanTest):
         both.write_bytes(small.read_bytes() + black.read_bytes())
         report = self.scan_one(both)
         self.assert_events(report, ("black", 2.0, 4.0), within=0.2)
-        self.assertGreaterEqual(report["stream"]["video"]["pictures"], 99)  # FFmpeg may lose one at the seam
+        self.assertGreaterEqual(report["stream"]["video"]["frames"], 99)  # FFmpeg may lose one at the seam
 
     def test_audio_only(self):
         sound = self.clip("sound.wav", "-f lavfi -i", "aevalsrc=sin(2800*t)*(lt(t\\,2)+gte(t\\,4)):s=44100:d=6")
@@ -228,16 +228,54 @@ class Outputs(ScanTest):
         self.assertEqual(done.stderr, b"")
         self.assertIn("black              1       2.000   33.3%       2.000  0:00:02.000", done.stdout.decode())
 
-    def test_json_lines_and_csv_hold_the_same_events(self):
-        events = self.scan_one(self.faulty)["events"]
-        lines = [json.loads(line) for line in run("scan", "-q", "--jsonl", self.faulty).stdout.splitlines()]
+    def test_json_lines_and_csv_hold_the_same_events_and_the_status_of_every_input(self):
+        missing = str(self.folder / "missing")
+        inputs = self.scan(self.faulty, missing, "--fail-on", "black", status=3)["inputs"]
+        statuses = [(p["input"], p["complete"], p["problem"], p["verdict"]) for p in inputs]
+        events = inputs[0]["events"]
+        command = ("scan", "-q", self.faulty, missing, "--fail-on", "black")
+        lines = [json.loads(line) for line in run(*command, "--jsonl").stdout.splitlines()]
         for line in lines:
-            validate(line, "event_line")
-            self.assertEqual(line.pop("input"), str(self.faulty))
-        rows = list(csv.DictReader(io.StringIO(run("scan", "-q", "--csv", self.faulty).stdout.decode())))
+            validate(line, "status_line" if line["kind"] == "status" else "event_line")
+        told = [line for line in lines if line["kind"] == "status"]
+        self.assertEqual([(t["input"], t["complete"], t["problem"], t["verdict"]) for t in told], statuses)
+        found = [line for line in lines if line["kind"] != "status"]
+        self.assertEqual({line.pop("input") for line in found}, {str(self.faulty)})
         self.assertTrue(events)
-        self.assertCountEqual(lines, events)
-        self.assertEqual([(r["kind"], float(r["start_s"])) for r in rows], [(e["kind"], e["start_s"]) for e in lines])
+        self.assertCountEqual(found, events)
+
+        rows = list(csv.DictReader(io.StringIO(run(*command, "--csv").stdout.decode())))
+        told = [row for row in rows if row["kind"] == "status"]
+        self.assertEqual([(t["input"], t["complete"] == "true", t["problem"] or None, t["verdict"]) for t in told], statuses)
+        rows = [row for row in rows if row["kind"] != "status"]
+        self.assertEqual([(r["kind"], float(r["start_s"])) for r in rows], [(e["kind"], e["start_s"]) for e in found])
+
+    def test_schema_of_the_report_is_the_documented_one(self):
+        done = run("scan", "--schema")
+        self.assertEqual(done.returncode, 0)
+        self.assertEqual(done.stdout, SCHEMA_FILE.read_bytes(), "write it anew: zel-monitor scan --schema")
+
+    def test_beside_a_file_only_verdicts_go_to_standard_output(self):
+        missing = str(self.folder / "missing")
+        for name, form in (("table", []), ("json", ["--json"]), ("csv", ["--csv"])):
+            with self.subTest(name):
+                target = self.folder / f"only.{name}"
+                command = ("scan", self.faulty, missing, *form, "-o", target, "-y")
+                done = run(*command, "--fail-on", "black=2s")
+                self.assertEqual(
+                    done.stdout.decode().splitlines(),
+                    [f"{self.faulty}: FAIL: black for 2.000 s at 0:00:02.000 (limit 2 s)",
+                     f"{missing}: INCOMPLETE, no pass: No such file or directory"],
+                )
+                self.assertEqual(run(*command).stdout, b"")
+                quiet = run(*command, "-q", "--fail-on", "black=2s")
+                self.assertEqual((quiet.stdout, quiet.returncode), (b"", 3))
+                self.assertEqual(quiet.stderr.decode(), f"{missing}: No such file or directory\n")
+
+    def test_reason_is_on_standard_error_also_beside_a_table(self):
+        done = run("scan", "-q", self.folder / "missing")
+        self.assertIn(b"NOT ANALYSED TO ITS END: No such file", done.stdout)
+        self.assertEqual(done.stderr.decode(), f"{self.folder}/missing: No such file or directory\n")
 
     def test_policy_decides_pass_and_fail(self):
         good = self.clip_of("good.mkv", f"{MOVING},trim=duration=2", "-c:v mpeg4")
@@ -302,7 +340,6 @@ class Outputs(ScanTest):
         command = ("scan", "-q", "--json", "-o", target, self.faulty)
         first = run(*command)
         self.assertEqual(first.returncode, 0)
-        self.assertIn("black", first.stdout.decode())  # people still get their table
         validate(json.loads(target.read_text()))
         second = run(*command)
         self.assertEqual(second.returncode, 2)
@@ -366,7 +403,8 @@ class Outputs(ScanTest):
     def test_bar_fits_the_terminal_and_counts_inputs_of_unknown_length(self):
         primary, terminal = pty.openpty()
         termios.tcsetwinsize(terminal, (24, 34))
-        with subprocess.Popen([PROGRAM, "scan", self.faulty, "-"], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL, stderr=terminal) as process:
+        streams = {"stdin": subprocess.PIPE, "stdout": subprocess.DEVNULL, "stderr": terminal}
+        with subprocess.Popen([PROGRAM, "scan", self.faulty, "-"], env=os.environ | {"TERM": "xterm"}, **streams) as process:
             shown = b""
             bars = []
             # An erased bar is an empty one; those before show less than the half that the first input is.
@@ -437,17 +475,17 @@ class Endings(ScanTest):
 
     def test_report_does_not_depend_on_the_table_and_the_page(self):
         report = self.work / "report.json"
-        command = ("-q", "--json", "-o", report, "-y", self.faulty)
+        command = ("--json", "-o", report, "-y", self.faulty, "--fail-on", "black")
         with open("/dev/full", "wb") as full, self.start(*command, stdout=full) as process:
             self.assertEqual(process.wait(), 3)
-            self.assertEqual(process.stderr.read(), b"zel-monitor: standard output: No space left on device\n")
+            self.assertEqual(process.stderr.readlines()[-1], b"zel-monitor: standard output: No space left on device\n")
         self.assertEqual(json.loads(report.read_text())["exit_status"], 3)
         report.unlink()
         with self.start(*command, "-") as process:
             process.stdout.close()
             self.feed(process)
             process.stdin.close()
-            self.assertEqual(process.stderr.read(), b"")
+            self.assertNotIn(b"zel-monitor", process.stderr.read())
             self.assertEqual(process.wait(), -signal.SIGPIPE)
         self.assertEqual(len(json.loads(report.read_text())["inputs"]), 2)
         self.scan_one(self.faulty, "--html", "/dev/full", status=3)
@@ -478,8 +516,8 @@ class Endings(ScanTest):
                 pass
         os.set_blocking(writable, True)
         outputs = ["--html", self.work / "page.html", "--csv", "-o", self.work / "events.csv"]
-        with self.start("-q", "-", *outputs, stdout=writable) as process:
-            while "events.csv" not in self.files():  # made after the page, and its table waits for a reader
+        with self.start("-", "--fail-on", "black", *outputs, stdout=writable) as process:
+            while "events.csv" not in self.files():  # made after the page, and its verdict waits for a reader
                 time.sleep(0.01)
             process.send_signal(signal.SIGTERM)
             process.send_signal(signal.SIGINT)
@@ -560,16 +598,6 @@ class Endings(ScanTest):
         self.assertEqual(second, f"{self.faulty}: INCOMPLETE, no pass: not begun, the scan was stopped")
         self.assertTrue(page.stat().st_size)
 
-    def test_stopped_selftest_removes_its_clips(self):
-        environment = os.environ | {"TMPDIR": str(self.work)}
-        with subprocess.Popen([PROGRAM, "selftest"], env=environment, stdout=subprocess.PIPE, stderr=subprocess.PIPE) as process:
-            process.stderr.readline()  # the first case of many
-            self.assertEqual(len(self.files()), 1)
-            process.send_signal(signal.SIGTERM)
-            self.assertIn(b"selftest: stopped before its end", process.stderr.read())
-            self.assertEqual(process.wait(), 3)
-        self.assertEqual(self.files(), [])
-
     def test_interrupted_scan_does_not_wait_for_the_writer_of_a_named_pipe(self):
         pipe = self.work / "pipe"
         os.mkfifo(pipe)
@@ -613,8 +641,8 @@ class Endings(ScanTest):
 
     def test_demo_stream_has_one_name(self):
         report = self.work / "report.json"
-        done = run("scan", "-q", "demo:", "--json", "-o", report)
-        self.assertEqual(done.stdout.splitlines()[0], b"demo:")
+        done = run("scan", "demo:", "--json", "-o", report, "--fail-on", "black")
+        self.assertTrue(done.stdout.startswith(b"demo:: FAIL: black"), done.stdout)
         self.assertEqual(json.loads(report.read_text())["inputs"][0]["input"], "demo:")
 
 

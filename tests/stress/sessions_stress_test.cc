@@ -29,7 +29,7 @@ TEST(SessionsStress, FourStreamsFedStartedStoppedAndReleasedAtOnce) {
     const auto stream = [&](uint64_t seed) {
         support::Random random(seed);
         const auto width = static_cast<int32_t>(32 + 16 * seed);
-        const std::vector<uint8_t> picture = support::flatPicture(width, 32, support::kVideoBlack);
+        const std::vector<uint8_t> frame = support::flatPicture(width, 32, support::kVideoBlack);
         const std::vector<uint8_t> sound(960 * 2 * 2);
         for (int life = 0; life < kLives; ++life) {
             ZELHandle* const handle = init_handle_with_interval(1);
@@ -37,7 +37,7 @@ TEST(SessionsStress, FourStreamsFedStartedStoppedAndReleasedAtOnce) {
             std::atomic<bool> alive{true};
             std::thread feeder([&] {
                 for (int64_t index = 0; alive; ++index) {
-                    fed += feed_video_frame(handle, picture.data(), width, 32, index) ? 1 : 0;
+                    fed += feed_video_frame(handle, frame.data(), width, 32, index) ? 1 : 0;
                     feed_audio_frame(handle, sound.data(), 960, 2, 48000, 2, index);
                     std::this_thread::yield();
                 }

@@ -1,6 +1,7 @@
 #ifndef ZEL_TESTS_SUPPORT_FILTER_SOURCE_H_
 #define ZEL_TESTS_SUPPORT_FILTER_SOURCE_H_
 
+#include <algorithm>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -14,13 +15,13 @@ extern "C" {
 
 namespace support {
 
-/// Frames that FFmpeg's filters make out of nothing.
+/// Frames that FFmpeg's filters make out of nothing, or out of a file that they read.
 class FilterSource {
   public:
     /// `sink` is "buffersink" for pictures, "abuffersink" for sound. Throws std::runtime_error if there are
     /// no such filters.
     FilterSource(const std::string& filters, const std::string& sink) {
-        av_log_set_level(AV_LOG_ERROR);
+        av_log_set_level(std::min(av_log_get_level(), AV_LOG_ERROR));
         const std::string end = sink + "@end";
         AVFilterInOut* inputs = nullptr;
         AVFilterInOut* outputs = nullptr;
@@ -40,7 +41,8 @@ class FilterSource {
         return av_buffersink_get_frame(sink_, frame_.get()) >= 0;
     }
 
-    const AVFrame& frame() const { return *frame_; }
+    AVFrame& frame() { return *frame_; }
+    AVRational timeBase() const { return av_buffersink_get_time_base(sink_); }
 
   private:
     struct Free {

@@ -13,7 +13,7 @@ namespace support {
 constexpr uint8_t kVideoBlack = 16;
 constexpr uint8_t kMidGrey = 128;
 
-/// An I420 picture of one luma value and neutral chroma.
+/// An I420 frame of one luma value and neutral chroma.
 inline std::vector<uint8_t> flatPicture(int32_t width, int32_t height, uint8_t luma, uint8_t chroma = 128) {
     const auto luma_bytes = static_cast<size_t>(width) * static_cast<size_t>(height);
     std::vector<uint8_t> picture(luma_bytes * 3 / 2, chroma);

@@ -3,9 +3,11 @@
 
 #include <zel/zel.h>
 
+#include <atomic>
 #include <condition_variable>
 #include <map>
 #include <mutex>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -32,6 +34,7 @@ class RecordingHost {
 
     void reset() {
         set_tlm_upload_callback(&upload);
+        throwing_ = false;
         const std::lock_guard<std::mutex> lock(mutex_);
         bools_.clear();
         ints_.clear();
@@ -48,6 +51,9 @@ class RecordingHost {
         ints_[key] = value;
     }
 
+    /// Every callback of the process throws from now on; an upload is kept all the same.
+    void startThrowing() { throwing_ = true; }
+
     std::vector<Event> events() const {
         const std::lock_guard<std::mutex> lock(mutex_);
         return events_;
@@ -61,10 +67,12 @@ class RecordingHost {
   private:
     RecordingHost() {
         set_cobalt_bool_callback([](const char* key) {
+            throwIfAsked();
             const std::lock_guard<std::mutex> lock(get().mutex_);
             return get().bools_[key];
         });
         set_cobalt_int_callback([](const char* key) {
+            throwIfAsked();
             const std::lock_guard<std::mutex> lock(get().mutex_);
             const auto entry = get().ints_.find(key);
             return entry != get().ints_.end() ? entry->second : -1;
@@ -78,8 +86,16 @@ class RecordingHost {
             get().events_.push_back({page, event_id, {arg1, arg2, arg3}, *fields});
         }
         get().changed_.notify_all();
+        throwIfAsked();
     }
 
+    static void throwIfAsked() {
+        if (get().throwing_) {
+            throw std::runtime_error("the host cannot");
+        }
+    }
+
+    std::atomic<bool> throwing_{false};
     mutable std::mutex mutex_;
     mutable std::condition_variable changed_;
     std::map<std::string, bool> bools_;

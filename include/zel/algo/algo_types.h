@@ -44,25 +44,40 @@ struct ZELVideoPlanes {
     size_t stride[3];  ///< bytes from one row to the next, at least those of a row
 };
 
+/// The values of ZELVideoResult::screen_type.
+inline constexpr uint32_t kScreenNormal = 0;
+inline constexpr uint32_t kScreenBlack = 1;
+inline constexpr uint32_t kScreenGreen = 2;
+
+/// The values of ZELVideoResult::exposure_type.
+inline constexpr uint32_t kExposureNormal = 0;
+inline constexpr uint32_t kExposureUnder = 1;
+inline constexpr uint32_t kExposureOver = 2;
+
 struct ZELVideoResult {
     uint32_t status;         ///< not written
-    uint32_t screen_type;    ///< 0 normal, 1 black, 2 green
-    uint32_t exposure_type;  ///< 0 normal, 1 under-exposed, 2 over-exposed; 0 for a black or green screen
+    uint32_t screen_type;    ///< kScreenNormal, kScreenBlack or kScreenGreen
+    uint32_t exposure_type;  ///< kExposureNormal (as for every black or green screen), -Under or -Over
     bool is_block;
     bool is_staticframe;
 };
 
-/// One block of one-channel signed 16-bit samples. `data` is borrowed for the call.
+/// One block of signed 16-bit samples. `data` is borrowed for the call.
 struct ZELAudioFrame {
     uint32_t sample_rate;  ///< Hz
     uint32_t samples;
-    uint32_t channels;  ///< not read: `data` is one channel
+    uint32_t channels;  ///< not read by AlgoFacade, for which `data` is one channel
     const int16_t* data;
 };
 
-/// Complete, and written, only when `status` is 2.
+/// The values of ZELAudioResult::status.
+inline constexpr uint32_t kAudioNoResult = 0;  ///< there were no samples
+inline constexpr uint32_t kAudioFilling = 1;   ///< the period is not over
+inline constexpr uint32_t kAudioComplete = 2;
+
+/// What is beside `status` is written only when that is kAudioComplete.
 struct ZELAudioResult {
-    uint32_t status;                ///< 0 no result, 1 the period is still filling, 2 complete
+    uint32_t status;                ///< kAudioNoResult, kAudioFilling or kAudioComplete
     float voice_scale_longtime;     ///< share of voiced chunks, 0 to 1
     uint32_t voice_level_longtime;  ///< mean absolute sample value of the voiced chunks
     uint32_t audio_level;           ///< mean absolute sample value of all chunks

@@ -10,7 +10,8 @@ namespace ZEL {
 /// must not throw nor call the library.
 using LogSink = void (*)(const char* text, size_t length, void* context);
 
-/// Sends all log messages of the process to `function`; null restores standard output. When it returns, the
+/// Sends all log messages of the process to `function`; null restores the output that the environment
+/// chooses ("ZEL_LOG", see <zel/zel.h>), which is standard output if it chooses none. When it returns, the
 /// previous sink is no longer running and will not be called again. Any thread, but not from inside a sink.
 void setLogSink(LogSink function, void* context);
 

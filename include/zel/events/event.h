@@ -17,12 +17,19 @@ struct TimeSpan {
     double middle() const { return (start_s + end_s) / 2.0; }
 };
 
+/// A stretch in which the fault was there less than half of the time is not one event.
+inline constexpr double kLeastShare = 0.5;
+
 /// One stretch of a stream in which something was wrong.
 struct Event {
     EventKind kind = EventKind::kBlack;
     TimeSpan span;
     double share = 1.0;        ///< share of the stretch in which the fault was measured, 0 to 1
     bool open_at_end = false;  ///< the fault was still there when the stream ended
+
+    /// Whether it is to be reported. An event that was raised does not count in the end if the fault thinned
+    /// out so much that it was there less than half of the time.
+    bool counts() const { return share >= kLeastShare; }
 };
 
 }  // namespace ZEL

@@ -1,15 +1,28 @@
 #ifndef ZEL_EVENTS_KINDS_H_
 #define ZEL_EVENTS_KINDS_H_
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <optional>
 #include <string_view>
 
 namespace ZEL {
 
-/// What can be wrong over a stretch of a stream. The order is that of every table and report.
+/// Where a kind's verdicts come from.
+enum class EventSource : uint8_t { kVideo, kAudio, kTimestamps };
+
+/// When a run of verdicts is an event: it lasts at least `min_s` seconds, and `gap_s` seconds without the
+/// fault end it.
+struct EventRule {
+    double min_s = 0.0;
+    double gap_s = 0.0;
+};
+
+/// What can be wrong over a stretch of a stream. The order is that of every table and report. A new kind is
+/// an enumerator here and a row in the table below: nothing else lists them.
 enum class EventKind : uint8_t {
     kBlack,
     kGreen,
@@ -24,40 +37,131 @@ enum class EventKind : uint8_t {
     kStall,
     kShort
 };
-inline constexpr size_t kEventKinds = 12;
+
+struct EventKindInfo {
+    EventKind kind;
+    std::string_view name;  ///< as on command lines and in reports
+    EventSource source;
+    EventRule rule;            ///< the default
+    std::string_view unit;     ///< what is measured, in words
+    std::string_view meaning;  ///< one line, no full stop
+    std::string_view colour;   ///< "#rrggbb", readable on light and on dark ground, unlike its neighbours'
+};
+
+inline constexpr auto kEventKindTable = std::to_array<EventKindInfo>({
+    {.kind = EventKind::kBlack,
+     .name = "black",
+     .source = EventSource::kVideo,
+     .rule = {.min_s = 0.5, .gap_s = 0.1},
+     .unit = "share of dark luma samples",
+     .meaning = "at least 95% of the looked-at luma is below 30",
+     .colour = "#64748b"},
+    {.kind = EventKind::kGreen,
+     .name = "green",
+     .source = EventSource::kVideo,
+     .rule = {.min_s = 0.2, .gap_s = 0.1},
+     .unit = "share of zero luma and chroma samples",
+     .meaning = "luma and chroma are zero: a frame never written",
+     .colour = "#2e9e4f"},
+    {.kind = EventKind::kBlock,
+     .name = "block",
+     .source = EventSource::kVideo,
+     .rule = {.min_s = 0.2, .gap_s = 0.5},
+     .unit = "pairs of corners that close small rectangles",
+     .meaning = "small hard-edged rectangles (mosaic)",
+     .colour = "#d9772b"},
+    {.kind = EventKind::kFreeze,
+     .name = "freeze",
+     .source = EventSource::kVideo,
+     .rule = {.min_s = 2.0, .gap_s = 0.1},
+     .unit = "mean luma difference from the frame before",
+     .meaning = "the same frame again and again",
+     .colour = "#3b82d6"},
+    {.kind = EventKind::kUnderexposed,
+     .name = "underexposed",
+     .source = EventSource::kVideo,
+     .rule = {.min_s = 1.0, .gap_s = 0.5},
+     .unit = "exposure type, from the distribution of luma",
+     .meaning = "too dark to see, but not black",
+     .colour = "#7c6bd0"},
+    {.kind = EventKind::kOverexposed,
+     .name = "overexposed",
+     .source = EventSource::kVideo,
+     .rule = {.min_s = 1.0, .gap_s = 0.5},
+     .unit = "exposure type, from the distribution of luma",
+     .meaning = "washed out by too much light",
+     .colour = "#d4a012"},
+    {.kind = EventKind::kMute,
+     .name = "mute",
+     .source = EventSource::kAudio,
+     .rule = {.min_s = 1.0, .gap_s = 0.2},
+     .unit = "mean absolute sample value",
+     .meaning = "mean sample level of at most 2 of 32767",
+     .colour = "#a3487f"},
+    {.kind = EventKind::kLowVoice,
+     .name = "low-voice",
+     .source = EventSource::kAudio,
+     .rule = {.min_s = 3.0, .gap_s = 2.0},
+     .unit = "mean absolute sample value of voiced sound",
+     .meaning = "speech with a mean level of at most 500",
+     .colour = "#c77dba"},
+    {.kind = EventKind::kHighVoice,
+     .name = "high-voice",
+     .source = EventSource::kAudio,
+     .rule = {.min_s = 1.0, .gap_s = 2.0},
+     .unit = "mean absolute sample value of voiced sound",
+     .meaning = "speech with a mean level from 20000",
+     .colour = "#e0527a"},
+    {.kind = EventKind::kNoVoice,
+     .name = "no-voice",
+     .source = EventSource::kAudio,
+     .rule = {.min_s = 5.0, .gap_s = 0.5},
+     .unit = "share of voiced sound",
+     .meaning = "sound, but nobody speaks",
+     .colour = "#2aa3a3"},
+    {.kind = EventKind::kStall,
+     .name = "stall",
+     .source = EventSource::kTimestamps,
+     .rule = {.min_s = 1.0, .gap_s = 0.1},
+     .unit = "seconds for which a track has no frame",
+     .meaning = "no video or no audio: a gap in the timestamps, or a track begins late or ends early",
+     .colour = "#cf4436"},
+    {.kind = EventKind::kShort,
+     .name = "short",
+     .source = EventSource::kTimestamps,
+     .rule = {.min_s = 1.0, .gap_s = 0.0},
+     .unit = "seconds missing before the declared end",
+     .meaning = "the stream ends before its declared end",
+     .colour = "#96502c"},
+});
+inline constexpr size_t kEventKinds = std::size(kEventKindTable);
 
 template <typename T>
 using PerEventKind = std::array<T, kEventKinds>;
+
+/// A rule for every kind.
+using EventRules = PerEventKind<EventRule>;
 
 constexpr size_t indexOf(EventKind kind) {
     return static_cast<size_t>(kind);
 }
 
-/// Where a kind's verdicts come from.
-enum class EventSource : uint8_t { kVideo, kAudio, kTimestamps };
+static_assert(std::adjacent_find(kEventKindTable.begin(), kEventKindTable.end(),
+                                 [](const auto& a, const auto& b) { return a.kind >= b.kind; }) ==
+                      kEventKindTable.end() &&
+                  indexOf(kEventKindTable.back().kind) == kEventKinds - 1,
+              "every kind has one row, in the order of the enumerators");
 
-/// When a run of verdicts is an event: it lasts at least `min_s`, and `gap_s` without the fault ends it.
-struct EventRule {
-    double min_s = 0.0;
-    double gap_s = 0.0;
-};
-using EventRules = PerEventKind<EventRule>;
-
-struct EventKindInfo {
-    EventKind kind;
-    std::string_view name;  ///< as on the command line and in reports
-    EventSource source;
-    EventRule rule;            ///< the default
-    std::string_view meaning;  ///< one line, no full stop
-};
-
-/// Every kind once, in the order of Kind.
-const PerEventKind<EventKindInfo>& eventKinds();
-
-inline const EventKindInfo& infoOf(EventKind kind) {
-    return eventKinds()[indexOf(kind)];
+/// Every kind once, in the order of EventKind.
+constexpr const PerEventKind<EventKindInfo>& eventKinds() {
+    return kEventKindTable;
 }
 
+constexpr const EventKindInfo& infoOf(EventKind kind) {
+    return kEventKindTable[indexOf(kind)];
+}
+
+/// Nothing for a name that no kind has.
 std::optional<EventKind> eventKindByName(std::string_view name);
 
 /// "video", "audio" or "timestamps".

@@ -8,7 +8,7 @@ namespace ZEL {
 
 class FramePool;
 
-/// The library's own copy of a picture: I420, width * height * 3 / 2 bytes without gaps.
+/// The library's own copy of a video frame: I420, width * height * 3 / 2 bytes without gaps.
 struct VideoFrame {
     /// `format_tag` 2 is I420. The luma width and height are positive.
     VideoFrame(uint32_t format_tag, std::unique_ptr<uint8_t[]> planes, int32_t luma_width,
@@ -29,7 +29,7 @@ struct VideoFrame {
     const std::shared_ptr<FramePool> pool_;
 };
 
-/// The library's own copy of a block of sound: `channels` interleaved channels of `samples` signed 16-bit
+/// The library's own copy of an audio frame: `channels` interleaved channels of `samples` signed 16-bit
 /// samples each.
 struct AudioFrame {
     /// Rate and channel count are positive.

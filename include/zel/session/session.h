@@ -11,10 +11,25 @@
 #include <cstdint>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace ZEL {
+
+/// Frames that a session took in and did not examine: the oldest ones, which made room while the worker was
+/// behind, those that a restart found still queued, and those that there was no memory for.
+struct QueueDrops {
+    uint64_t video = 0;
+    uint64_t audio = 0;
+
+    bool operator==(const QueueDrops&) const = default;
+};
+
+/// What getQueueDrops of the living session with this id would answer; nothing if there is none. The id is
+/// the session's "zel_token", also for one that was opened through the C interface (whose get_session_id does
+/// not tell it). Any thread.
+std::optional<QueueDrops> queueDropsOfSession(int64_t session_id);
 
 /// Hears that a session has a new frame result. Called on the message centre's thread, for which the
 /// session's worker may be waiting: it must not start, stop, feed or configure the session, nor drop the last
@@ -26,7 +41,8 @@ class IZELSessionListener {
 };
 
 /// Monitors one stream: queues what it is fed, runs the detectors on a worker thread of its own, counts what
-/// they find and reports it. Held by a shared_ptr. Any thread may call any operation.
+/// they find and reports it. Held by a shared_ptr. Any thread may call any operation, but a child of fork()
+/// may not touch the sessions of its parent, not even to destroy them: their workers are not there.
 class ZELSession : public CObject {
   public:
     /// `center` takes the frame results if they are published; the session does not keep it alive.
@@ -49,11 +65,14 @@ class ZELSession : public CObject {
     void registerMessageListeners();
     void unregisterMessageListeners();
 
-    /// Queue a frame and return; the oldest queued one is dropped beyond 10 pictures or 50 blocks of sound.
-    /// `index` is not used. True, or false for a null frame and for sizes that are
-    /// not positive.
+    /// Queue a frame and return; the oldest queued one is dropped beyond 10 video or 50 audio frames.
+    /// `index` is not used. True, or false for a null frame and for sizes that are not positive.
     bool feedVideoFrame(std::shared_ptr<VideoFrame> frame, int64_t index);
     bool feedAudioFrame(std::shared_ptr<AudioFrame> frame, int64_t index);
+
+    /// Frames dropped so far in the session's life, by kind: audio that shares the video queue counts as
+    /// audio. No report carries these numbers.
+    QueueDrops getQueueDrops() const;
 
     /// The session's address: unique among living sessions, reported as "zel_token".
     int64_t getSessionId() const;
@@ -65,7 +84,7 @@ class ZELSession : public CObject {
     /// Publishes every frame's verdicts as "ZELMsgVideoFrameResult" and "ZELMsgAudioFrameResult". Before
     /// start.
     void setPublishFrameResults(bool publish);
-    /// Gives sound a queue of its own (the default) or lets it share the pictures' queue. Before start.
+    /// Gives audio a queue of its own (the default) or lets it share the video queue. Before start.
     void setSeparateAudioQueue(bool separate);
     /// Replaces the listener; null for none.
     void setListener(std::shared_ptr<IZELSessionListener> listener);

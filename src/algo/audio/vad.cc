@@ -11,7 +11,9 @@ namespace {
 
 constexpr uint32_t kMinimumPeriod = 100;  // updates, one second of chunks
 
-/// 200 Hz to 4 kHz, as the bin of a kFftSize-point transform times the sample rate.
+/// The speech band, 200 Hz to 4 kHz, as the bin of a kFftSize-point transform times the sample rate. Both
+/// constants lie a fifth of a percent above the nominal edges (192'000 and 3'840'000), and are meant as they
+/// are: verdicts hang on the bins that they give.
 constexpr uint32_t kBandLow = 192'400;
 constexpr uint32_t kBandHigh = 3'848'000;
 

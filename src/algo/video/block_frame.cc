@@ -11,7 +11,7 @@ namespace ZELAlgo {
 namespace {
 
 bool hasBuffers(const BlockFrame_t& state) {
-    return state.edges && state.work && state.scratch && state.edge_map;
+    return state.smoothed && state.magnitude && state.scratch && state.edge_map;
 }
 
 template <typename Item>
@@ -23,8 +23,8 @@ void allocate(std::unique_ptr<Item[]>& buffer, size_t count) {
 void resize(BlockFrame_t& state, size_t w, size_t h) {
     state.w = w;
     state.h = h;
-    allocate(state.edges, w * h + kSpareBytes);
-    allocate(state.work, magnitudeStride(w) * h + 2 * kSpareBytes);
+    allocate(state.smoothed, w * h + kSpareBytes);
+    allocate(state.magnitude, magnitudeStride(w) * h + 2 * kSpareBytes);
     allocate(state.scratch, std::max({smoothingScratch(w, h), edgeScratch(w, h), cornerScratch(w, h)}));
     allocate(state.edge_map, edgeMapWords(w) * h);
     if (!hasBuffers(state)) {
@@ -46,12 +46,12 @@ BlockFrame_t* BlockCreate(uint32_t width, uint32_t height, uint32_t threshold) {
     return state;
 }
 
-int32_t BlockExecute(BlockFrame_t* state, const Planes& picture, uint32_t& is_block) {
+int32_t BlockExecute(BlockFrame_t* state, const Planes& picture, bool& is_block) {
     if (state == nullptr || picture.data[0] == nullptr) {
         ZEL::zel_log("BlockExecute input is Null \n");
         return 1;
     }
-    is_block = 0;
+    is_block = false;
     const size_t w = picture.width / 2;
     const size_t h = picture.height / 2;
     if (w != state->w || h != state->h || !hasBuffers(*state)) {
@@ -61,15 +61,15 @@ int32_t BlockExecute(BlockFrame_t* state, const Planes& picture, uint32_t& is_bl
         return 1;
     }
     uint8_t* const scratch = state->scratch.get();
-    uint8_t* const smoothed = state->edges.get();
-    uint8_t* const magnitude = state->work.get() + kSpareBytes;
+    uint8_t* const smoothed = state->smoothed.get();
+    uint8_t* const magnitude = state->magnitude.get() + kSpareBytes;
 
     const size_t stride = evenStride(picture);
     smooth(state->kernel, picture.data[0] + h / 2 * stride + w / 2, stride, w, h, scratch, smoothed);
     const uint8_t maximum = thinnedMagnitude(smoothed, w, h, scratch, magnitude);
     threshold(magnitude, smoothed, w, h, edgeLevels(maximum), scratch, state->edge_map.get());
     findCorners(state->edge_map.get(), w, h, state->corners);
-    is_block = closesEnoughBlocks(state->corners, w, h, state->threshold, scratch) ? 1 : 0;
+    is_block = closesEnoughBlocks(state->corners, w, h, state->threshold, scratch);
     return 0;
 }
 

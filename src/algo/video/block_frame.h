@@ -17,8 +17,8 @@ struct BlockFrame_t {
     size_t w;  ///< half the frame's width: the examined middle of the picture
     size_t h;
     GaussianKernel kernel;
-    std::unique_ptr<uint8_t[]> edges;      ///< smoothed picture
-    std::unique_ptr<uint8_t[]> work;       ///< gradient magnitude, kSpareBytes into the buffer
+    std::unique_ptr<uint8_t[]> smoothed;   ///< the examined middle
+    std::unique_ptr<uint8_t[]> magnitude;  ///< of its gradient, kSpareBytes into the buffer
     std::unique_ptr<uint8_t[]> scratch;    ///< of the kernels
     std::unique_ptr<uint64_t[]> edge_map;  ///< a bit per pixel
     Corners corners;
@@ -29,9 +29,9 @@ struct BlockFrame_t {
 /// line too, and every frame asks for them again.
 BlockFrame_t* BlockCreate(uint32_t width, uint32_t height, uint32_t threshold);
 
-/// Sets `is_block` to 1 for a blocky picture, else to 0. Returns 0, or 1 for null input or if there is
+/// Writes whether the picture is blocky. Returns 0, or 1 for null input or if there is
 /// no memory for the buffers.
-int32_t BlockExecute(BlockFrame_t* state, const Planes& picture, uint32_t& is_block);
+int32_t BlockExecute(BlockFrame_t* state, const Planes& picture, bool& is_block);
 
 void BlockDestroy(BlockFrame_t* state);
 

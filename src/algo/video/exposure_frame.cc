@@ -58,8 +58,8 @@ uint32_t zeroChroma(const Planes& picture, size_t samples) {
 
 }  // namespace
 
-ExposureFrame_t* ExposureCreate(const ExposureSettings& settings) {
-    auto* const state = new (std::nothrow) ExposureFrame_t{settings};
+ExposureFrame_t* ExposureCreate(const ZELAlgoConfig& config) {
+    auto* const state = new (std::nothrow) ExposureFrame_t{config};
     if (state == nullptr) {
         ZEL::zel_log("ExposureFrame_t create fail ! \n");
     }
@@ -72,7 +72,7 @@ int32_t ExposureExecute(ExposureFrame_t* state, const Planes& picture, uint32_t&
         ZEL::zel_log("ExposureExecute input is Null \n");
         return 1;
     }
-    const ExposureSettings& settings = state->settings;
+    const ZELAlgoConfig& config = state->config;
 
     const size_t samples = static_cast<size_t>(picture.width / 2) * (picture.height / 2);
     const auto count = static_cast<uint32_t>(samples);
@@ -83,25 +83,25 @@ int32_t ExposureExecute(ExposureFrame_t* state, const Planes& picture, uint32_t&
         return counted ? *counted : counted.emplace(lumaHistogram(picture));
     };
 
-    if (settings.green_on && isLumaZero(summary.zero, count, settings.green_ratio)) {
+    if (config.enable_green_screen && isLumaZero(summary.zero, count, config.green_screen_ratio)) {
         const uint32_t zeros = zeroChroma(picture, samples / 2);
-        if (isChromaZero(zeros, count, settings.green_ratio)) {
-            screen_type = kGreenScreen;
-            exposure_type = kNormalExposure;
+        if (isChromaZero(zeros, count, config.green_screen_ratio)) {
+            screen_type = kScreenGreen;
+            exposure_type = kExposureNormal;
             return 0;
         }
     }
-    if (settings.black_on) {
-        const std::optional<bool> black = isClearlyBlack(summary.below_30, count, settings.black_ratio);
-        if (black ? *black : isBlack(histogram(), count, settings.black_ratio)) {
-            screen_type = kBlackScreen;
-            exposure_type = kNormalExposure;
+    if (config.enable_black_screen) {
+        const std::optional<bool> black = isClearlyBlack(summary.below_30, count, config.black_screen_ratio);
+        if (black ? *black : isBlack(histogram(), count, config.black_screen_ratio)) {
+            screen_type = kScreenBlack;
+            exposure_type = kExposureNormal;
             return 0;
         }
-        screen_type = kNormalScreen;
+        screen_type = kScreenNormal;
     }
-    if (settings.exposure_on && samples > 0) {
-        const std::optional<ExposureType> type = classifyClearExposure(summary, count);
+    if (config.enable_exposure && samples > 0) {
+        const std::optional<uint32_t> type = classifyClearExposure(summary, count);
         exposure_type = type ? *type : classifyExposure(exposureFeatures(histogram(), count));
     }
     return 0;

@@ -1,5 +1,7 @@
 #include "algo/video/exposure_model.h"
 
+#include <zel/algo/algo_types.h>
+
 #include <cmath>
 #include <numeric>
 
@@ -62,11 +64,11 @@ Answers askModels(const ExposureFeatures& features) {
             .over_rather_than_under = static_cast<float>(over_not_under + 1.0) >= 2.0F};
 }
 
-ExposureType classOf(const Answers& answers) {
+uint32_t typeOf(const Answers& answers) {
     if (!answers.may_be_under && !answers.may_be_over) {
-        return kNormalExposure;
+        return kExposureNormal;
     }
-    return answers.over_rather_than_under ? kOverExposed : kUnderExposed;
+    return answers.over_rather_than_under ? kExposureOver : kExposureUnder;
 }
 
 }  // namespace
@@ -91,11 +93,11 @@ ExposureFeatures exposureFeatures(const Histogram& histogram, uint32_t samples) 
             .skewness = skewness};
 }
 
-ExposureType classifyExposure(const ExposureFeatures& features) {
-    return classOf(askModels(features));
+uint32_t classifyExposure(const ExposureFeatures& features) {
+    return typeOf(askModels(features));
 }
 
-std::optional<ExposureType> classifyClearExposure(const LumaSummary& summary, uint32_t samples) {
+std::optional<uint32_t> classifyClearExposure(const LumaSummary& summary, uint32_t samples) {
     const int64_t count = samples;
     const auto sum = static_cast<uint32_t>(summary.first + 128 * count);  // wraps as it does in the features
     const int32_t mean = static_cast<int32_t>(sum) / static_cast<int32_t>(samples);
@@ -116,7 +118,7 @@ std::optional<ExposureType> classifyClearExposure(const LumaSummary& summary, ui
     if (askModels(features) != low) {
         return std::nullopt;
     }
-    return classOf(low);
+    return typeOf(low);
 }
 
 }  // namespace ZELAlgo

@@ -8,9 +8,6 @@
 
 namespace ZELAlgo {
 
-/// The values of ZELVideoResult::exposure_type.
-enum ExposureType : uint32_t { kNormalExposure = 0, kUnderExposed = 1, kOverExposed = 2 };
-
 /// What the exposure models look at.
 struct ExposureFeatures {
     float bright;      ///< share of samples from 200 up
@@ -22,12 +19,12 @@ struct ExposureFeatures {
 /// Features of a histogram of `samples` > 0 samples.
 ExposureFeatures exposureFeatures(const Histogram& histogram, uint32_t samples);
 
-/// Three fixed logistic models over the features.
-ExposureType classifyExposure(const ExposureFeatures& features);
+/// The exposure type by three fixed logistic models over the features.
+uint32_t classifyExposure(const ExposureFeatures& features);
 
-/// The same class from a summary of `samples` > 0 samples, unless it depends on how the third moment is
+/// The same type from a summary of `samples` > 0 samples, unless it depends on how the third moment is
 /// rounded.
-std::optional<ExposureType> classifyClearExposure(const LumaSummary& summary, uint32_t samples);
+std::optional<uint32_t> classifyClearExposure(const LumaSummary& summary, uint32_t samples);
 
 }  // namespace ZELAlgo
 

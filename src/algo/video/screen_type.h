@@ -8,9 +8,6 @@
 
 namespace ZELAlgo {
 
-/// The values of ZELVideoResult::screen_type.
-enum ScreenType : uint32_t { kNormalScreen = 0, kBlackScreen = 1, kGreenScreen = 2 };
-
 /// True if at least `ratio` of the `samples` luma samples are zero; without that no screen is green.
 bool isLumaZero(uint32_t zeros, uint32_t samples, float ratio);
 

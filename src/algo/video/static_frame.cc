@@ -121,7 +121,7 @@ StaticFrame_t* StaticFrameCreate(uint32_t width, uint32_t height, uint32_t limit
     return state;
 }
 
-int32_t StaticFrameExecute(StaticFrame_t* state, const Planes& picture, uint32_t& is_static) {
+int32_t StaticFrameExecute(StaticFrame_t* state, const Planes& picture, bool& is_static) {
     if (state == nullptr || picture.data[0] == nullptr) {
         ZEL::zel_log("StaticFrameExecute input is Null \n");
         return 1;
@@ -134,12 +134,12 @@ int32_t StaticFrameExecute(StaticFrame_t* state, const Planes& picture, uint32_t
         state->still_count = state->score < kStillBelow ? state->still_count + 1 : 0;
     }
     if (state->still_count < state->limit) {
-        is_static = 0;
+        is_static = false;
         return 0;
     }
     // A positive verdict returns failure as well, which is intended.
     state->still_count = 0;
-    is_static = 1;
+    is_static = true;
     return 1;
 }
 

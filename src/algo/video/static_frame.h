@@ -33,10 +33,9 @@ struct StaticFrame_t {
 /// Null, with a log line, if there is no memory for the record.
 StaticFrame_t* StaticFrameCreate(uint32_t width, uint32_t height, uint32_t limit);
 
-/// Compares a picture with the one before. `is_static` becomes 1 when `limit` like pictures in a row
-/// have been seen, and their count starts anew. Returns 0 if `is_static` is 0; 1 if it is 1 or an input is
-/// null.
-int32_t StaticFrameExecute(StaticFrame_t* state, const Planes& picture, uint32_t& is_static);
+/// Compares a picture with the one before. `is_static` becomes true when `limit` like pictures in a row have
+/// been seen, and their count starts anew. Returns 0 if it is false; 1 if it is true or an input is null.
+int32_t StaticFrameExecute(StaticFrame_t* state, const Planes& picture, bool& is_static);
 
 void StaticFrameDestroy(StaticFrame_t* state);
 

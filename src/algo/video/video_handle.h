@@ -1,6 +1,8 @@
 #ifndef ZEL_SRC_ALGO_VIDEO_VIDEO_HANDLE_H_
 #define ZEL_SRC_ALGO_VIDEO_VIDEO_HANDLE_H_
 
+#include <zel/algo/algo_types.h>
+
 #include <cstdint>
 #include <memory>
 
@@ -9,27 +11,6 @@
 #include "algo/video/static_frame.h"
 
 namespace ZELAlgo {
-
-/// Which detectors run, and how strict they are.
-struct VideoSettings {
-    bool enable_black_screen;
-    bool enable_block;
-    bool enable_exposure;
-    bool enable_green_screen;
-    bool enable_staticframe;
-    float black_screen_ratio;
-    float green_screen_ratio;
-    uint32_t block_param;
-    uint32_t staticframe_param;
-};
-
-/// What the detectors say about one picture.
-struct VideoVerdicts {
-    uint32_t screen_type = 0;
-    uint32_t exposure_type = 0;
-    uint32_t is_block = 0;
-    uint32_t is_static = 0;
-};
 
 template <auto kDestroy>
 struct DetectorDestroyer {
@@ -47,11 +28,12 @@ struct VideoAlgoHandle_t {
 };
 
 /// Null, with a log line that names the detector, if one of them cannot be created.
-VideoAlgoHandle_t* VideoAlgoCreate(const VideoSettings& settings, uint32_t width, uint32_t height);
+VideoAlgoHandle_t* VideoAlgoCreate(const ZELAlgoConfig& config, uint32_t width, uint32_t height);
 
-/// Runs the detectors in their fixed order on one picture of any size. 0, or -1 with a log line as soon
-/// as one returns a failure; what was written by then stands.
-int32_t VideoAlgoExecute(VideoAlgoHandle_t* handle, const Planes& picture, VideoVerdicts& verdicts);
+/// Runs the detectors in their fixed order on one picture of any size and writes their verdicts, but not the
+/// status, to `result`. 0, or -1 with a log line as soon as one returns a failure; what was found by then
+/// stands, the rest is "nothing found".
+int32_t VideoAlgoExecute(VideoAlgoHandle_t* handle, const Planes& picture, ZELVideoResult& result);
 
 /// 0, for null as well.
 int32_t VideoAlgoDestroy(VideoAlgoHandle_t* handle);

@@ -13,6 +13,9 @@
 namespace {
 
 using ZELAlgo::AlgoFacade;
+using ZELAlgo::kAudioComplete;
+using ZELAlgo::kAudioFilling;
+using ZELAlgo::kAudioNoResult;
 using ZELAlgo::ZELAlgoConfig;
 using ZELAlgo::ZELAudioResult;
 
@@ -35,7 +38,7 @@ ZELAudioResult detectKnownPeriod(AlgoFacade& facade) {
     ZELAudioResult result{};
     for (int chunk = 0; chunk < 500; ++chunk) {
         result = detect(facade, support::hiss(random, chunk < 375 ? 1 : 3000, kChunk));
-        EXPECT_EQ(result.status, chunk == 249 || chunk == 499 ? 2U : 1U);
+        EXPECT_EQ(result.status, chunk == 249 || chunk == 499 ? kAudioComplete : kAudioFilling);
     }
     return result;
 }
@@ -45,7 +48,7 @@ TEST(AlgoFacadeAudio, WritesNothingButTheStatusWhileThePeriodFills) {
     const std::vector<int16_t> samples(960, 100);
     ZELAudioResult result{9, 0.5F, 9, 9, 9, 9, 9, 9};
     ASSERT_TRUE(facade.detectAudio({kRate, 960, 1, samples.data()}, result));
-    EXPECT_EQ(result.status, 1U);
+    EXPECT_EQ(result.status, kAudioFilling);
     EXPECT_EQ(result.audio_level, 9U);
     EXPECT_EQ(result.is_novoice_longtime, 9U);
 }
@@ -53,7 +56,7 @@ TEST(AlgoFacadeAudio, WritesNothingButTheStatusWhileThePeriodFills) {
 TEST(AlgoFacadeAudio, GivesTheWholeResultWithTheLastFrameOfThePeriod) {
     AlgoFacade facade(ZELAlgoConfig{.longtime_period_s = kKnownPeriod});
     const ZELAudioResult result = detectKnownPeriod(facade);
-    EXPECT_EQ(result.status, 2U);
+    EXPECT_EQ(result.status, kAudioComplete);
     EXPECT_EQ(result.audio_level, 1500U);
     EXPECT_EQ(result.voice_level_longtime, 3000U);
     EXPECT_EQ(result.voice_scale_longtime, 124.0F / 250.0F);
@@ -92,9 +95,9 @@ TEST(AlgoFacadeAudio, CountsAThresholdThatIsExactlyMet) {
 TEST(AlgoFacadeAudio, CallsSilenceMuteLowAndWithoutVoice) {
     AlgoFacade facade(ZELAlgoConfig{.longtime_period_s = 0.02});
     const std::vector<int16_t> silence(kChunk, 0);
-    EXPECT_EQ(detect(facade, silence).status, 1U);
+    EXPECT_EQ(detect(facade, silence).status, kAudioFilling);
     const ZELAudioResult result = detect(facade, silence);
-    EXPECT_EQ(result.status, 2U);
+    EXPECT_EQ(result.status, kAudioComplete);
     EXPECT_EQ(result.audio_level, 0U);
     EXPECT_EQ(result.voice_level_longtime, 0U);
     EXPECT_EQ(result.voice_scale_longtime, 0.0F);
@@ -107,10 +110,10 @@ TEST(AlgoFacadeAudio, CallsSilenceMuteLowAndWithoutVoice) {
 TEST(AlgoFacadeAudio, TakesThresholdsPerResultButThePeriodOnlyOnce) {
     AlgoFacade facade(ZELAlgoConfig{.longtime_period_s = 0.02});
     const std::vector<int16_t> samples(kChunk, 100);
-    EXPECT_EQ(detect(facade, samples).status, 1U);
+    EXPECT_EQ(detect(facade, samples).status, kAudioFilling);
     EXPECT_EQ(detect(facade, samples).is_mute, 0U);
     facade.setConfig(ZELAlgoConfig{.mute_level = 200.0F, .longtime_period_s = 0.01});
-    EXPECT_EQ(detect(facade, samples).status, 1U);
+    EXPECT_EQ(detect(facade, samples).status, kAudioFilling);
     EXPECT_EQ(detect(facade, samples).is_mute, 1U);
 }
 
@@ -120,11 +123,11 @@ TEST(AlgoFacadeAudio, TruncatesThePeriodAndBearsAnyValue) {
         AlgoFacade facade(ZELAlgoConfig{.longtime_period_s = period_s});
         return detect(facade, samples).status;
     };
-    EXPECT_EQ(firstStatus(0.0199), 2U);  // one chunk
-    EXPECT_EQ(firstStatus(0.02), 1U);
-    EXPECT_EQ(firstStatus(-1.0), 2U);
-    EXPECT_EQ(firstStatus(std::numeric_limits<double>::quiet_NaN()), 2U);
-    EXPECT_EQ(firstStatus(1e300), 1U);
+    EXPECT_EQ(firstStatus(0.0199), kAudioComplete);  // one chunk
+    EXPECT_EQ(firstStatus(0.02), kAudioFilling);
+    EXPECT_EQ(firstStatus(-1.0), kAudioComplete);
+    EXPECT_EQ(firstStatus(std::numeric_limits<double>::quiet_NaN()), kAudioComplete);
+    EXPECT_EQ(firstStatus(1e300), kAudioFilling);
 }
 
 TEST(AlgoFacadeAudio, KeepsTheSampleRateOfTheFirstFrame) {
@@ -133,9 +136,9 @@ TEST(AlgoFacadeAudio, KeepsTheSampleRateOfTheFirstFrame) {
     detect(facade, samples);
     ZELAudioResult result{};
     ASSERT_TRUE(facade.detectAudio({8000, 80, 1, samples.data()}, result));
-    EXPECT_EQ(result.status, 1U);
+    EXPECT_EQ(result.status, kAudioFilling);
     ASSERT_TRUE(facade.detectAudio({8000, 400, 1, samples.data()}, result));
-    EXPECT_EQ(result.status, 2U);
+    EXPECT_EQ(result.status, kAudioComplete);
 }
 
 TEST(AlgoFacadeAudio, TriesAgainAfterACreationThatFailed) {
@@ -147,14 +150,14 @@ TEST(AlgoFacadeAudio, TriesAgainAfterACreationThatFailed) {
     EXPECT_FALSE(facade.detectAudio({0, kChunk, 1, samples.data()}, result));
     EXPECT_EQ(result.status, 9U);
     EXPECT_EQ(log.count("vad handle create failed\n"), 2U);
-    EXPECT_EQ(detect(facade, samples).status, 1U);
+    EXPECT_EQ(detect(facade, samples).status, kAudioFilling);
 }
 
 TEST(AlgoFacadeAudio, GivesNoResultForNullData) {
     AlgoFacade facade;
     ZELAudioResult result{9, 0.5F, 9, 9, 9, 9, 9, 9};
     EXPECT_TRUE(facade.detectAudio({kRate, kChunk, 1, nullptr}, result));
-    EXPECT_EQ(result.status, 0U);
+    EXPECT_EQ(result.status, kAudioNoResult);
     EXPECT_EQ(result.audio_level, 9U);
 }
 

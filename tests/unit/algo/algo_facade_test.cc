@@ -17,6 +17,12 @@
 namespace {
 
 using ZELAlgo::AlgoFacade;
+using ZELAlgo::kExposureNormal;
+using ZELAlgo::kExposureOver;
+using ZELAlgo::kExposureUnder;
+using ZELAlgo::kScreenBlack;
+using ZELAlgo::kScreenGreen;
+using ZELAlgo::kScreenNormal;
 using ZELAlgo::ZELAlgoConfig;
 using ZELAlgo::ZELVideoFrame;
 using ZELAlgo::ZELVideoPlanes;
@@ -63,8 +69,8 @@ TEST(AlgoFacade, FindsNothingWithAllDetectorsOff) {
     const Picture green(64, 64, 0, 0);
     for (int i = 0; i < 12; ++i) {
         const ZELVideoResult result = detect(facade, green);
-        EXPECT_EQ(result.screen_type, 0U);
-        EXPECT_EQ(result.exposure_type, 0U);
+        EXPECT_EQ(result.screen_type, kScreenNormal);
+        EXPECT_EQ(result.exposure_type, kExposureNormal);
         EXPECT_FALSE(result.is_block);
         EXPECT_FALSE(result.is_staticframe);
     }
@@ -76,12 +82,12 @@ TEST(AlgoFacade, TellsScreensAndExposuresApart) {
         const ZELVideoResult result = detect(facade, Picture(64, 48, luma, chroma));
         return std::pair(result.screen_type, result.exposure_type);
     };
-    EXPECT_EQ(verdict(0, 0), std::pair(2U, 0U)) << "green goes before black";
-    EXPECT_EQ(verdict(0, 128), std::pair(1U, 0U));
-    EXPECT_EQ(verdict(29, 128), std::pair(1U, 0U));
-    EXPECT_EQ(verdict(30, 128), std::pair(0U, 1U));
-    EXPECT_EQ(verdict(128, 128), std::pair(0U, 0U));
-    EXPECT_EQ(verdict(240, 128), std::pair(0U, 2U));
+    EXPECT_EQ(verdict(0, 0), std::pair(kScreenGreen, kExposureNormal)) << "green goes before black";
+    EXPECT_EQ(verdict(0, 128), std::pair(kScreenBlack, kExposureNormal));
+    EXPECT_EQ(verdict(29, 128), std::pair(kScreenBlack, kExposureNormal));
+    EXPECT_EQ(verdict(30, 128), std::pair(kScreenNormal, kExposureUnder));
+    EXPECT_EQ(verdict(128, 128), std::pair(kScreenNormal, kExposureNormal));
+    EXPECT_EQ(verdict(240, 128), std::pair(kScreenNormal, kExposureOver));
 }
 
 TEST(AlgoFacade, LogsAFailureOnEveryStaticFrameAndStillReportsIt) {
@@ -115,8 +121,8 @@ TEST(AlgoFacade, AcceptsAnyFrameSizeInOneStream) {
         for (uint32_t height = 1; height < 12; ++height) {
             const Picture picture(width, height, 128);
             const ZELVideoResult result = detect(facade, picture);
-            EXPECT_EQ(result.screen_type, 0U);
-            EXPECT_EQ(result.exposure_type, 0U);
+            EXPECT_EQ(result.screen_type, kScreenNormal);
+            EXPECT_EQ(result.exposure_type, kExposureNormal);
             EXPECT_FALSE(result.is_block);
         }
     }

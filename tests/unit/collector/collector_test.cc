@@ -103,7 +103,9 @@ TEST(SerialCollector, RoundsSumsOnceAndEverythingElseToFloat) {
     collector->addSerialData("sum", {16777216.0F, 1.0F, 1.0F, 1.0F, 1.0F});
     // Squares overflow a float, as the definition has it.
     collector->addSerialData("wide", {3e20F, -3e20F});
+    collector->addSerialData("squares", {8832.0F, 7012.0F, 7545.0F});
     const Fields fields = collector->collect();
+    EXPECT_EQ(fields.at("squares_sd"), "763.970520");  // ...459 of squares or deviations in double
     EXPECT_EQ(fields.at("sum_mean"), "3355444.000000");
     EXPECT_EQ(fields.at("wide_mean"), "0.000000");
     EXPECT_EQ(fields.at("wide_sd"), "inf");

@@ -10,6 +10,7 @@
 
 #include <gmock/gmock.h>
 
+#include "support/allocations.h"
 #include "support/log_capture.h"
 
 namespace {
@@ -159,6 +160,22 @@ TEST_F(MessageCenterTest, DeliversInTheSameGoWhatACallbackReceives) {
                             "[MessageCenter] receiveNoLock: b"));
 }
 
+TEST_F(MessageCenterTest, DropsWhatItHasNoMemoryToDeliverAndGoesOn) {
+    static support::Count lost;
+    ZEL::setLogSink([](const char*, size_t, void*) { lost.add(); }, nullptr);
+    center.registerListener("a", owner, note("first"));
+    {
+        const auto sent = message("a");
+        const support::NoMemoryElsewhere no_memory;
+        center.publish(sent);
+        ASSERT_TRUE(lost.waitFor(1));
+    }
+    ZEL::setLogSink(nullptr, nullptr);
+    center.publish(message("a"));
+    drain();
+    EXPECT_THAT(heard, ElementsAre("first:a"));
+}
+
 TEST_F(MessageCenterTest, IgnoresMessagesWithoutAName) {
     center.registerListener("a", owner, note("first"));
     center.publish(nullptr);
@@ -192,15 +209,16 @@ void awaitStop(MessageCenter& center) {
 
 TEST_F(MessageCenterTest, StopWaitsForTheCallbackAndDropsTheRest) {
     const support::LogCapture log;
-    std::promise<void> entered;
+    support::Count entered;
     center.registerListener("a", owner, [&](const auto& received) {
-        entered.set_value();
+        center.receiveNoLock(message("a"));  // would be next
+        entered.add();
         awaitStop(center);
         heard.push_back(received->name());
     });
     const auto left = message("a");
     center.publish(message("a"));
-    entered.get_future().wait();
+    ASSERT_TRUE(entered.waitFor(1));
     center.stop();
     center.publish(left);
     center.receiveNoLock(left);

@@ -6,6 +6,8 @@
 
 namespace {
 
+using ZEL::RemoteSwitches;
+
 TEST(RemoteSwitches, AreOffAndMinusOneUntilSomebodyIsRegistered) {
     const RemoteSwitches switches;
     EXPECT_FALSE(switches.readBool("EnableAudioAlgo"));

@@ -11,6 +11,9 @@
 
 namespace {
 
+using ZEL::AudioInput;
+using ZEL::VideoInput;
+
 constexpr int32_t kInt32Max = std::numeric_limits<int32_t>::max();
 
 std::string line(const std::string& function, int number, const std::string& text) {
@@ -31,9 +34,9 @@ class SessionPc : public testing::Test {
         return session.endReport().at(key);
     }
 
-    HostServices host_;
+    ZEL::HostServices host_;
     const std::shared_ptr<ZEL::MessageCenter> center_ = std::make_shared<ZEL::MessageCenter>();
-    const std::vector<uint8_t> picture_ = support::flatPicture(16, 8, support::kMidGrey);
+    const std::vector<uint8_t> frame_ = support::flatPicture(16, 8, support::kMidGrey);
 };
 
 TEST_F(SessionPc, SaysSoWhenItHasNoCoreOrIsGivenASecond) {
@@ -43,8 +46,8 @@ TEST_F(SessionPc, SaysSoWhenItHasNoCoreOrIsGivenASecond) {
         const auto session = std::make_shared<ZELSessionPc>(host_);
         EXPECT_FALSE(session->start());
         session->stop();
-        EXPECT_FALSE(session->feed_video_frame({picture_.data(), 16, 8, 0}));
-        EXPECT_FALSE(session->feed_audio_frame({picture_.data(), 1, 2, 48000, 1, 0}));
+        EXPECT_FALSE(session->feed_video_frame({frame_.data(), 16, 8, 0}));
+        EXPECT_FALSE(session->feed_audio_frame({frame_.data(), 1, 2, 48000, 1, 0}));
         EXPECT_EQ(session->get_session_id(), std::numeric_limits<uint64_t>::max());
     }
     const auto session = withCore();
@@ -64,7 +67,7 @@ TEST_F(SessionPc, SaysSoWhenItHasNoCoreOrIsGivenASecond) {
 TEST_F(SessionPc, LogsEachStepOfAVideoFeed) {
     const auto session = withCore();
     const support::LogCapture log;
-    EXPECT_TRUE(session->feed_video_frame({picture_.data(), 16, 8, (1LL << 32) + 7}));
+    EXPECT_TRUE(session->feed_video_frame({frame_.data(), 16, 8, (1LL << 32) + 7}));
     const auto messages = log.messages();
     ASSERT_EQ(messages.size(), 3U);
     EXPECT_EQ(messages[0], line("ZELSessionPc::feed_video_frame", 188, "ZELSessionPC feed_video_frame\n"));
@@ -76,10 +79,10 @@ TEST_F(SessionPc, LogsEachStepOfAVideoFeed) {
               line("ZELSessionPc::feed_video_frame", 201, "ZELSessionPC start  feed_video_frame\n"));
 }
 
-TEST_F(SessionPc, RefusesBadPicturesWithoutCountingThem) {
+TEST_F(SessionPc, RefusesBadVideoFramesWithoutCountingThem) {
     const auto session = withCore();
     const support::LogCapture log;
-    const uint8_t* const data = picture_.data();
+    const uint8_t* const data = frame_.data();
     for (const VideoInput& bad :
          {VideoInput{nullptr, 16, 8, 0}, VideoInput{data, 0, 8, 0}, VideoInput{data, 16, 0, 0},
           VideoInput{data, -16, 8, 0}, VideoInput{data, 16, 8, -1},
@@ -105,8 +108,8 @@ TEST_F(SessionPc, TakesSoundOnlyWhenTheSwitchIsOn) {
 
     enabled = true;
     const support::LogCapture log;
-    const uint8_t* const data = picture_.data();
-    const size_t held = picture_.size() / 4;  // stereo
+    const uint8_t* const data = frame_.data();
+    const size_t held = frame_.size() / 4;  // stereo
     EXPECT_TRUE(session->feed_audio_frame({data, held, 2, 48000, 2, 0}));
     EXPECT_EQ(frames(*session, "zel_aframes"), "1");
     EXPECT_TRUE(log.messages().empty());

@@ -1,5 +1,9 @@
 #include "session/result_accounting.h"
 
+#include <algorithm>
+#include <atomic>
+#include <thread>
+
 #include <gtest/gtest.h>
 
 #include "session/heartbeat_report.h"
@@ -65,6 +69,42 @@ TEST(ResultAccounting, OnlyACompleteAudioPeriodCounts) {
               (Counters{{"voice_level_longtime", 7}, {"audio_level", 8}, {"voice_scale_longtime", 1}}));
 }
 
+TEST(ResultAccounting, EveryAudioFlagHasItsOwnCounter) {
+    ResultAccounting accounting({});
+    const ZELAudioResult single[] = {{2, 0.0F, 0, 0, 1, 0, 0, 0},
+                                     {2, 0.0F, 0, 0, 0, 1, 0, 0},
+                                     {2, 0.0F, 0, 0, 0, 0, 1, 0},
+                                     {2, 0.0F, 0, 0, 0, 0, 0, 1}};
+    for (int events = 1; const ZELAudioResult& result : single) {
+        for (int i = 0; i < events; ++i) {
+            accounting.account(kCall, result);
+        }
+        ++events;
+    }
+    EXPECT_EQ(accounting.snapshot().counters,
+              (Counters{{"mute_cnt", 0}, {"low_voice_cnt", 1}, {"high_voice_cnt", 2}, {"no_voice_cnt", 3}}));
+}
+
+TEST(ResultAccounting, ASnapshotHoldsAllEventsOfAFrameOrNone) {
+    ResultAccounting accounting({});
+    std::atomic<bool> done{false};
+    const std::jthread worker([&] {
+        while (!done) {
+            accounting.account(kCall, ZELVideoResult{0, 1, 2, true, true});
+        }
+    });
+    int torn = 0;
+    for (int i = 0; i < 20'000; ++i) {
+        const Counters counters = accounting.snapshot().counters;
+        torn += std::all_of(counters.begin(), counters.end(),
+                            [&](const auto& entry) { return entry.second == counters.begin()->second; })
+                    ? 0
+                    : 1;
+    }
+    done = true;
+    EXPECT_EQ(torn, 0);
+}
+
 TEST(ResultAccounting, PublishesExactlyTheDetailKeysWhenAsked) {
     class Owner : public ZEL::CObject {};
     const auto center = std::make_shared<ZEL::MessageCenter>();
@@ -115,24 +155,20 @@ TEST(ResultAccounting, PublishesNowhereOnceTheCentreIsGone) {
 }
 
 TEST(HeartbeatReport, OfAnIdleSessionHasExactlyTheSevenSessionKeys) {
-    ZEL::HeartbeatReport heartbeat;
-    ReportMap report{{"zel_vframes", "from a collector"}, {"mine", "kept"}};
-    heartbeat.write(report, -42, {}, {});
-    EXPECT_EQ(report, (ReportMap{{"mine", "kept"},
-                                 {"zel_heartbeat_seq", "0"},
-                                 {"zel_token", "-42"},
-                                 {"zel_vframes", "0"},
-                                 {"zel_vframes_time", "0.000000"},
-                                 {"zel_aframes", "0"},
-                                 {"zel_aframes_time", "0.000000"},
-                                 {"zel_fail_count", "0"}}));
+    EXPECT_EQ(ZEL::HeartbeatReport().fields(-42, {}, {}), (ReportMap{{"zel_heartbeat_seq", "0"},
+                                                                     {"zel_token", "-42"},
+                                                                     {"zel_vframes", "0"},
+                                                                     {"zel_vframes_time", "0.000000"},
+                                                                     {"zel_aframes", "0"},
+                                                                     {"zel_aframes_time", "0.000000"},
+                                                                     {"zel_fail_count", "0"}}));
 }
 
 TEST(HeartbeatReport, ReportsRisesOfCountersAndLatestGauges) {
     ZEL::HeartbeatReport heartbeat;
     const auto next = [&heartbeat](const Counters& counters, const Counters& gauges) {
-        ReportMap report;
-        heartbeat.write(report, 1, {}, {counters, gauges});
+        ReportMap report = heartbeat.fields(1, {}, {counters, gauges});
+        heartbeat.closePeriod({counters, gauges});
         return report;
     };
     EXPECT_EQ(next({{"black_cnt", 4}}, {{"audio_level", 70}}).at("zel_black_cnt"), "4");

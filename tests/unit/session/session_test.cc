@@ -3,12 +3,16 @@
 
 #include <atomic>
 #include <cfenv>
+#include <mutex>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
 #include "base/clock.h"
 #include "session/session_hooks.h"
+#include "support/allocations.h"
 #include "support/frames.h"
 #include "support/wait.h"
 
@@ -19,7 +23,7 @@ using support::kMidGrey;
 using support::kVideoBlack;
 using support::silentAudioFrame;
 
-/// A session that publishes its results, and a count of the pictures that its worker has done.
+/// A session that publishes its results, and a count of the video frames that its worker has done.
 class Session : public testing::Test {
   protected:
     Session() {
@@ -59,7 +63,7 @@ class Session : public testing::Test {
     std::shared_ptr<ZEL::ZELSession> session_ = std::make_shared<ZEL::ZELSession>(center_);
 };
 
-TEST_F(Session, PicturesFedBeforeTheStartAreAllCountedAndTheTenNewestExamined) {
+TEST_F(Session, VideoFramesFedBeforeTheStartAreAllCountedAndTheTenNewestExamined) {
     feed(2, kMidGrey);  // dropped
     feed(10, kVideoBlack);
     session_->start();
@@ -67,6 +71,30 @@ TEST_F(Session, PicturesFedBeforeTheStartAreAllCountedAndTheTenNewestExamined) {
     const ReportMap report = heartbeat();
     EXPECT_EQ(report.at("zel_vframes"), "12");
     EXPECT_EQ(report.at("zel_black_cnt"), "9");
+}
+
+TEST_F(Session, CountsTheFramesItNeverExaminedByKind) {
+    const auto feedBoth = [this](int video, int audio) {
+        for (int i = 0; i < audio; ++i) {
+            EXPECT_TRUE(session_->feedAudioFrame(silentAudioFrame(480), i));
+        }
+        feed(video, kMidGrey);
+    };
+    feedBoth(13, 52);
+    EXPECT_EQ(session_->getQueueDrops(), (ZEL::QueueDrops{3, 2}));
+    EXPECT_EQ(heartbeat().size(), 7U);  // reports do not tell
+    session_->stop();
+    session_->start();  // throws away what was queued
+    EXPECT_EQ(session_->getQueueDrops(), (ZEL::QueueDrops{13, 52}));
+    EXPECT_EQ(ZEL::queueDropsOfSession(session_->getSessionId()), session_->getQueueDrops());
+    const int64_t gone = session_->getSessionId();
+    session_.reset();
+    EXPECT_EQ(ZEL::queueDropsOfSession(gone), std::nullopt);
+
+    session_ = std::make_shared<ZEL::ZELSession>(center_);
+    session_->setSeparateAudioQueue(false);
+    feedBoth(6, 6);
+    EXPECT_EQ(session_->getQueueDrops(), (ZEL::QueueDrops{0, 2}));
 }
 
 TEST_F(Session, ReportsEachPeriodOnItsOwnAndTheWholeLifeAtAnyTime) {
@@ -172,8 +200,7 @@ TEST_F(Session, ComputesInTheUsualModeWhateverItsHostsIs) {
     static std::atomic<int> mode;
     mode = -1;
     ZEL::setLogSink([](const char*, size_t, void*) { mode = std::fegetround(); }, nullptr);
-    session_->setAlgoConfig(
-        ZELAlgo::ZELAlgoConfig{.staticframe_param = 1.0F});  // a log line for each picture
+    session_->setAlgoConfig(ZELAlgo::ZELAlgoConfig{.staticframe_param = 1.0F});  // a log line for each frame
     std::fesetround(FE_UPWARD);
     session_->start();
     std::fesetround(FE_TONEAREST);
@@ -195,6 +222,33 @@ TEST_F(Session, SumsTheTimeOfIntakePerKind) {
     EXPECT_EQ(report.at("zel_vframes_time"), "0.750000");
     EXPECT_EQ(report.at("zel_aframes_time"), "0.250000");
     EXPECT_EQ(session_->getAccumulativeInfo().at("zel_vframes_time"), "0.750000");
+}
+
+TEST_F(Session, TakesFramesInOneAtATime) {
+    // A feed asks the clock before and after it queues its frame.
+    static std::mutex mutex;
+    static std::vector<std::thread::id> asked;
+    asked.clear();
+    ZEL::setClockForTesting([] {
+        {
+            const std::lock_guard<std::mutex> lock(mutex);
+            asked.push_back(std::this_thread::get_id());
+        }
+        std::this_thread::yield();
+        return 0.0;
+    });
+    std::vector<std::thread> hosts;
+    for (int i = 0; i < 2; ++i) {
+        hosts.emplace_back([this] { feed(2000, kMidGrey); });
+    }
+    for (std::thread& host : hosts) {
+        host.join();
+    }
+    ZEL::setClockForTesting(nullptr);
+    ASSERT_EQ(asked.size(), 2U * 2U * 2000U);
+    for (size_t i = 0; i < asked.size(); i += 2) {
+        ASSERT_EQ(asked[i], asked[i + 1]) << i;
+    }
 }
 
 TEST_F(Session, TellsWhoeverKeepsTrackThatItEnds) {
@@ -226,6 +280,40 @@ TEST_F(Session, CountsFramesWithoutDataAndFindsNothingInThem) {
     EXPECT_EQ(report.size(), 7U);
 }
 
+TEST_F(Session, DropsFramesThatThereIsNoMemoryForAndGoesOn) {
+    static support::Count dropped;
+    ZEL::setLogSink([](const char*, size_t, void*) { dropped.add(); }, nullptr);
+    session_->start();
+    const auto video = flatVideoFrame(64, 48, kVideoBlack);  // a counter to make
+    const auto audio = silentAudioFrame(480, 48000, 2);      // to mix down
+    {
+        const support::NoMemoryElsewhere no_memory;
+        session_->feedVideoFrame(video, 0);
+        session_->feedAudioFrame(audio, 0);
+        ASSERT_TRUE(dropped.waitFor(2));
+    }
+    EXPECT_EQ(session_->getQueueDrops(), (ZEL::QueueDrops{1, 1}));
+    feedAndWait(2, kVideoBlack);
+    EXPECT_EQ(heartbeat().at("zel_black_cnt"), "1");
+    ZEL::setLogSink(nullptr, nullptr);
+}
+
+TEST_F(Session, LosesNoPeriodWhoseReportThereIsNoMemoryFor) {
+    feed(4, kMidGrey);
+    session_->addCollector("ZELAccumulativeInfoCollector")
+        ->addAccumulativeData({{"a long name of a sum", 5}});
+    ReportMap report;
+    support::withEachAllocationFailing([&] {
+        try {
+            report = heartbeat();
+        } catch (const std::bad_alloc&) {
+        }
+    });
+    EXPECT_EQ(report.at("zel_heartbeat_seq"), "0");
+    EXPECT_EQ(report.at("zel_vframes"), "4");
+    EXPECT_EQ(report.at("a long name of a sum"), "5");
+}
+
 TEST_F(Session, OutlivesItsCentre) {
     auto center = std::make_shared<ZEL::MessageCenter>();
     const auto session = std::make_shared<ZEL::ZELSession>(center);
@@ -233,6 +321,7 @@ TEST_F(Session, OutlivesItsCentre) {
     center->stop();
     center.reset();
     session->registerMessageListeners();
+    session->unregisterMessageListeners();
     session->start();
     session->feedVideoFrame(flatVideoFrame(64, 48, kMidGrey), 0);
 }  // and dies running

@@ -12,7 +12,7 @@ namespace {
 using ZEL::TaskQueue;
 using ZEL::ZELTask;
 
-/// Tasks that can be told apart: a picture's width, a block's length.
+/// Tasks that can be told apart: a video frame's width, an audio frame's length.
 ZELTask video(int32_t id) {
     return support::flatVideoFrame(id, 2, 0);
 }
@@ -26,13 +26,13 @@ uint32_t audioId(const ZELTask& task) {
     return std::get<std::shared_ptr<ZEL::AudioFrame>>(task)->samples;
 }
 
-TEST(TaskQueue, DropsTheOldestPictureWhenTheEleventhArrives) {
+TEST(TaskQueue, DropsTheOldestVideoFrameWhenTheEleventhArrives) {
     TaskQueue queue;
     for (int32_t id = 1; id <= 10; ++id) {
         EXPECT_FALSE(queue.pushDropOldest(video(id)));
     }
-    EXPECT_TRUE(queue.pushDropOldest(video(11)));
-    EXPECT_TRUE(queue.pushDropOldest(video(12)));
+    EXPECT_EQ(videoId(queue.pushDropOldest(video(11)).value()), 1);
+    EXPECT_EQ(videoId(queue.pushDropOldest(video(12)).value()), 2);
     queue.open();
     for (int32_t id = 3; id <= 12; ++id) {
         const auto round = queue.waitForRound();
@@ -43,23 +43,23 @@ TEST(TaskQueue, DropsTheOldestPictureWhenTheEleventhArrives) {
     EXPECT_EQ(queue.sizes().shared, 0U);
 }
 
-TEST(TaskQueue, BoundsSoundAtFiftyOrWithThePictures) {
+TEST(TaskQueue, BoundsAudioAtFiftyOrWithTheVideo) {
     TaskQueue queue;
     for (uint32_t id = 1; id <= 51; ++id) {
-        EXPECT_EQ(queue.pushDropOldest(audio(id)), id == 51);
+        EXPECT_EQ(queue.pushDropOldest(audio(id)).has_value(), id == 51);
     }
     EXPECT_EQ(queue.sizes().audio, 50U);
 
     TaskQueue shared;
     shared.setSeparateAudio(false);
     for (uint32_t id = 1; id <= 11; ++id) {
-        EXPECT_EQ(shared.pushDropOldest(audio(id)), id == 11);
+        EXPECT_EQ(shared.pushDropOldest(audio(id)).has_value(), id == 11);
     }
     EXPECT_EQ(shared.sizes().shared, 10U);
     EXPECT_EQ(shared.sizes().audio, 0U);
 }
 
-TEST(TaskQueue, GivesAPictureAndThenABlockInEachRound) {
+TEST(TaskQueue, GivesAVideoAndThenAnAudioFrameInEachRound) {
     TaskQueue queue;
     queue.open();
     queue.pushDropOldest(video(1));
@@ -95,8 +95,11 @@ TEST(TaskQueue, ClosingEndsAWaitAndKeepsTasks) {
     queue.pushDropOldest(video(2));
     EXPECT_FALSE(queue.waitForRound());
     EXPECT_EQ(queue.sizes().shared, 1U);
-    queue.clear();
-    EXPECT_EQ(queue.sizes().shared, 0U);
+    queue.pushDropOldest(audio(3));
+    EXPECT_EQ(videoId(queue.discardOne().value()), 2);
+    EXPECT_EQ(audioId(queue.discardOne().value()), 3U);
+    EXPECT_FALSE(queue.discardOne());
+    EXPECT_EQ(queue.sizes().shared + queue.sizes().audio, 0U);
 }
 
 }  // namespace

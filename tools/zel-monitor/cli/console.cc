@@ -19,7 +19,7 @@ bool isTerminal(int descriptor) {
     return isatty(descriptor) != 0 && environment("TERM") != "dumb";
 }
 
-/// Whether another program reads standard output; what it prints would run into a status line.
+/// Whether another program reads standard output.
 bool feedsAnotherProgram() {
     struct stat state = {};
     return fstat(STDOUT_FILENO, &state) == 0 && S_ISFIFO(state.st_mode);
@@ -27,25 +27,31 @@ bool feedsAnotherProgram() {
 
 }  // namespace
 
-Console::Console()
+Console::Console(StatusLine when)
     : colour_(isTerminal(STDOUT_FILENO) && environment("NO_COLOR").empty()),
-      shows_status_(isTerminal(STDERR_FILENO) && !feedsAnotherProgram()) {}
+      shows_status_(when != StatusLine::kNever && isTerminal(STDERR_FILENO) &&
+                    (when == StatusLine::kOnTerminal || !feedsAnotherProgram())) {}
 
 Console::~Console() {
     eraseStatus();
 }
 
 void Console::line(std::string_view text) {
+    aside([&] {
+        if (output_error_ == 0) {
+            output_error_ = writeAll(STDOUT_FILENO, std::string(text) + '\n');
+            if (output_error_ != 0) {
+                requestStop();
+            }
+        }
+    });
+}
+
+void Console::aside(const std::function<void()>& write) {
     const std::lock_guard<std::mutex> lock(mutex_);
-    if (output_error_ != 0) {
-        return;
-    }
     eraseStatus();
-    output_error_ = writeAll(STDOUT_FILENO, std::string(text) + '\n');
+    write();
     drawStatus();
-    if (output_error_ != 0) {
-        requestStop();
-    }
 }
 
 void Console::status(std::string text) {
@@ -53,7 +59,9 @@ void Console::status(std::string text) {
         return;
     }
     const std::lock_guard<std::mutex> lock(mutex_);
-    eraseStatus();
+    if (text.empty()) {
+        eraseStatus();
+    }
     status_ = std::move(text);
     drawStatus();
 }
@@ -72,15 +80,21 @@ void Console::requireOutput() {
     }
 }
 
+bool Console::showsBoth() {
+    return isatty(STDOUT_FILENO) != 0 && isatty(STDERR_FILENO) != 0;
+}
+
 void Console::eraseStatus() {
     if (!status_.empty()) {
         writeError("\r\033[K");
     }
 }
 
+/// Over the one that may be there, so that it does not flicker.
 void Console::drawStatus() {
     if (!status_.empty()) {
-        writeError(std::string_view(status_).substr(0, terminalColumns() - 1));
+        // One that wraps could not be drawn over.
+        writeError('\r' + status_.substr(0, terminalColumns() - 1) + "\033[K");
     }
 }
 

@@ -1,17 +1,24 @@
 #ifndef ZEL_TOOLS_CLI_CONSOLE_H_
 #define ZEL_TOOLS_CLI_CONSOLE_H_
 
+#include <functional>
 #include <mutex>
 #include <string>
 #include <string_view>
 
 namespace zel_monitor {
 
-/// Lines on standard output, and below them one status line on standard error if that is a terminal and
-/// standard output is not a pipe. Any thread.
+/// When there is a status line.
+enum class StatusLine {
+    kNever,
+    kOnTerminal,    ///< standard error is a terminal that can be drawn on
+    kUnlessInPipe,  ///< and no other program reads standard output, whose lines would run into it
+};
+
+/// What people see: lines on standard output and, below them, one status line on standard error. Any thread.
 class Console {
   public:
-    Console();
+    explicit Console(StatusLine when);
     Console(const Console&) = delete;
     Console& operator=(const Console&) = delete;
     ~Console();
@@ -24,6 +31,10 @@ class Console {
     /// Throws OutputError if a line was not taken.
     void requireOutput();
 
+    /// Runs `write`, which writes to either stream or to anything else, while the status line is out of its
+    /// way and nobody else writes. Throws what it throws.
+    void aside(const std::function<void()>& write);
+
     /// Replaces the status line, cut to the terminal's width; empty removes it.
     void status(std::string text);
 
@@ -34,6 +45,9 @@ class Console {
     bool colour() const { return colour_; }
 
     bool showsStatus() const { return shows_status_; }
+
+    /// Whether both streams are a terminal, where one sees what goes to either.
+    static bool showsBoth();
 
   private:
     void eraseStatus();

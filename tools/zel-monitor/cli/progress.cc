@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <fmt/format.h>
-#include <unistd.h>
 
 #include "cli/standard_streams.h"
 #include "cli/time_text.h"
@@ -11,11 +10,14 @@ namespace zel_monitor {
 namespace {
 
 using std::chrono::milliseconds;
+using std::chrono::steady_clock;
 
-constexpr size_t kBarWidth = 24;
+constexpr size_t kBarOfFiles = 24;
+constexpr size_t kBarOfStream = 12;  // all fits 80 columns
 constexpr milliseconds kFirst{500};
-constexpr milliseconds kBarEvery{200};
+constexpr milliseconds kStatusEvery{200};
 constexpr milliseconds kLineEvery{10'000};
+constexpr double kSpeedWindowS = 2.0;
 
 /// Stream time to the second: "h:mm:ss".
 std::string coarseClock(double seconds) {
@@ -23,26 +25,31 @@ std::string coarseClock(double seconds) {
     return text.substr(0, text.find('.'));
 }
 
+std::string barText(double share, size_t width) {
+    const auto full = static_cast<size_t>(share * static_cast<double>(width));
+    return fmt::format("[{}{}] ", std::string(full, '#'), std::string(width - full, '.'));
+}
+
 }  // namespace
 
-std::string progressText(const ProgressState& state, size_t bar_width) {
+std::string progressText(const ProgressState& state, ProgressOf what, bool bar) {
+    const bool stream = what == ProgressOf::kStream;
     const bool known = state.length_s && *state.length_s > 0.0;
     const double share =
         std::clamp(known ? state.position_s / *state.length_s : state.inputs_share, 0.0, 1.0);
-    const double speed = state.elapsed_s > 0.0 ? state.position_s / state.elapsed_s : 0.0;
     std::string text;
     if (known || state.inputs > 1) {
-        if (bar_width > 0) {
-            const auto full = static_cast<size_t>(share * static_cast<double>(bar_width));
-            text = fmt::format("[{}{}] ", std::string(full, '#'), std::string(bar_width - full, '.'));
-        }
+        text += bar ? barText(share, stream ? kBarOfStream : kBarOfFiles) : "";
         text += fmt::format("{:3.0f}% ", share * 100.0);
     }
     text += coarseClock(state.position_s);
     if (known) {
         text += '/' + coarseClock(*state.length_s);
     }
-    text += fmt::format(", {:.1f}x", speed);
+    text += fmt::format(", {:.{}f}x", state.speed, stream ? 2 : 1);
+    if (stream) {
+        return text + fmt::format(", {} video, {} audio frames", state.video_frames, state.audio_frames);
+    }
     if (share > 0.0) {
         text += fmt::format(", {} to go", coarseClock(state.elapsed_s * (1.0 - share) / share));
     }
@@ -53,8 +60,9 @@ std::string progressText(const ProgressState& state, size_t bar_width) {
     return text;
 }
 
-Progress::Progress(size_t inputs, bool quiet) : slots_(inputs), terminal_(isatty(STDERR_FILENO) == 1) {
-    if (!quiet) {
+Progress::Progress(Console& console, ProgressOf what, size_t inputs)
+    : console_(console), what_(what), slots_(inputs) {
+    if (what == ProgressOf::kFiles || (what == ProgressOf::kStream && console.showsStatus())) {
         thread_ = std::thread([this] { run(); });
     }
 }
@@ -66,43 +74,39 @@ Progress::~Progress() {
     {
         const std::lock_guard lock(mutex_);
         stopping_ = true;
-        clearBar();
     }
     ended_.notify_all();
     thread_.join();
-}
-
-void Progress::withoutBar(const std::function<void()>& print) {
-    const std::lock_guard lock(mutex_);
-    clearBar();
-    print();
+    console_.status("");
 }
 
 void Progress::run() {
+    const bool live = console_.showsStatus();
     std::unique_lock lock(mutex_);
     milliseconds wait = kFirst;
     while (!ended_.wait_for(lock, wait, [this] { return stopping_; })) {
-        if (terminal_) {
-            // A bar that wraps could not be drawn over.
-            writeError('\r' + progressText(state(), kBarWidth).substr(0, terminalColumns() - 1) + "\x1b[K");
-            bar_shown_ = true;
+        const std::string text = progressText(state(steady_clock::now()), what_, live);
+        if (live) {
+            console_.status(text);
         } else {
-            writeError(progressText(state(), 0) + '\n');
+            console_.aside([&] { writeError(text + '\n'); });
         }
-        wait = terminal_ ? kBarEvery : kLineEvery;
+        wait = live ? kStatusEvery : kLineEvery;
     }
 }
 
-ProgressState Progress::state() const {
+ProgressState Progress::state(TimePoint now) {
     ProgressState all;
     all.inputs = slots_.size();
-    all.elapsed_s = std::chrono::duration<double>(std::chrono::steady_clock::now() - start_).count();
+    all.elapsed_s = std::chrono::duration<double>(now - start_).count();
     all.length_s = 0.0;
     for (const Slot& slot : slots_) {
         const double position_s = slot.position_s;
         const double length_s = slot.done ? position_s : slot.length_s.load();
         all.position_s += position_s;
         all.events += slot.events;
+        all.video_frames += slot.video_frames;
+        all.audio_frames += slot.audio_frames;
         all.inputs_done += slot.done ? size_t{1} : size_t{0};
         if (slot.done) {
             all.inputs_share += 1.0;
@@ -116,14 +120,20 @@ ProgressState Progress::state() const {
         }
     }
     all.inputs_share /= static_cast<double>(slots_.size());
+    measureSpeed(all);
     return all;
 }
 
-void Progress::clearBar() {
-    if (bar_shown_) {
-        writeError("\r\x1b[K");
-        bar_shown_ = false;
+/// Of a stream over the last seconds, so that one sees it falter.
+void Progress::measureSpeed(ProgressState& state) {
+    const double since_s = state.elapsed_s - mark_.elapsed_s;
+    if (what_ == ProgressOf::kFiles) {
+        speed_ = since_s > 0.0 ? state.position_s / since_s : 0.0;
+    } else if (since_s >= kSpeedWindowS || (speed_ == 0.0 && since_s > 0.0)) {
+        speed_ = (state.position_s - mark_.position_s) / since_s;
+        mark_ = state;
     }
+    state.speed = speed_;
 }
 
 }  // namespace zel_monitor

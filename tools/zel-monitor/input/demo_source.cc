@@ -3,40 +3,41 @@
 #include <fmt/format.h>
 #include <span>
 
+#include "input/fault_filters.h"
+
 namespace zel_monitor {
 namespace {
 
-/// One stretch of the demo stream: what it is, and the FFmpeg filters that make it.
+/// One stretch of the demo stream: what it is, and the FFmpeg filters that make it of the source.
 struct Stretch {
     int seconds;
     std::string_view caption;
-    std::string_view filters;
+    std::string_view filters = "null";
+    std::string_view source = {};  ///< instead of the one that most stretches share
 };
 
-/// What every stretch starts from, unless it makes its own: a moving, well-exposed picture and speech. The
-/// base is named by "BASE" in the tables.
+/// What most stretches start from: a moving, well-exposed picture, and speech.
 constexpr std::string_view kPicture = "testsrc2=s=640x360:r=25,scroll=h=0.02:v=0.01";
 constexpr std::string_view kSpeech =
     "flite=voice=slt:text='The ship left the harbour at dawn and sailed along the coast. "
     "The captain watched the weather and wrote a long letter to his family. "
     "In the evening the wind grew stronger and the crew took in the sails.'";
 
+constexpr Stretch faulty(int seconds, std::string_view kind, std::string_view source = {}) {
+    const FaultFilter& fault = faultFilter(kind);
+    return {seconds, fault.seen, fault.filters, source};
+}
+
 constexpr Stretch kPictures[] = {
-    {10, "normal picture", "BASE"},
-    {5, "black picture", "color=black:s=640x360:r=25"},
-    {5, "green picture", "color=black:s=640x360:r=25,lutyuv=y=0:u=0:v=0"},
-    {5, "blocky picture", "BASE,scale=80:45,noise=c0s=100:c0f=t,scale=640:360:flags=neighbor"},
-    {5, "frozen picture", "BASE,loop=loop=-1:size=1"},
-    {5, "under-exposed picture", "BASE,lutyuv=y=16+(val-16)*0.3"},
-    {5, "over-exposed picture", "BASE,lutyuv=y=min(val+110\\,235)"},
-    {12, "normal picture", "BASE"},
+    {10, "normal picture"}, faulty(5, "black"),        faulty(5, "green"),       faulty(5, "block"),
+    faulty(5, "freeze"),    faulty(5, "underexposed"), faulty(5, "overexposed"), {12, "normal picture"},
 };
 constexpr Stretch kSounds[] = {
-    {10, "speech", "BASE"},
-    {10, "mute", "anullsrc=r=16000:cl=mono"},
-    {10, "quiet speech", "BASE,volume=0.05"},
-    {10, "loud speech", "BASE,volume=40"},
-    {12, "music without voice",
+    {10, "speech", "anull"},
+    faulty(10, "mute", "anullsrc=r=16000:cl=mono"),  // no speech is made only to be muted
+    faulty(10, "low-voice"),
+    faulty(10, "high-voice"),
+    {12, "music without voice", "anull",
      "aevalsrc='0.2*sin(2*PI*220*t)*(0.5+0.5*sin(2*PI*0.4*t))+0.1*sin(2*PI*330*t)':s=16000"},
 };
 
@@ -64,12 +65,9 @@ std::string sequence(std::span<const Stretch> stretches, std::string_view base, 
     std::string chains;
     std::string labels;
     for (const Stretch& stretch : stretches) {
-        std::string filters(stretch.filters);
-        if (const size_t place = filters.find("BASE"); place != std::string::npos) {
-            filters.replace(place, 4, base);
-        }
+        const std::string_view source = stretch.source.empty() ? base : stretch.source;
         const std::string label = fmt::format("[{}{}]", cut, labels.size());
-        chains += fmt::format("{},{}=end={}{};", filters, cut, stretch.seconds, label);
+        chains += fmt::format("{},{},{}=end={}{};", source, stretch.filters, cut, stretch.seconds, label);
         labels += label;
     }
     return chains + labels + fmt::format("concat=n={}:{}", stretches.size(), join);

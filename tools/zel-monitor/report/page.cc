@@ -1,17 +1,35 @@
 #include "report/page.h"
 
+#include <zel/events/kinds.h>
+
+#include <fmt/format.h>
+
 #include "report/page_template.h"
 
 namespace zel_monitor {
 namespace {
 
-/// JSON that may stand inside a script element: no text in it can end the element.
-std::string scriptText(const nlohmann::ordered_json& data) {
-    std::string text = data.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+using Json = nlohmann::ordered_json;
+
+/// A script element with data of this id. No text in it can end the element.
+std::string dataElement(std::string_view id, const Json& data) {
+    std::string text = data.dump(-1, ' ', false, Json::error_handler_t::replace);
     for (size_t at = text.find('<'); at != std::string::npos; at = text.find('<', at)) {
         text.replace(at, 1, "\\u003c");
     }
-    return text;
+    return fmt::format("<script id=\"{}\" type=\"application/json\">{}</script>\n", id, text);
+}
+
+Json kindsJson() {
+    Json kinds = Json::array();
+    for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
+        kinds.push_back({{"name", info.name},
+                         {"colour", info.colour},
+                         {"source", nameOf(info.source)},
+                         {"unit", info.unit},
+                         {"meaning", info.meaning}});
+    }
+    return kinds;
 }
 
 }  // namespace
@@ -20,12 +38,18 @@ bool hasPage() {
     return !pageTemplate().empty();
 }
 
-std::string pageHtml(const nlohmann::ordered_json& data) {
+std::string pageHtml(const Json& data) {
+    // A record per element: the page takes apart only those that it shows.
+    std::string elements = dataElement("data", {{"report", data.at("report")}, {"kinds", kindsJson()}});
+    const Json& records = data.at("records");
+    for (size_t i = 0; i < records.size(); ++i) {
+        elements += dataElement(fmt::format("record-{}", i), records[i]);
+    }
     std::string html;
     for (const std::string_view piece : pageTemplate()) {
         html += piece;
     }
-    return html.replace(html.find(kPageDataMark), kPageDataMark.size(), scriptText(data));
+    return html.replace(html.find(kPageDataMark), kPageDataMark.size(), elements);
 }
 
 }  // namespace zel_monitor

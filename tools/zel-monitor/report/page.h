@@ -9,7 +9,8 @@ namespace zel_monitor {
 /// Whether this program was built with the page.
 bool hasPage();
 
-/// The self-contained page that shows `data`: {"report": ..., "records": [one per input]}.
+/// The self-contained page that shows `data`: {"report": ..., "records": [one per input]}. The kinds' names,
+/// colours and meanings come from the table of kinds.
 std::string pageHtml(const nlohmann::ordered_json& data);
 
 }  // namespace zel_monitor

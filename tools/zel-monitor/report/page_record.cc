@@ -1,5 +1,7 @@
 #include "report/page_record.h"
 
+#include <zel/events/analyser.h>
+
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -42,18 +44,18 @@ nlohmann::ordered_json curveJson(const Series& series, double scale) {
 
 PageRecord::PageRecord(double frame_rate)
     : luma_(frame_rate > 0.0 ? std::max(kCurveStepS, 2.0 / frame_rate) : kCurveStepS),
-      level_(kSilencePeriodS),
-      voice_(kVoicePeriodS) {}
+      level_(ZEL::EventAnalyser::kSilencePeriodS),
+      voice_(ZEL::EventAnalyser::kVoicePeriodS) {}
 
-void PageRecord::onPicture(const Picture& picture, double time_s) {
-    current_ = &picture;
+void PageRecord::onFrame(const ZELAlgo::ZELVideoPlanes& planes, double time_s) {
+    current_ = planes;
     current_s_ = time_s;
     current_small_.reset();
     if (wantsThumbnails() &&
         (recent_.empty() || time_s - recent_.back()->time_s + ZEL::kSlackS >= kSnapshotStepS)) {
         remember(snapshot());
     }
-    luma_.add(time_s, meanLuma(picture.planes));
+    luma_.add(time_s, meanLuma(planes));
 }
 
 void PageRecord::onSilencePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result) {
@@ -66,7 +68,7 @@ void PageRecord::onVoicePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResu
 
 /// The picture at hand is the first of what is seen. When something else is noticed, its start is past, and
 /// told only by the event; so the pictures around this time are kept until then.
-void PageRecord::onRunBegan(ZEL::EventKind kind) {
+void PageRecord::onSuspected(ZEL::EventKind kind) {
     Run& run = runs_[indexOf(kind)];
     run = {};
     if (!wantsThumbnails()) {
@@ -75,7 +77,7 @@ void PageRecord::onRunBegan(ZEL::EventKind kind) {
     if (infoOf(kind).source != ZEL::EventSource::kVideo) {
         run = {.followed = true, .around_start = recent_};
     }
-    if (current_ != nullptr) {
+    if (current_) {
         run.around_start.push_back(snapshot());
     }
 }
@@ -89,7 +91,7 @@ void PageRecord::onEvent(const ZEL::Event& event) {
     if (after == pictures.begin() || !wantsThumbnails()) {
         return;
     }
-    if (const FrameHandle& first = (*--after)->small) {
+    if (const SmallFrame& first = (*--after)->small) {
         thumbnails_.push_back({event.kind, event.span.start_s, jpegAddress(*first)});
     }
 }

@@ -1,15 +1,19 @@
 #ifndef ZEL_TOOLS_REPORT_PAGE_RECORD_H_
 #define ZEL_TOOLS_REPORT_PAGE_RECORD_H_
 
+#include <zel/algo/algo_types.h>
+#include <zel/events/event.h>
+#include <zel/events/kinds.h>
+
 #include <deque>
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "report/series.h"
 #include "report/thumbnail.h"
-#include "scan/analyser.h"
 
 namespace zel_monitor {
 
@@ -20,10 +24,11 @@ class PageRecord {
   public:
     explicit PageRecord(double frame_rate);
 
-    void onPicture(const Picture& picture, double time_s);
+    /// A frame begins to show at `time_s`; what `planes` points to stays valid until the next one.
+    void onFrame(const ZELAlgo::ZELVideoPlanes& planes, double time_s);
     void onSilencePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result);
     void onVoicePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result);
-    void onRunBegan(ZEL::EventKind kind);
+    void onSuspected(ZEL::EventKind kind);
     void onEvent(const ZEL::Event& event);
 
     nlohmann::ordered_json json() const;
@@ -31,7 +36,7 @@ class PageRecord {
   private:
     struct Snapshot {
         double time_s;
-        FrameHandle small;
+        SmallFrame small;
     };
     using Snapshots = std::deque<std::shared_ptr<const Snapshot>>;  // in the order of time
     struct Run {
@@ -52,7 +57,7 @@ class PageRecord {
     Series luma_;
     Series level_;
     Series voice_;
-    const Picture* current_ = nullptr;
+    std::optional<ZELAlgo::ZELVideoPlanes> current_;
     double current_s_ = 0.0;                         // when it began
     std::shared_ptr<const Snapshot> current_small_;  // null until it is wanted
     Thumbnailer thumbnailer_;

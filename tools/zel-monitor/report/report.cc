@@ -4,6 +4,7 @@
 #include <array>
 #include <fmt/format.h>
 
+#include "cli/exit_status.h"
 #include "cli/time_text.h"
 
 namespace zel_monitor {
@@ -57,6 +58,22 @@ Verdict verdictOn(const InputReport& report, const Policy& policy) {
     return violations(report, policy).empty() ? Verdict::kPass : Verdict::kFail;
 }
 
+std::string verdictText(const InputReport& report, const Policy& policy) {
+    const auto faults = violations(report, policy);
+    switch (verdictOn(report, policy)) {
+        case Verdict::kPass:
+            return "PASS";
+        case Verdict::kFail:
+            return fmt::format("FAIL: {}", fmt::join(faults, "; "));
+        case Verdict::kIncomplete:
+            return fmt::format("INCOMPLETE, no pass: {}{}{}", *report.problem, faults.empty() ? "" : "; ",
+                               fmt::join(faults, "; "));
+        case Verdict::kNone:
+            break;
+    }
+    return "";
+}
+
 std::string_view nameOf(Verdict verdict) {
     constexpr std::array<std::string_view, 4> kNames{"none", "pass", "fail", "incomplete"};
     return kNames.at(static_cast<size_t>(verdict));
@@ -67,13 +84,13 @@ bool isEmpty(const Policy& policy) {
 }
 
 int exitStatus(const std::vector<InputReport>& reports, const Policy& policy) {
-    int status = kClean;
+    int status = kExitDone;
     for (const InputReport& report : reports) {
         if (report.problem) {
-            return kNotAnalysed;
+            return kExitFailed;
         }
         if (verdictOn(report, policy) == Verdict::kFail) {
-            status = kViolated;
+            status = kExitViolated;
         }
     }
     return status;

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "input/media_source.h"
+#include "cli/media_facts.h"
 
 namespace zel_monitor {
 
@@ -24,6 +24,12 @@ struct Totals {
 
 /// From which length an event of a kind is a violation; kinds without a value are tolerated.
 using Policy = ZEL::PerEventKind<std::optional<double>>;
+
+/// How a scan was set.
+struct ScanSettings {
+    ZEL::EventRules rules = ZEL::defaultEventRules();
+    Policy policy{};
+};
 
 enum class Verdict { kNone, kPass, kFail, kIncomplete };
 
@@ -46,17 +52,14 @@ std::vector<std::string> violations(const InputReport& report, const Policy& pol
 
 /// None without a policy; incomplete comes before pass and fail.
 Verdict verdictOn(const InputReport& report, const Policy& policy);
+/// PASS, FAIL or INCOMPLETE with the reasons; empty without a policy.
+std::string verdictText(const InputReport& report, const Policy& policy);
 std::string_view nameOf(Verdict verdict);
 
 bool isEmpty(const Policy& policy);
 
-/// The program's exit statuses.
-inline constexpr int kClean = 0;
-inline constexpr int kViolated = 1;
-inline constexpr int kUsage = 2;
-inline constexpr int kNotAnalysed = 3;
-
-/// The worst of all inputs: one that was not analysed to its end outweighs a violation.
+/// The exit status: the worst of all inputs, where one that was not analysed to its end
+/// outweighs a violation.
 int exitStatus(const std::vector<InputReport>& reports, const Policy& policy);
 
 }  // namespace zel_monitor

@@ -2,9 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <new>
 #include <vector>
 
 extern "C" {
+#include <libswscale/swscale.h>
+
+#include <libavcodec/avcodec.h>
 #include <libavutil/base64.h>
 }
 
@@ -14,7 +18,23 @@ namespace {
 constexpr int kLongestSide = 160;
 constexpr int kQuality = 4;  // the encoder's quantiser scale: 2 is best
 
-/// One side of the small picture, even.
+struct EncoderRelease {
+    void operator()(AVCodecContext* encoder) const { avcodec_free_context(&encoder); }
+};
+struct PacketRelease {
+    void operator()(AVPacket* packet) const { av_packet_free(&packet); }
+};
+
+/// For FFmpeg's allocation functions, which answer null when memory is short.
+template <typename Handle>
+Handle held(typename Handle::pointer object) {
+    if (object == nullptr) {
+        throw std::bad_alloc();
+    }
+    return Handle(object);
+}
+
+/// One side of the small frame, even.
 int scaled(int side, int longest) {
     return std::max(side * std::min(kLongestSide, longest) / longest, 2) & ~1;
 }
@@ -27,12 +47,19 @@ std::string addressOf(const AVPacket& jpeg) {
 
 }  // namespace
 
-FrameHandle Thumbnailer::shrink(const Picture& picture) {
-    const ZELAlgo::ZELVideoPlanes& planes = picture.planes;
+void SmallFrameRelease::operator()(AVFrame* frame) const {
+    av_frame_free(&frame);
+}
+
+void Thumbnailer::ScalerRelease::operator()(SwsContext* scaler) const {
+    sws_freeContext(scaler);
+}
+
+SmallFrame Thumbnailer::shrink(const ZELAlgo::ZELVideoPlanes& planes) {
     const auto width = static_cast<int>(planes.width);
     const auto height = static_cast<int>(planes.height);
     const int longest = std::max(width, height);
-    FrameHandle small(orOutOfMemory(av_frame_alloc()));
+    auto small = held<SmallFrame>(av_frame_alloc());
     small->format = AV_PIX_FMT_YUVJ420P;
     small->width = scaled(width, longest);
     small->height = scaled(height, longest);
@@ -54,7 +81,7 @@ std::string jpegAddress(const AVFrame& small) {
     if (encoder == nullptr) {
         return "";
     }
-    const CodecHandle codec(orOutOfMemory(avcodec_alloc_context3(encoder)));
+    const auto codec = held<std::unique_ptr<AVCodecContext, EncoderRelease>>(avcodec_alloc_context3(encoder));
     codec->width = small.width;
     codec->height = small.height;
     codec->pix_fmt = AV_PIX_FMT_YUVJ420P;
@@ -62,7 +89,7 @@ std::string jpegAddress(const AVFrame& small) {
     codec->thread_count = 1;
     codec->flags |= AV_CODEC_FLAG_QSCALE;
     codec->global_quality = FF_QP2LAMBDA * kQuality;
-    const PacketHandle jpeg(orOutOfMemory(av_packet_alloc()));
+    const auto jpeg = held<std::unique_ptr<AVPacket, PacketRelease>>(av_packet_alloc());
     const bool made = avcodec_open2(codec.get(), encoder, nullptr) >= 0 &&
                       avcodec_send_frame(codec.get(), &small) >= 0 &&
                       avcodec_receive_packet(codec.get(), jpeg.get()) >= 0;

@@ -1,28 +1,43 @@
 #include "scan/scan_input.h"
 
+#include <zel/events/analyser.h>
+
 #include <algorithm>
+#include <deque>
 #include <exception>
+#include <optional>
+#include <utility>
 
 #include "input/decode_ahead.h"
 #include "input/demo_source.h"
-#include "scan/analyser.h"
 
 namespace zel_monitor {
 namespace {
 
-/// Collects what an analysis finds.
-class Findings : public AnalysisListener {
+/// Collects what the analysis of one input finds.
+class Findings : public ZEL::EventListener {
   public:
     Findings(InputScan& scan, Progress::Slot& progress,
              const std::function<void(const ZEL::Event&)>& on_event)
         : scan_(scan), progress_(progress), on_event_(on_event) {}
 
-    void onRunBegan(ZEL::EventKind kind) override {
+    /// Keeps a picture that is fed next, because the analyser does not. It stays until it was shown.
+    const Picture& keep(Picture picture) {
+        waiting_.push_back(std::move(picture));
+        return waiting_.back();
+    }
+    /// The picture that was kept last was not taken.
+    void forgetLast() { waiting_.pop_back(); }
+
+    void onSuspected(ZEL::EventKind kind) override {
         if (scan_.record) {
-            scan_.record->onRunBegan(kind);
+            scan_.record->onSuspected(kind);
         }
     }
-    void onEvent(const ZEL::Event& event) override {
+    void onCleared(const ZEL::Event& event) override {
+        if (!event.counts()) {
+            return;
+        }
         scan_.report.events.push_back(event);
         ++progress_.events;
         if (scan_.record) {
@@ -30,9 +45,12 @@ class Findings : public AnalysisListener {
         }
         on_event_(event);
     }
-    void onPicture(const Picture& picture, double time_s) override {
+    /// Frames get their places in the order in which they were fed.
+    void onFrame(const ZEL::FrameMeasurement& frame) override {
+        shown_ = std::move(waiting_.front());
+        waiting_.pop_front();
         if (scan_.record) {
-            scan_.record->onPicture(picture, time_s);
+            scan_.record->onFrame(shown_->planes, frame.start_s);
         }
     }
     void onSilencePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result) override {
@@ -50,21 +68,40 @@ class Findings : public AnalysisListener {
     InputScan& scan_;
     Progress::Slot& progress_;
     const std::function<void(const ZEL::Event&)>& on_event_;
+    std::deque<Picture> waiting_;   // without a place in the stream yet
+    std::optional<Picture> shown_;  // while the record may look at it
 };
+
+void feed(ZEL::EventAnalyser& analyser, Findings& findings, Picture picture) {
+    const double time_s = picture.time;  // the picture may be placed, and gone, within the call
+    const double duration_s = picture.duration;
+    const ZELAlgo::ZELVideoPlanes planes = findings.keep(std::move(picture)).planes;
+    if (!analyser.feedVideo(planes, time_s, duration_s)) {
+        findings.forgetLast();
+    }
+}
+
+void feed(ZEL::EventAnalyser& analyser, Findings& /*findings*/, const Sound& sound) {
+    analyser.feedAudio({.sample_rate = static_cast<uint32_t>(sound.sample_rate),
+                        .samples = static_cast<uint32_t>(sound.samples),
+                        .channels = static_cast<uint32_t>(sound.channels),
+                        .data = sound.data},
+                       sound.time);
+}
 
 void analyse(MediaSource& source, const ZEL::EventRules& rules, InputScan& scan, Progress::Slot& progress,
              Findings& findings, const std::atomic<bool>& stop) {
     InputReport& report = scan.report;
     const auto& video = report.facts.video;
-    const ZEL::StreamTracks tracks{.video = video.has_value(),
-                                   .audio = report.facts.audio.has_value(),
-                                   .still_picture = video && video->still};
-    Analyser analyser(rules, tracks, findings);
+    ZEL::EventAnalyser analyser(findings, {.tracks = {.video = video.has_value(),
+                                                      .audio = report.facts.audio.has_value(),
+                                                      .still = video && video->still},
+                                           .rules = rules});
     {
         DecodeAhead ahead(source);
         try {
             while (std::optional<MediaItem> item = ahead.next()) {
-                std::visit([&](auto& content) { analyser.take(std::move(content)); }, *item);
+                std::visit([&](auto& content) { feed(analyser, findings, std::move(content)); }, *item);
                 progress.position_s = analyser.reached();
             }
         } catch (const MediaError& error) {
@@ -75,7 +112,7 @@ void analyse(MediaSource& source, const ZEL::EventRules& rules, InputScan& scan,
     const bool anything = report.counts.pictures + report.counts.sounds > 0;
     const auto declared_s =
         anything && !stop && !report.facts.duration_estimated ? report.facts.duration : std::nullopt;
-    analyser.finish(declared_s);
+    analyser.endOfStream(declared_s);
     report.length_s = analyser.reached();
     if (!report.problem && source.shortfall()) {
         report.problem = source.shortfall()->detail;

@@ -8,13 +8,14 @@
 #include <string_view>
 #include <utility>
 
+#include "cli/command_line.h"
 #include "cli/file_names.h"
 #include "cli/time_text.h"
 
 namespace zel_monitor {
 namespace {
 
-constexpr unsigned kMostJobs = 64;
+constexpr int kMostJobs = 64;
 
 double seconds(const std::string& option, std::string_view text) {
     const auto value = parseSeconds(text);
@@ -77,51 +78,88 @@ void setMinimum(const std::string& option, ScanOptions& options, Given& given, Z
     if (std::exchange(given.minimum[indexOf(kind)], true)) {
         throw CLI::ValidationError(option, fmt::format("{} is given twice", infoOf(kind).name));
     }
-    options.rules[indexOf(kind)].min_s = seconds;
+    options.settings.rules[indexOf(kind)].min_s = seconds;
 }
 
 /// Whoever names the length from which an event is a violation wants events that short to be found.
 void applyLimits(ScanOptions& options, const Given& given) {
     for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
         const size_t i = indexOf(info.kind);
-        double& min_s = options.rules[i].min_s;
-        if (!given.limit[i] || min_s <= *options.policy[i]) {
+        double& min_s = options.settings.rules[i].min_s;
+        if (!given.limit[i] || min_s <= *options.settings.policy[i]) {
             continue;
         }
         if (given.minimum[i]) {
             throw CLI::ValidationError(
                 "--fail-on", fmt::format("{0}={1:g}s is shorter than the shortest event, --min {0}={2:g}s",
-                                         info.name, *options.policy[i], min_s));
+                                         info.name, *options.settings.policy[i], min_s));
         }
-        min_s = *options.policy[i];
+        min_s = *options.settings.policy[i];
     }
+}
+
+void addFormats(CLI::App& command, ScanOptions& options) {
+    auto* const group = command.add_option_group("Output");
+    std::vector<CLI::Option*> exclusive;
+    for (const ReportFormat& format : kReportFormats) {
+        if (format.option == nullptr) {
+            continue;
+        }
+        if (format.has_own_file) {
+            group
+                ->add_option_function<std::string>(
+                    format.option,
+                    [&options, &format](const std::string& file) {
+                        if (namesStandardOutput(file)) {
+                            throw CLI::ValidationError(format.option, "needs a file");
+                        }
+                        options.beside.push_back({&format, file});
+                    },
+                    format.help)
+                ->type_name("FILE");
+            continue;
+        }
+        CLI::Option* const flag = group->add_flag_callback(
+            format.option, [&options, &format] { options.format = &format; }, format.help);
+        for (CLI::Option* const other : exclusive) {
+            other->excludes(flag);
+        }
+        exclusive.push_back(flag);
+    }
+    group->add_option("-o,--output", options.output, "Write there instead of to standard output (-)")
+        ->type_name("FILE");
+    group->add_flag("-y,--overwrite", options.overwrite, "Overwrite files that exist");
+    group->add_flag("-q,--quiet", options.quiet,
+                    "No progress on standard error, and beside -o no verdicts on standard output");
 }
 
 }  // namespace
 
-CLI::App* addScanCommand(CLI::App& app, ScanOptions& options) {
-    CLI::App* const command = app.add_subcommand("scan", "Find out when a file is broken, and how");
-    command->footer(
+void addScanOptions(CLI::App& command, ScanOptions& options) {
+    command.footer(
         "Exit status: 0 clean, 1 an input violates --fail-on, 2 usage, 3 an input could not be analysed to "
         "its end, or an output not be written.");
     // Options that take any number of words read "[a,b]" as a list. This one takes a fixed number, which is
     // never reached, so that such a name stays one.
-    command->add_option("INPUT", options.inputs, "Files, URLs, or - for standard input")
+    command.add_option("INPUT", options.inputs, "Files, URLs, or - for standard input")
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->allow_extra_args(false)
-        ->expected(CLI::detail::expected_max_vector_size - 1, CLI::detail::expected_max_vector_size);
+        ->expected(CLI::detail::expected_max_vector_size - 1, CLI::detail::expected_max_vector_size)
+        ->type_name("");
     const auto given = std::make_shared<Given>();
-    command->add_flag("--list-detectors", options.list_detectors,
-                      "List the kinds of faults, with the defaults");
-    addPerKind(*command, "--min", "Shortest event of a kind", false,
+    command.add_flag("--list-detectors", options.list_detectors,
+                     "List the kinds of faults, with the defaults");
+    command.add_flag("--schema", options.schema, "Print the JSON Schema of the --json report");
+    addPerKind(command, "--min", "Shortest event of a kind", false,
                [&options, given](ZEL::EventKind k, std::optional<double> s) {
                    setMinimum("--min", options, *given, k, *s);
                });
-    addPerKind(
-        *command, "--gap", "How long without the fault ends an event", false,
-        [&options](ZEL::EventKind k, std::optional<double> s) { options.rules[indexOf(k)].gap_s = *s; });
+    addPerKind(command, "--gap", "How long without the fault ends an event", false,
+               [&options](ZEL::EventKind k, std::optional<double> s) {
+                   options.settings.rules[indexOf(k)].gap_s = *s;
+               });
     command
-        ->add_option_function<std::string>(
+        .add_option_function<std::string>(
             "--stall",
             [&options, given](const std::string& text) {
                 setMinimum("--stall", options, *given, ZEL::EventKind::kStall, seconds("--stall", text));
@@ -129,45 +167,27 @@ CLI::App* addScanCommand(CLI::App& app, ScanOptions& options) {
             "Shortest gap in the timestamps that is an event; as --min stall=TIME")
         ->type_name("TIME");
     addPerKind(
-        *command, "--fail-on",
+        command, "--fail-on",
         "Exit with 1 if an event of the kind is this long, which lowers --min to that; without a time: "
         "if there is any event",
         true, [&options, given](ZEL::EventKind k, std::optional<double> s) {
-            options.policy[indexOf(k)] = s.value_or(0.0);
+            options.settings.policy[indexOf(k)] = s.value_or(0.0);
             given->limit[indexOf(k)] = s.has_value();
         });
+    addFormats(command, options);
+    command.add_option("-j,--jobs", options.jobs, "Inputs to scan at the same time, 1 to 64")
+        ->check(wholeNumberFrom(1, kMostJobs))
+        ->type_name("N");
 
-    auto* const formats = command->add_option_group("Output");
-    const auto add_format = [&](const char* name, Format format, const char* help) {
-        return formats->add_flag_callback(
-            name, [&options, format] { options.format = format; }, help);
-    };
-    auto* const json = add_format("--json", Format::kJson, "One JSON object at the end");
-    auto* const lines = add_format("--jsonl", Format::kJsonLines, "One JSON object per event, as it ends");
-    auto* const csv = add_format("--csv", Format::kCsv, "One line per event");
-    json->excludes(lines)->excludes(csv);
-    lines->excludes(csv);
-    formats->add_option("-o,--output", options.output, "Write there instead of to standard output (-)")
-        ->type_name("FILE");
-    formats->add_option("--html", options.html, "Also write a page with the timeline")->type_name("FILE");
-    formats->add_flag("-y,--overwrite", options.overwrite, "Overwrite files that exist");
-    formats->add_flag("-q,--quiet", options.quiet, "No progress on standard error");
-    command->add_option("-j,--jobs", options.jobs, "Inputs to scan at the same time")
-        ->check(CLI::Range(1U, kMostJobs));
-
-    command->final_callback([&options, given] {
+    command.final_callback([&options, given] {
         applyLimits(options, *given);
-        if (options.inputs.empty() && !options.list_detectors) {
+        if (options.inputs.empty() && !options.list_detectors && !options.schema) {
             throw CLI::RequiredError("INPUT");
-        }
-        if (namesStandardOutput(options.html)) {
-            throw CLI::ValidationError("--html", "a page needs a file");
         }
         if (namesStandardOutput(options.output)) {
             options.output.clear();
         }
     });
-    return command;
 }
 
 }  // namespace zel_monitor

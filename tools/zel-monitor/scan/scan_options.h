@@ -1,11 +1,10 @@
 #ifndef ZEL_TOOLS_SCAN_SCAN_OPTIONS_H_
 #define ZEL_TOOLS_SCAN_SCAN_OPTIONS_H_
 
-#include <zel/events/kinds.h>
-
 #include <string>
 #include <vector>
 
+#include "report/formats.h"
 #include "report/report.h"
 
 namespace CLI {
@@ -14,24 +13,28 @@ class App;
 
 namespace zel_monitor {
 
-enum class Format { kTable, kJson, kJsonLines, kCsv };
+/// A format that comes beside the main one, in a file of its own.
+struct FormatFile {
+    const ReportFormat* format;
+    std::string file;
+};
 
 struct ScanOptions {
     std::vector<std::string> inputs;
-    ZEL::EventRules rules = ZEL::defaultEventRules();
-    Policy policy;
-    Format format = Format::kTable;
+    ScanSettings settings;
+    const ReportFormat* format = kReportFormats.data();
     std::string output;  ///< empty: standard output
-    std::string html;    ///< empty: no page
+    std::vector<FormatFile> beside;
     bool overwrite = false;
     bool quiet = false;
     bool list_detectors = false;
+    bool schema = false;
     unsigned jobs = 1;
 };
 
-/// Adds the command "scan" to `app`; when it is parsed, `options` holds what was asked for. `options`
-/// outlives the parsing.
-CLI::App* addScanCommand(CLI::App& app, ScanOptions& options);
+/// Adds the options to a command; when it was parsed, `options`, which outlives the parsing, holds what was
+/// asked for.
+void addScanOptions(CLI::App& command, ScanOptions& options);
 
 }  // namespace zel_monitor
 

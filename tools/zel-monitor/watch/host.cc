@@ -7,7 +7,7 @@
 #include <string_view>
 #include <utility>
 
-#include "watch/packed_picture.h"
+#include "watch/packed_frame.h"
 
 namespace zel_monitor {
 namespace {
@@ -45,9 +45,9 @@ void setHandler(Host::ReportHandler handler) {
 }  // namespace
 
 Host::Host(const HostSettings& settings, ReportHandler handler)
-    : handle_(init_handle_with_interval(settings.interval)) {
+    : handler_(std::move(handler)), handle_(init_handle_with_interval(settings.interval)) {
     receiver().audio.store(settings.audio);
-    setHandler(std::move(handler));
+    setHandler([this](const ReportMap& report) { take(report); });
     set_cobalt_bool_callback(&answerSwitch);
     set_tlm_upload_callback(&takeReport);
     set_heart_beat_timer_switch_listener(
@@ -67,24 +67,35 @@ void Host::stop() {
     stop_zel_session(handle_);
 }
 
-bool Host::feed(const Picture& picture) {
-    packPlanes(picture.planes, packed_);
-    return feed_video_frame(handle_, packed_.data(), static_cast<int>(picture.planes.width),
-                            static_cast<int>(picture.planes.height), next_picture_++);
+bool Host::feed(const Picture& frame) {
+    packPlanes(frame.planes, packed_);
+    return feed_video_frame(handle_, packed_.data(), static_cast<int>(frame.planes.width),
+                            static_cast<int>(frame.planes.height), static_cast<int64_t>(fed_.video++));
 }
 
-bool Host::feed(const Sound& sound) {
+bool Host::feed(const Sound& audio) {
     // In packets of 10 ms, since the library takes one such step of digital silence per packet.
-    const int packet = std::max(sound.sample_rate / 100, 1);
+    const int packet = std::max(audio.sample_rate / 100, 1);
     bool accepted = true;
-    for (int begin = 0; begin < sound.samples; begin += packet) {
-        const int16_t* const data = sound.data + static_cast<ptrdiff_t>(begin) * sound.channels;
-        const auto samples = static_cast<uint64_t>(std::min(packet, sound.samples - begin));
+    for (int begin = 0; begin < audio.samples; begin += packet) {
+        const int16_t* const data = audio.data + static_cast<ptrdiff_t>(begin) * audio.channels;
+        const auto samples = static_cast<uint64_t>(std::min(packet, audio.samples - begin));
         accepted = feed_audio_frame(handle_, reinterpret_cast<const uint8_t*>(data), samples, sizeof(int16_t),
-                                    sound.sample_rate, sound.channels, next_sound_++) &&
+                                    audio.sample_rate, audio.channels, static_cast<int64_t>(fed_.audio++)) &&
                    accepted;
     }
     return accepted;
+}
+
+std::optional<ZEL::QueueDrops> Host::drops() const {
+    return ZEL::queueDropsOfSession(session_id_.load());
+}
+
+void Host::take(const ReportMap& report) {
+    if (const auto id = report.find("zel_token"); id != report.end()) {
+        session_id_.store(std::stoll(id->second));
+    }
+    handler_(report);
 }
 
 }  // namespace zel_monitor

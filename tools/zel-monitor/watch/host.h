@@ -1,10 +1,13 @@
 #ifndef ZEL_TOOLS_WATCH_HOST_H_
 #define ZEL_TOOLS_WATCH_HOST_H_
 
+#include <zel/session/session.h>
 #include <zel/zel.h>
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <vector>
 
 #include "input/media_item.h"
@@ -33,14 +36,28 @@ class Host {
     /// Delivers the ending heartbeat and the final report before it returns.
     void stop();
 
-    bool feed(const Picture& picture);
-    bool feed(const Sound& sound);
+    bool feed(const Picture& frame);
+    bool feed(const Sound& audio);
+
+    /// How many frames were fed, of audio in the packets in which they were.
+    struct Fed {
+        uint64_t video = 0;
+        uint64_t audio = 0;
+    };
+    Fed fed() const { return fed_; }
+
+    /// Frames that were fed and not examined, in all; none before the first report. Any thread.
+    std::optional<ZEL::QueueDrops> drops() const;
 
   private:
+    /// Learns the session's id from the first report that tells it, and hands on.
+    void take(const ReportMap& report);
+
+    ReportHandler handler_;
+    std::atomic<int64_t> session_id_{0};
     ZELHandle* handle_;
-    std::vector<uint8_t> packed_;  ///< the picture being fed
-    int64_t next_picture_ = 0;
-    int64_t next_sound_ = 0;
+    std::vector<uint8_t> packed_;  ///< the frame being fed
+    Fed fed_;
 };
 
 }  // namespace zel_monitor

@@ -18,20 +18,20 @@ using ZELAlgo::AudioAlgoCreate;
 using ZELAlgo::AudioAlgoDestroy;
 using ZELAlgo::AudioAlgoExecute;
 using ZELAlgo::AudioAlgoHandle_t;
-using ZELAlgo::AudioOutcome;
 using ZELAlgo::SampleRing;
+using ZELAlgo::ZELAudioResult;
 
 class AudioHandle : public testing::Test {
   protected:
     void create(uint32_t sample_rate, uint32_t period_chunks = 1000) {
-        handle_.reset(AudioAlgoCreate(sample_rate));
+        handle_.reset(AudioAlgoCreate({}, sample_rate));
         ASSERT_NE(handle_, nullptr);
         handle_->period_chunks = period_chunks;
     }
 
     int32_t feed(const Samples& samples) {
         return AudioAlgoExecute(handle_.get(), samples.data(), static_cast<uint32_t>(samples.size()),
-                                outcome_);
+                                result_);
     }
 
     int32_t feedHiss(int16_t level, size_t count) { return feed(support::hiss(random_, level, count)); }
@@ -39,7 +39,7 @@ class AudioHandle : public testing::Test {
     int32_t feedChunks(int16_t level, size_t chunks) {
         int32_t code = 1;
         for (size_t i = 0; i < chunks; ++i) {
-            code = feedHiss(level, handle_->chunk);
+            code = feedHiss(level, handle_->meter.chunk());
         }
         return code;
     }
@@ -49,7 +49,7 @@ class AudioHandle : public testing::Test {
         create(sample_rate, 250);
         ASSERT_EQ(feedChunks(1, 250), 0);
         handle_->period_chunks = period_chunks;
-        outcome_ = {};
+        result_ = {};
     }
 
     struct Destroyer {
@@ -58,12 +58,12 @@ class AudioHandle : public testing::Test {
 
     support::Random random_{1};
     std::unique_ptr<AudioAlgoHandle_t, Destroyer> handle_;
-    AudioOutcome outcome_;
+    ZELAudioResult result_{};
 };
 
 TEST_F(AudioHandle, RefusesASampleRateOfZeroWithALogLine) {
     const support::LogCapture log;
-    EXPECT_EQ(AudioAlgoCreate(0), nullptr);
+    EXPECT_EQ(AudioAlgoCreate({}, 0), nullptr);
     EXPECT_EQ(log.messages(), std::vector<std::string>{"vad handle create failed\n"});
     EXPECT_EQ(AudioAlgoDestroy(nullptr), 0);
 }
@@ -79,7 +79,7 @@ TEST_F(AudioHandle, ClosesAPeriodWithTheFrameThatCompletesItsLastChunk) {
                 fed += frame;
             }
             EXPECT_EQ(feedHiss(700, frame), 0) << sample_rate << ' ' << frame;
-            EXPECT_EQ(outcome_.audio_level, 700U);
+            EXPECT_EQ(result_.audio_level, 700U);
             EXPECT_EQ(feedHiss(700, 1), 1);
         }
     }
@@ -97,9 +97,9 @@ TEST_F(AudioHandle, TakesAnySoundForVoiceUntilItHasHeardTwoSeconds) {
     // The history is empty at first, and so is the floor that the first spectrum sets.
     create(48'000, 200);
     EXPECT_EQ(feedChunks(50, 200), 0);
-    EXPECT_EQ(outcome_.voice_scale, 199.0F / 200.0F);
+    EXPECT_EQ(result_.voice_scale_longtime, 199.0F / 200.0F);
     EXPECT_EQ(feedChunks(50, 200), 0);
-    EXPECT_LT(outcome_.voice_scale, 0.02F);
+    EXPECT_LT(result_.voice_scale_longtime, 0.02F);
 }
 
 TEST_F(AudioHandle, MeasuresShareAndLevelOfTheVoicedChunks) {
@@ -107,14 +107,14 @@ TEST_F(AudioHandle, MeasuresShareAndLevelOfTheVoicedChunks) {
     feedChunks(1, 5);
     EXPECT_EQ(feedChunks(3000, 5), 0);
     // The spectrum lags a chunk behind: the first loud one still sounds quiet.
-    EXPECT_EQ(outcome_.voice_scale, 0.4F);
-    EXPECT_EQ(outcome_.voice_level, 3000U);
-    EXPECT_EQ(outcome_.audio_level, (5U * 1 + 5U * 3000) / 10);
+    EXPECT_EQ(result_.voice_scale_longtime, 0.4F);
+    EXPECT_EQ(result_.voice_level_longtime, 3000U);
+    EXPECT_EQ(result_.audio_level, (5U * 1 + 5U * 3000) / 10);
 
     // The next period starts from nothing.
     EXPECT_EQ(feedChunks(3000, 10), 0);
-    EXPECT_EQ(outcome_.voice_scale, 1.0F);
-    EXPECT_EQ(outcome_.audio_level, 3000U);
+    EXPECT_EQ(result_.voice_scale_longtime, 1.0F);
+    EXPECT_EQ(result_.audio_level, 3000U);
 }
 
 TEST_F(AudioHandle, CountsSilentChunksForTheLevelButNotForTheShare) {
@@ -122,17 +122,18 @@ TEST_F(AudioHandle, CountsSilentChunksForTheLevelButNotForTheShare) {
     feedChunks(0, 2);
     feedChunks(1, 4);
     EXPECT_EQ(feedChunks(3000, 4), 0);
-    EXPECT_EQ(outcome_.voice_scale, 3.0F / 8.0F);
-    EXPECT_EQ(outcome_.audio_level, (4U * 1 + 4U * 3000) / 10);
+    EXPECT_EQ(result_.voice_scale_longtime, 3.0F / 8.0F);
+    EXPECT_EQ(result_.audio_level, (4U * 1 + 4U * 3000) / 10);
 }
 
 TEST_F(AudioHandle, KeepsTheCallersVoiceLevelWhenNothingWasVoiced) {
     createSettled(5);
-    outcome_ = {.voice_level = 77, .voice_scale = 0.5F, .audio_level = 99};
+    result_.voice_level_longtime = 77;
+    result_.voice_scale_longtime = 0.5F;
     EXPECT_EQ(feedChunks(1, 5), 0);
-    EXPECT_EQ(outcome_.voice_level, 77U);
-    EXPECT_EQ(outcome_.voice_scale, 0.0F);
-    EXPECT_EQ(outcome_.audio_level, 1U);
+    EXPECT_EQ(result_.voice_level_longtime, 77U);
+    EXPECT_EQ(result_.voice_scale_longtime, 0.0F);
+    EXPECT_EQ(result_.audio_level, 1U);
 }
 
 TEST_F(AudioHandle, TakesOneSilentChunkPerFrameAndDropsFramesOnceTheRingIsFull) {
@@ -140,7 +141,7 @@ TEST_F(AudioHandle, TakesOneSilentChunkPerFrameAndDropsFramesOnceTheRingIsFull) 
     const Samples silence(1001, 0);
     for (uint64_t frame = 1; frame < 200; ++frame) {
         ASSERT_EQ(feed(silence), 1);
-        ASSERT_EQ(handle_->chunk_count, frame);
+        ASSERT_EQ(handle_->sums.chunks, frame);
         if (frame <= 45) {
             ASSERT_EQ(handle_->ring.available(), frame * 521);
         } else {  // only every third frame or so finds room
@@ -148,8 +149,8 @@ TEST_F(AudioHandle, TakesOneSilentChunkPerFrameAndDropsFramesOnceTheRingIsFull) 
         }
     }
     EXPECT_EQ(feed(silence), 0);
-    EXPECT_EQ(outcome_.audio_level, 0U);
-    EXPECT_EQ(outcome_.voice_scale, 0.0F);
+    EXPECT_EQ(result_.audio_level, 0U);
+    EXPECT_EQ(result_.voice_scale_longtime, 0.0F);
 }
 
 TEST_F(AudioHandle, ForgetsSilenceThatFillsTheRingToTheLastPlace) {
@@ -160,7 +161,7 @@ TEST_F(AudioHandle, ForgetsSilenceThatFillsTheRingToTheLastPlace) {
     EXPECT_EQ(handle_->ring.freeSpace(), 960U);
     feed(Samples(960, 0));
     EXPECT_EQ(handle_->ring.available(), 0U);
-    EXPECT_EQ(handle_->chunk_count, 48U);
+    EXPECT_EQ(handle_->sums.chunks, 48U);
 }
 
 TEST_F(AudioHandle, LetsSoundBehindSilenceWaitForItsTurn) {
@@ -168,12 +169,12 @@ TEST_F(AudioHandle, LetsSoundBehindSilenceWaitForItsTurn) {
     feed(Samples(3 * 480, 0));
     for (uint64_t silent_chunks = 2; silent_chunks <= 3; ++silent_chunks) {
         feedHiss(100, 480);
-        EXPECT_EQ(handle_->chunk_count, silent_chunks);
-        EXPECT_EQ(handle_->level_sum, 0U);
+        EXPECT_EQ(handle_->sums.chunks, silent_chunks);
+        EXPECT_EQ(handle_->sums.level, 0U);
     }
     feedHiss(100, 480);
-    EXPECT_EQ(handle_->chunk_count, 6U);
-    EXPECT_EQ(handle_->level_sum, 300U);
+    EXPECT_EQ(handle_->sums.chunks, 6U);
+    EXPECT_EQ(handle_->sums.level, 300U);
 }
 
 TEST_F(AudioHandle, DropsAFrameThatDoesNotFitAsAWhole) {
@@ -181,12 +182,12 @@ TEST_F(AudioHandle, DropsAFrameThatDoesNotFitAsAWhole) {
     feedHiss(100, 479);
     EXPECT_EQ(feedHiss(100, SampleRing::kCapacity), 1);
     EXPECT_EQ(handle_->ring.available(), 479U);
-    EXPECT_EQ(handle_->chunk_count, 0U);
+    EXPECT_EQ(handle_->sums.chunks, 0U);
 }
 
 TEST_F(AudioHandle, SaysSoWhenThereAreNoSamples) {
     create(48'000);
-    EXPECT_EQ(AudioAlgoExecute(handle_.get(), nullptr, 480, outcome_), -1);
+    EXPECT_EQ(AudioAlgoExecute(handle_.get(), nullptr, 480, result_), -1);
 }
 
 TEST_F(AudioHandle, AddsUpLongChunksInSinglePrecisionInTheOrderOfTheSamples) {
@@ -196,11 +197,11 @@ TEST_F(AudioHandle, AddsUpLongChunksInSinglePrecisionInTheOrderOfTheSamples) {
     std::fill_n(loud_first.begin(), 2100, INT16_MIN);
     create(384'000, 1);
     EXPECT_EQ(feed(loud_first), 0);
-    EXPECT_EQ(outcome_.audio_level, 2100U * 32768 / kChunk);
+    EXPECT_EQ(result_.audio_level, 2100U * 32768 / kChunk);
 
     const Samples quiet_first(loud_first.rbegin(), loud_first.rend());
     EXPECT_EQ(feed(quiet_first), 0);
-    EXPECT_EQ(outcome_.audio_level, (2100U * 32768 + 1740 * 3) / kChunk);
+    EXPECT_EQ(result_.audio_level, (2100U * 32768 + 1740 * 3) / kChunk);
 }
 
 TEST_F(AudioHandle, ListensToTheOldestThirdOfItsHistory) {
@@ -211,7 +212,7 @@ TEST_F(AudioHandle, ListensToTheOldestThirdOfItsHistory) {
         const Samples loud = support::hiss(random_, 10'000, to - from);
         std::copy(loud.begin(), loud.end(), chunk.begin() + static_cast<std::ptrdiff_t>(from));
         feed(chunk);
-        return handle_->voice_count == 1;
+        return handle_->sums.voiced == 1;
     };
     EXPECT_FALSE(hears(0, 961));  // the window starts with a zero
     EXPECT_TRUE(hears(960, 1280));
@@ -229,7 +230,7 @@ TEST_F(AudioHandle, SurvivesEverySampleRateAndFrameLength) {
             for (size_t i = 0; i < frames; ++i) {
                 const int32_t code = feed(samples);
                 ASSERT_TRUE(code == 0 || code == 1) << sample_rate << ' ' << frame;
-                ASSERT_LE(outcome_.audio_level, 32'768U) << sample_rate << ' ' << frame;
+                ASSERT_LE(result_.audio_level, 32'768U) << sample_rate << ' ' << frame;
             }
         }
     }
@@ -249,7 +250,7 @@ TEST_F(AudioHandle, IsNotCreatedWithoutMemory) {
     const support::LogCapture log;       // keeps the line out of the test's output
     for (const size_t nth : {0U, 1U}) {  // the handle itself, its voice detector
         const support::FailingNew fail(nth);
-        EXPECT_EQ(AudioAlgoCreate(48'000), nullptr) << nth;
+        EXPECT_EQ(AudioAlgoCreate({}, 48'000), nullptr) << nth;
         EXPECT_TRUE(fail.happened());
     }
 }
@@ -259,7 +260,7 @@ TEST_F(AudioHandle, CountsOneEmptyChunkPerFrameBelowAHundredHertz) {
     EXPECT_EQ(feedHiss(1000, 10), 1);
     EXPECT_EQ(feedHiss(1000, 10), 1);
     EXPECT_EQ(feedHiss(1000, 10), 0);
-    EXPECT_EQ(outcome_.audio_level, 0U);
+    EXPECT_EQ(result_.audio_level, 0U);
 }
 
 }  // namespace

@@ -1,5 +1,7 @@
 #include "algo/video/exposure_model.h"
 
+#include <zel/algo/algo_types.h>
+
 #include <vector>
 
 #if defined(__SSE__)
@@ -17,7 +19,6 @@ namespace {
 using ZELAlgo::classifyExposure;
 using ZELAlgo::ExposureFeatures;
 using ZELAlgo::exposureFeatures;
-using ZELAlgo::ExposureType;
 using ZELAlgo::Histogram;
 
 TEST(ExposureFeatures, AreSharesMeanAndThirdMoment) {
@@ -52,15 +53,15 @@ TEST(ExposureModel, NormalIsWhereBothOuterModelsVanish) {
     };
     // z1 = -18.808 M vanishes once 18.808 M - 1701.85 exceeds about 104 (the float curve's end): from M = 97
     // on.
-    EXPECT_EQ(uniform(20), ExposureType::kUnderExposed);
-    EXPECT_EQ(uniform(95), ExposureType::kUnderExposed);
-    EXPECT_EQ(uniform(96), ExposureType::kUnderExposed);
-    EXPECT_EQ(uniform(97), ExposureType::kNormalExposure);
-    EXPECT_EQ(uniform(128), ExposureType::kNormalExposure);
+    EXPECT_EQ(uniform(20), ZELAlgo::kExposureUnder);
+    EXPECT_EQ(uniform(95), ZELAlgo::kExposureUnder);
+    EXPECT_EQ(uniform(96), ZELAlgo::kExposureUnder);
+    EXPECT_EQ(uniform(97), ZELAlgo::kExposureNormal);
+    EXPECT_EQ(uniform(128), ZELAlgo::kExposureNormal);
     // z3 = 33.35 M comes back once it is within about 104 of 6213.6: from M = 184 on.
-    EXPECT_EQ(uniform(183), ExposureType::kNormalExposure);
-    EXPECT_EQ(uniform(184), ExposureType::kOverExposed);
-    EXPECT_EQ(uniform(240), ExposureType::kOverExposed);
+    EXPECT_EQ(uniform(183), ZELAlgo::kExposureNormal);
+    EXPECT_EQ(uniform(184), ZELAlgo::kExposureOver);
+    EXPECT_EQ(uniform(240), ZELAlgo::kExposureOver);
 }
 
 #if defined(__SSE__)
@@ -68,18 +69,18 @@ TEST(ExposureModel, SaysTheSameInAHostThatFlushesSmallNumbersToZero) {
     constexpr unsigned kDenormalsAreZero = 0x0040;
     const unsigned mode = _mm_getcsr();
     _mm_setcsr(mode | _MM_FLUSH_ZERO_ON | kDenormalsAreZero);
-    const ExposureType type = classifyExposure({.bright = 0, .dark = 0, .mean = 96, .skewness = 0});
+    const uint32_t type = classifyExposure({.bright = 0, .dark = 0, .mean = 96, .skewness = 0});
     _mm_setcsr(mode);
-    EXPECT_EQ(type, ExposureType::kUnderExposed);
+    EXPECT_EQ(type, ZELAlgo::kExposureUnder);
 }
 #endif
 
 TEST(ExposureModel, UnderAndOverAreToldApartByTheSecondModel) {
     // A strong third moment keeps the dark model alive at any mean; z2 = 21.14 M decides at 2218.6, M = 105.
     EXPECT_EQ(classifyExposure({.bright = 0, .dark = 0, .mean = 100, .skewness = -300000}),
-              ExposureType::kUnderExposed);
+              ZELAlgo::kExposureUnder);
     EXPECT_EQ(classifyExposure({.bright = 0, .dark = 0, .mean = 120, .skewness = -300000}),
-              ExposureType::kOverExposed);
+              ZELAlgo::kExposureOver);
 }
 
 TEST(ExposureModel, SaysTheSameFromASummaryWhereverThatIsClear) {
@@ -108,11 +109,8 @@ TEST(ExposureModel, SaysTheSameFromASummaryWhereverThatIsClear) {
 TEST(ExposureFrame, WritesNothingThatItWasNotAskedFor) {
     uint32_t screen = 77;
     uint32_t exposure = 77;
-    ZELAlgo::ExposureFrame_t* const state = ZELAlgo::ExposureCreate({.black_ratio = 0.95F,
-                                                                     .green_ratio = 0.95F,
-                                                                     .black_on = false,
-                                                                     .exposure_on = false,
-                                                                     .green_on = true});
+    ZELAlgo::ExposureFrame_t* const state =
+        ZELAlgo::ExposureCreate({.enable_black_screen = false, .enable_exposure = false});
     const uint8_t black[6] = {16, 16, 16, 16, 128, 128};
     EXPECT_EQ(ExposureExecute(state, ZELAlgo::planesOf(black, 2, 2), screen, exposure), 0);
     EXPECT_EQ(screen, 77U);

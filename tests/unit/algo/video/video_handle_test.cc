@@ -32,21 +32,22 @@ Bytes noise(uint32_t width, uint32_t height) {
 TEST(VideoDetectors, RefuseNullWithALogLine) {
     const LogCapture log;
     const Bytes bytes = noise(16, 16);
-    uint32_t first = 0;
-    uint32_t second = 0;
+    uint32_t screen = 0;
+    uint32_t exposed = 0;
+    bool found = false;
     const ZELAlgo::Planes planes = planesOf(bytes.data(), 16, 16);
     const ZELAlgo::Planes nothing = planesOf(nullptr, 16, 16);
     ZELAlgo::ExposureFrame_t exposure{};
     ZELAlgo::BlockFrame_t block{};
     ZELAlgo::StaticFrame_t freeze{};
-    EXPECT_EQ(ZELAlgo::ExposureExecute(nullptr, planes, first, second), 1);
-    EXPECT_EQ(ZELAlgo::ExposureExecute(&exposure, nothing, first, second), 1);
+    EXPECT_EQ(ZELAlgo::ExposureExecute(nullptr, planes, screen, exposed), 1);
+    EXPECT_EQ(ZELAlgo::ExposureExecute(&exposure, nothing, screen, exposed), 1);
     EXPECT_EQ(log.count("ExposureExecute input is Null \n"), 2U);
-    EXPECT_EQ(ZELAlgo::BlockExecute(nullptr, planes, first), 1);
-    EXPECT_EQ(ZELAlgo::BlockExecute(&block, nothing, first), 1);
+    EXPECT_EQ(ZELAlgo::BlockExecute(nullptr, planes, found), 1);
+    EXPECT_EQ(ZELAlgo::BlockExecute(&block, nothing, found), 1);
     EXPECT_EQ(log.count("BlockExecute input is Null \n"), 2U);
-    EXPECT_EQ(ZELAlgo::StaticFrameExecute(nullptr, planes, first), 1);
-    EXPECT_EQ(ZELAlgo::StaticFrameExecute(&freeze, nothing, first), 1);
+    EXPECT_EQ(ZELAlgo::StaticFrameExecute(nullptr, planes, found), 1);
+    EXPECT_EQ(ZELAlgo::StaticFrameExecute(&freeze, nothing, found), 1);
     EXPECT_EQ(log.count("StaticFrameExecute input is Null \n"), 2U);
     ZELAlgo::ExposureDestroy(nullptr);
     ZELAlgo::BlockDestroy(nullptr);
@@ -55,22 +56,20 @@ TEST(VideoDetectors, RefuseNullWithALogLine) {
 }
 
 TEST(VideoDetectors, StopAtTheFirstFailureAndKeepWhatWasFoundBefore) {
-    ZELAlgo::VideoAlgoHandle_t* const handle = ZELAlgo::VideoAlgoCreate({.enable_black_screen = true,
-                                                                         .enable_block = false,
+    ZELAlgo::VideoAlgoHandle_t* const handle = ZELAlgo::VideoAlgoCreate({.enable_block = false,
                                                                          .enable_exposure = false,
                                                                          .enable_green_screen = false,
-                                                                         .enable_staticframe = true,
-                                                                         .black_screen_ratio = 0.95F,
-                                                                         .green_screen_ratio = 0.95F,
-                                                                         .block_param = 20,
-                                                                         .staticframe_param = 0},
+                                                                         .staticframe_param = 0.0F},
                                                                         16, 16);
     const LogCapture log;
-    ZELAlgo::VideoVerdicts verdicts;
+    ZELAlgo::ZELVideoResult result{7, 99, 99, true, false};
     const Bytes black(16 * 16 * 3 / 2, 0);
-    EXPECT_EQ(ZELAlgo::VideoAlgoExecute(handle, planesOf(black.data(), 16, 16), verdicts), -1);
-    EXPECT_EQ(verdicts.screen_type, 1U);
-    EXPECT_EQ(verdicts.is_static, 1U);
+    EXPECT_EQ(ZELAlgo::VideoAlgoExecute(handle, planesOf(black.data(), 16, 16), result), -1);
+    EXPECT_EQ(result.status, 7U);
+    EXPECT_EQ(result.screen_type, ZELAlgo::kScreenBlack);
+    EXPECT_EQ(result.exposure_type, ZELAlgo::kExposureNormal);
+    EXPECT_FALSE(result.is_block);
+    EXPECT_TRUE(result.is_staticframe);
     EXPECT_EQ(log.messages(), std::vector<std::string>{"Staticframe dete process fail ! \n"});
     ZELAlgo::VideoAlgoDestroy(handle);
 }

@@ -7,7 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "watch/packed_picture.h"
+#include "watch/packed_frame.h"
 
 extern "C" {
 #include <libavutil/pixdesc.h>

@@ -15,6 +15,7 @@ export function tick(seconds) {
 
 export const seconds = (value) => `${value.toFixed(3)} s`;
 export const percent = (share) => `${(share * 100).toFixed(1)}%`;
+export const count = (n, word) => `${n} ${word}${n === 1 ? "" : "s"}`;
 
 const entities = { "&": "&amp;", "<": "&lt;", ">": "&gt;", '"': "&quot;", "'": "&#39;" };
 export const escape = (text) => String(text).replace(/[&<>"']/g, (c) => entities[c]);

@@ -1,38 +1,24 @@
-import { clock, escape, percent, seconds } from "./format.js";
-import { colourOf } from "./kinds.js";
-import { drawTimeline } from "./timeline.js";
-
-const { report, records } = JSON.parse(document.getElementById("data").textContent);
-const kinds = Object.keys(report.settings.rules);
-const noRecord = {
-  luma: { step_s: 1, values: [] },
-  audio_level: { step_s: 1, values: [] },
-  voice_share: { step_s: 1, values: [] },
-  thumbnails: [],
-};
+import { clock, count } from "./format.js";
+import { addressOf, readAddress } from "./address.js";
+import { kinds, recordOf, report, resultOf, timesOf } from "./data.js";
+import { Events, framesOf } from "./events.js";
+import { showFilter, watchFilter } from "./filter.js";
+import { watchKeys } from "./keys.js";
+import { badge, Overview, reasons } from "./overview.js";
+import { drawTimeline, sparePageFromWheel } from "./timeline.js";
 
 const byId = (id) => document.getElementById(id);
-let current = 0;
+const around = 2; // seconds shown on either side of a moment
+
+const overview = new Overview();
+const events = new Events();
+let state = readAddress(location.hash); // all that the address tells
+let record;
+let frames = [];
+let shown = []; // indices of the events whose kinds are not hidden
 let timeline;
 
-const mark = (kind) => `<span class="mark" style="background:${colourOf(kind)}"></span>${escape(kind)}`;
-
-function table(head, rows, attributes = () => "") {
-  if (rows.length === 0) {
-    return "<p>None.</p>";
-  }
-  const line = (cells, tag) => cells.map((cell) => `<${tag}>${cell}</${tag}>`).join("");
-  const body = rows.map((cells, i) => `<tr ${attributes(i)}>${line(cells, "td")}</tr>`).join("");
-  return `<table><thead><tr>${line(head, "th")}</tr></thead><tbody>${body}</tbody></table>`;
-}
-
-/// Runs `action(i)` when the i-th of `elements` is clicked, or chosen with the keyboard.
-function onChoice(elements, action) {
-  elements.forEach((element, i) => {
-    element.addEventListener("click", () => action(i));
-    element.addEventListener("keydown", (key) => key.key === "Enter" && action(i));
-  });
-}
+const inputNow = () => report.inputs[state.input];
 
 function factsText({ stream }) {
   const { container, video, audio } = stream;
@@ -42,7 +28,7 @@ function factsText({ stream }) {
     parts.push(`${video.codec} ${video.width}\u00d7${video.height}${rate}`);
   }
   if (audio) {
-    parts.push(`${audio.codec} ${audio.sample_rate} Hz, ${audio.channels} channel${audio.channels === 1 ? "" : "s"}`);
+    parts.push(`${audio.codec} ${audio.sample_rate} Hz, ${count(audio.channels, "channel")}`);
   }
   parts.push(`${clock(stream.analysed_duration_s ?? 0)} analysed`);
   if (stream.damaged > 0) {
@@ -51,124 +37,201 @@ function factsText({ stream }) {
   return parts.filter(Boolean).join(" \u00b7 ");
 }
 
-function showVerdict({ verdict, violations, problem }) {
-  const known = verdict ?? (problem ? "incomplete" : null);
-  const words = {
-    pass: "PASS",
-    fail: `FAIL: ${violations.join("; ")}`,
-    incomplete: [`Not analysed to its end: ${problem}`, ...violations].join("; "),
-  };
-  byId("verdict").hidden = known === null;
-  byId("verdict").dataset.verdict = known ?? "";
-  byId("verdict").textContent = words[known] ?? "";
+/// Keeps the address at what is shown, without a step in the history. Not at every move of a drag, because
+/// browsers refuse too many.
+let later;
+function noteAddress() {
+  clearTimeout(later);
+  later = setTimeout(() => history.replaceState(null, "", addressOf(state)), 200);
 }
 
-/// The picture of each event, in the order of the events; some have none.
-function imagesOf(events, thumbnails) {
-  const found = new Map(thumbnails.map(({ kind, start_s, image }) => [`${kind} ${start_s}`, image]));
-  return events.map(({ kind, start_s }) => found.get(`${kind} ${start_s}`));
-}
-
-function zoomTo({ start_s, end_s }) {
-  const margin = Math.max((end_s - start_s) * 0.5, 1);
-  timeline.show(start_s - margin, end_s + margin);
-  byId("timeline").scrollIntoView({ block: "nearest", behavior: "smooth" });
-}
-
-function showGallery({ stream, events }, images) {
-  const shown = events.map((event, i) => ({ event, image: images[i] })).filter(({ image }) => image);
-  const lacking = stream.video ? events.length - shown.length : 0;
-  byId("gallery-section").hidden = shown.length + lacking === 0;
-  byId("lacking").hidden = lacking === 0;
-  byId("lacking").textContent = `No picture was at hand for ${lacking} of ${events.length} events.`;
-  byId("gallery").innerHTML = shown
-    .map(
-      ({ event, image }) =>
-        `<figure tabindex="0"><img src="${image}" alt="first picture of ${escape(event.kind)}" loading="lazy">` +
-        `<figcaption>${mark(event.kind)}<br><time>${clock(event.start_s)}</time>, ${seconds(event.duration_s)}` +
-        `</figcaption></figure>`,
-    )
-    .join("");
-  onChoice(byId("gallery").querySelectorAll("figure"), (i) => zoomTo(shown[i].event));
-}
-
-function showTables({ totals, events }) {
-  const found = kinds.filter((kind) => totals[kind].events > 0);
-  byId("totals").innerHTML = table(
-    ["Kind", "Events", "Total", "Share of the stream", "Longest", "First at"],
-    found.map((kind) => {
-      const { events: count, total_s, share, longest_s, first_at_s } = totals[kind];
-      return [mark(kind), count, seconds(total_s), percent(share), seconds(longest_s), clock(first_at_s)];
-    }),
-  );
-  byId("events").innerHTML = table(
-    ["Kind", "Start", "End", "Length", "Measured in"],
-    events.map((event) => [
-      mark(event.kind),
-      clock(event.start_s),
-      clock(event.end_s) + (event.open_at_end ? " (open)" : ""),
-      seconds(event.duration_s),
-      percent(event.share),
-    ]),
-    () => 'tabindex="0"',
-  );
-  onChoice(byId("events").querySelectorAll("tbody tr"), (i) => zoomTo(events[i]));
-}
-
-function showInput(index) {
-  current = index;
-  const input = report.inputs[index];
-  const record = records[index] ?? noRecord;
-  const images = imagesOf(input.events, record.thumbnails);
-  document.title = `${input.input} - scan report`;
-  byId("title").textContent = input.input;
+function showInput() {
+  const input = inputNow();
+  const result = resultOf(input);
+  document.title = `${result.toUpperCase()}: ${input.input} - scan report`;
+  byId("title").innerHTML = badge(result);
+  byId("title").append(` ${input.input}`);
   byId("facts").textContent = factsText(input);
-  byId("inputs").value = String(index);
-  showVerdict(input);
-  timeline?.dispose();
-  timeline = drawTimeline(byId("timeline"), { kinds, input, record, images, onEvent: zoomTo });
-  byId("timeline").chart = timeline.chart; // for the console
-  showGallery(input, images);
-  showTables(input);
+  byId("timeline").setAttribute("aria-label", `Timeline of ${input.input}, ${count(input.events.length, "event")}`);
+  record = recordOf(state.input);
+  frames = framesOf(input.events, record.thumbnails);
 }
 
-function showOverview() {
-  const { inputs } = report;
-  if (inputs.length < 2) {
+function showKinds() {
+  const { input: index, hidden } = state;
+  const input = inputNow();
+  shown = [...input.events.keys()].filter((i) => !hidden.has(input.events[i].kind));
+  overview.show(state);
+  byId("reasons").innerHTML = reasons(index, hidden);
+  showFilter(byId("filter"), input.events, hidden);
+  events.show({ index, input, frames, shown, hidden });
+}
+
+/// What the chart is to show: a span as it is, the surroundings of a moment, an event with some room, or all.
+function lookNow() {
+  const [from, to] = state.span;
+  const event = inputNow().events[state.event];
+  const look = { chosen: state.event, time: undefined };
+  if (to !== undefined) {
+    return { ...look, from, to };
+  }
+  if (from !== undefined) {
+    return { ...look, from: from - around, to: from + around, time: from };
+  }
+  if (event) {
+    const room = Math.max((event.end_s - event.start_s) * 0.5, 1);
+    return { ...look, from: event.start_s - room, to: event.end_s + room };
+  }
+  const [first, last] = timesOf(inputNow());
+  return { ...look, from: first, to: last };
+}
+
+function drawChart() {
+  const input = inputNow();
+  const found = new Set(shown.map((i) => input.events[i].kind));
+  timeline?.dispose();
+  timeline = drawTimeline(byId("timeline"), {
+    lanes: kinds.filter(({ name }) => found.has(name)),
+    input,
+    record,
+    frames,
+    shown,
+    look: lookNow(),
+    onEvent: (i) => go(events.address(i)),
+    onMove(from, to) {
+      state.span = timeline.isWhole() && state.event < 0 ? [] : [from, to];
+      noteAddress();
+    },
+  });
+  byId("timeline").chart = timeline.chart; // for the console
+}
+
+/// Shows what differs from `before`; all if there is none.
+function show(before) {
+  const isOther = state.input !== before?.input;
+  const isFiltered = isOther || [...state.hidden].join() !== [...before.hidden].join();
+  if (isOther) {
+    showInput();
+  }
+  if (isFiltered) {
+    showKinds();
+  }
+  if (!shown.includes(state.event)) {
+    state.event = -1;
+  }
+  if (isFiltered) {
+    drawChart();
+  } else {
+    timeline.show(lookNow());
+  }
+  events.choose(state.event);
+}
+
+function change(next) {
+  const before = state;
+  state = next;
+  show(before);
+}
+
+/// Follows a link of the page.
+function go(address) {
+  clearTimeout(later);
+  if (address !== location.hash) {
+    history.pushState(null, "", address);
+  }
+  change(readAddress(address));
+}
+
+/// The same without a step in the history, for keys that may be held down.
+function goOn(address) {
+  change(readAddress(address));
+  noteAddress();
+}
+
+/// To the event after the chosen one, or before it; or else to one from what is seen.
+function goToNeighbour(step) {
+  const all = inputNow().events;
+  const [from] = timeline.view();
+  const ahead = shown.filter((i) => all[i].start_s < from).length;
+  const at = state.event >= 0 ? shown.indexOf(state.event) + step : step > 0 ? ahead : ahead - 1;
+  const event = shown[Math.min(Math.max(at, 0), shown.length - 1)];
+  if (event !== undefined) {
+    goOn(events.address(event));
+  }
+}
+
+function goToEdge(edge) {
+  const event = inputNow().events[state.event];
+  if (event) {
+    goOn(events.address(state.event, [event[edge]]));
+  }
+}
+
+async function copyLink(link) {
+  try {
+    await navigator.clipboard.writeText(link.href);
+    link.textContent = "Copied";
+    setTimeout(() => (link.textContent = "Copy link"), 1500);
+  } catch {
+    prompt("The link to this event:", link.href); // where pages may not write the clipboard
+  }
+}
+
+const prefersStill = matchMedia("(prefers-reduced-motion: reduce)");
+function followClick(click) {
+  const link = click.target.closest("a[href^='#'], tr[data-go]");
+  const isSelection = link?.matches("tr") && String(getSelection()) !== ""; // of the text of a row
+  if (!link || isSelection || click.ctrlKey || click.metaKey || click.shiftKey || click.altKey) {
     return;
   }
-  byId("inputs").hidden = byId("overview-section").hidden = false;
-  byId("inputs").innerHTML = inputs.map(({ input }, i) => `<option value="${i}">${escape(input)}</option>`).join("");
-  byId("inputs").addEventListener("change", () => showInput(Number(byId("inputs").value)));
-  byId("overview").innerHTML = table(
-    ["Input", "Length", "Events", "Result"],
-    inputs.map(({ input, stream, events, verdict, complete }) => [
-      escape(input),
-      clock(stream.analysed_duration_s ?? 0),
-      events.length,
-      escape(verdict ?? (complete ? "complete" : "incomplete")),
-    ]),
-    () => 'tabindex="0"',
-  );
-  onChoice(byId("overview").querySelectorAll("tbody tr"), (i) => {
-    showInput(i);
-    scrollTo({ top: 0 });
-  });
-}
-
-function setTheme(theme) {
-  document.documentElement.dataset.theme = theme;
-  showInput(current);
+  click.preventDefault();
+  if (link.id === "copy") {
+    copyLink(link);
+    return;
+  }
+  const before = state.input;
+  go(link.dataset.go ?? link.getAttribute("href"));
+  const behavior = prefersStill.matches ? "auto" : "smooth";
+  if (state.input === before) {
+    byId("timeline").scrollIntoView({ behavior, block: "nearest" });
+  } else {
+    byId("input").scrollIntoView({ behavior });
+  }
+  byId("timeline").focus({ preventScroll: true });
 }
 
 const prefersDark = matchMedia("(prefers-color-scheme: dark)");
-prefersDark.addEventListener("change", () => setTheme(prefersDark.matches ? "dark" : "light"));
-byId("theme").addEventListener("click", () =>
-  setTheme(document.documentElement.dataset.theme === "dark" ? "light" : "dark"),
-);
-byId("whole").addEventListener("click", () => timeline.showAll());
-addEventListener("resize", () => timeline.resize());
-byId("footer").textContent = `${report.tool.name} ${report.tool.version}, report version ${report.version}`;
+function setTheme(isDark) {
+  document.documentElement.dataset.theme = isDark ? "dark" : "light";
+  drawChart();
+}
 
-showOverview();
-setTheme(prefersDark.matches ? "dark" : "light");
+document.documentElement.dataset.theme = prefersDark.matches ? "dark" : "light";
+show();
+
+prefersDark.addEventListener("change", () => setTheme(prefersDark.matches));
+byId("theme").addEventListener("click", () => setTheme(document.documentElement.dataset.theme !== "dark"));
+byId("whole").addEventListener("click", () => go(addressOf({ input: state.input, hidden: state.hidden })));
+byId("choice").addEventListener("change", ({ target }) =>
+  go(addressOf({ input: Number(target.value), hidden: state.hidden })),
+);
+byId("previous").addEventListener("click", () => goToNeighbour(-1));
+byId("next").addEventListener("click", () => goToNeighbour(1));
+document.addEventListener("click", followClick);
+addEventListener("hashchange", () => change(readAddress(location.hash)));
+watchFilter(
+  byId("filter"),
+  () => state.hidden,
+  (hidden) => {
+    change({ ...state, hidden });
+    noteAddress();
+  },
+);
+sparePageFromWheel(byId("timeline"));
+watchKeys(byId("timeline"), () => timeline, {
+  next: () => goToNeighbour(1),
+  previous: () => goToNeighbour(-1),
+  start: () => goToEdge("start_s"),
+  end: () => goToEdge("end_s"),
+});
+byId("footer").textContent = `${report.tool.name} ${report.tool.version}, report version ${report.version}`;

@@ -15,7 +15,10 @@ endif()
 set(page_source ${CMAKE_CURRENT_LIST_DIR})
 set(page_build ${CMAKE_CURRENT_BINARY_DIR}/page)
 set(page_packages ${page_source}/package.json ${page_source}/package-lock.json ${page_source}/.npmrc)
-set(page_files build.mjs format.js index.html kinds.js main.js style.css timeline.js)
+set(page_files
+  build.mjs index.html
+  main.js address.js data.js events.js filter.js format.js keys.js lanes.js overview.js table.js timeline.js
+  style.css base.css tables.css parts.css phone.css)
 list(TRANSFORM page_files PREPEND ${page_source}/)
 
 add_custom_command(OUTPUT ${page_build}/packages.stamp

@@ -3,18 +3,21 @@ import { CustomChart, LineChart } from "echarts/charts";
 import { AxisPointerComponent, DataZoomComponent, GridComponent, TooltipComponent } from "echarts/components";
 import { SVGRenderer } from "echarts/renderers";
 
-import { clock, escape, percent, seconds, tick } from "./format.js";
-import { colourOf } from "./kinds.js";
+import { clock, percent, seconds, tick } from "./format.js";
+import { timesOf } from "./data.js";
+import { laneSeries, momentSeries } from "./lanes.js";
+import { mark } from "./table.js";
 
 use([CustomChart, LineChart, AxisPointerComponent, DataZoomComponent, GridComponent, TooltipComponent, SVGRenderer]);
 
 const lane = 22;
-const curve = 90;
-const space = 26;
-const left = 104;
-const right = 24;
+const curve = 84;
+const space = 24;
+const left = 96;
+const right = 14;
 const top = 8;
 const slider = 70; // room for the axis and the zoom bar
+const closest = 0.2; // seconds that fill the chart when zoomed in all the way
 
 const fullScale = 32768;
 const quietest = -96;
@@ -37,179 +40,226 @@ function curvesOf(record) {
   ].filter(({ data }) => data.length > 0);
 }
 
-function eventTip(event, image) {
-  const name = `<span class="mark" style="background:${colourOf(event.kind)}"></span><b>${escape(event.kind)}</b>`;
+function eventTip(event, frame) {
   const end = event.open_at_end ? `${clock(event.end_s)}, open at the end` : clock(event.end_s);
-  const picture = image ? `<img src="${image}" alt="first picture">` : "";
+  const image = frame ? `<img src="${frame}" alt="first frame">` : "";
   return (
-    `<div class="tip">${name}<br>${clock(event.start_s)} to ${end}` +
-    `<br>${seconds(event.duration_s)}, measured in ${percent(event.share)}${picture}</div>`
+    `<div class="tip"><b>${mark(event.kind)}</b><br>${clock(event.start_s)} to ${end}` +
+    `<br>${seconds(event.duration_s)}, measured in ${percent(event.share)}${image}</div>`
   );
 }
 
 /// What the curves say at one time; the linked axes bring in the lanes too, which have nothing to add.
 function curveTip(hovered, curves) {
-  const points = hovered.filter(({ seriesIndex }) => seriesIndex > 0);
+  const points = hovered.filter(({ seriesIndex }) => curves[seriesIndex]);
   if (points.length === 0) {
     return "";
   }
   const lines = points.map(({ seriesIndex, seriesName, value }) => {
-    const { digits, unit } = curves[seriesIndex - 1];
+    const { digits, unit } = curves[seriesIndex];
     return `<br>${seriesName} <b>${value[1] === null ? "none" : value[1].toFixed(digits) + unit}</b>`;
   });
   return `<div class="tip">${clock(points[0].value[0])}${lines.join("")}</div>`;
 }
 
-/// Draws the events as bars in one lane per kind.
-function laneSeries(kinds, events) {
-  return {
-    type: "custom",
-    xAxisIndex: 0,
-    yAxisIndex: 0,
-    encode: { x: [0, 1], y: 2 },
-    data: events.map((event) => ({
-      value: [event.start_s, event.end_s, kinds.indexOf(event.kind)],
-      itemStyle: { color: colourOf(event.kind) },
-    })),
-    renderItem(params, api) {
-      const area = params.coordSys;
-      const [start, y] = api.coord([api.value(0), api.value(2)]);
-      const [end] = api.coord([api.value(1), api.value(2)]);
-      const from = Math.max(start, area.x);
-      const to = Math.min(Math.max(end, start + 2), area.x + area.width); // never thinner than can be seen
-      const height = api.size([0, 1])[1] * 0.72;
-      return to < area.x || from > area.x + area.width
-        ? null
-        : {
-            type: "rect",
-            shape: { x: from, y: y - height / 2, width: Math.max(to - from, 0), height, r: 2 },
-            style: { fill: api.visual("color") },
-          };
-    },
-  };
-}
-
-/// The timeline of one input; `show(start, end)` zooms it.
-export function drawTimeline(element, { kinds, input, record, images, onEvent }) {
-  const curves = curvesOf(record);
-  const lanes = kinds.length * lane;
-  const length = Math.max(
-    input.stream.analysed_duration_s ?? 0,
-    ...input.events.map((event) => event.end_s),
-    0.001,
-  );
-  element.style.height = `${top + lanes + curves.length * (curve + space) + slider}px`;
-  const chart = init(element, null, { renderer: "svg" });
-
-  const gridTops = [top, ...curves.map((_, i) => top + lanes + space + i * (curve + space))];
+function axesOf(lanes, curves, [first, last]) {
   const text = { color: css("--dim"), fontSize: 12 };
   const split = { lineStyle: { color: css("--line") } };
-  const last = curves.length;
-
-  chart.setOption({
-    animation: false,
-    backgroundColor: "transparent",
-    grid: gridTops.map((gridTop, i) => ({ left, right, top: gridTop, height: i === 0 ? lanes : curve })),
-    xAxis: gridTops.map((_, i) => ({
+  const xAxis = [lanes, ...curves].map((_, i) => {
+    const show = i === curves.length; // the lowest has the times
+    return {
       gridIndex: i,
       type: "value",
-      min: 0,
-      max: length,
-      axisLabel: { ...text, show: i === last, formatter: tick, hideOverlap: true, showMaxLabel: false },
-      axisLine: { show: i === last, lineStyle: { color: css("--dim") } },
-      axisTick: { show: i === last },
+      min: first,
+      max: last,
+      axisLabel: { ...text, show, formatter: tick, hideOverlap: true, showMaxLabel: false },
+      axisLine: { show, lineStyle: { color: css("--dim") } },
+      axisTick: { show },
       splitLine: split,
       axisPointer: {
         show: true,
         lineStyle: { color: css("--accent") },
         label: {
-          show: i === last,
+          show,
           formatter: ({ value }) => clock(value),
           backgroundColor: css("--accent"),
           color: css("--card"),
         },
       },
+    };
+  });
+  const yAxis = [
+    {
+      type: "category",
+      data: lanes.length > 0 ? lanes.map(({ name }) => name) : ["no events"],
+      inverse: true,
+      axisLabel: { ...text, interval: 0 },
+      axisLine: { show: false },
+      axisTick: { show: false },
+      splitArea: { show: true, areaStyle: { color: [css("--lane"), "transparent"] } },
+    },
+    ...curves.map(({ name, range }, i) => ({
+      gridIndex: i + 1,
+      type: "value",
+      min: range[0],
+      max: range[1],
+      interval: (range[1] - range[0]) / 2,
+      name,
+      nameLocation: "middle",
+      nameGap: 44,
+      nameTextStyle: text,
+      axisLabel: { ...text, formatter: (v) => v.toFixed(0) },
+      splitLine: split,
     })),
-    yAxis: [
-      {
-        type: "category",
-        data: kinds,
-        inverse: true,
-        axisLabel: { ...text, interval: 0 },
-        axisLine: { show: false },
-        axisTick: { show: false },
-        splitArea: { show: true, areaStyle: { color: [css("--lane"), "transparent"] } },
-      },
-      ...curves.map(({ name, range }, i) => ({
-        gridIndex: i + 1,
-        type: "value",
-        min: range[0],
-        max: range[1],
-        interval: (range[1] - range[0]) / 2,
-        name,
-        nameLocation: "middle",
-        nameGap: 48,
-        nameTextStyle: text,
-        axisLabel: { ...text, formatter: (v) => v.toFixed(0) },
-        splitLine: split,
-      })),
+  ];
+  return { xAxis, yAxis };
+}
+
+const zoomBar = () => ({
+  type: "slider",
+  xAxisIndex: "all",
+  filterMode: "none",
+  left,
+  right,
+  bottom: 12,
+  height: 22,
+  showDetail: false,
+  borderColor: css("--line"),
+  fillerColor: `${css("--accent")}22`,
+  handleStyle: { color: css("--card"), borderColor: css("--accent") },
+  moveHandleStyle: { color: css("--accent") },
+  dataBackground: { lineStyle: { opacity: 0 }, areaStyle: { opacity: 0 } },
+  selectedDataBackground: { lineStyle: { opacity: 0 }, areaStyle: { opacity: 0 } },
+  brushSelect: true,
+});
+
+const curveSeries = ({ name, data }, i) => ({
+  type: "line",
+  name,
+  xAxisIndex: i + 1,
+  yAxisIndex: i + 1,
+  data,
+  showSymbol: false,
+  sampling: "lttb",
+  lineStyle: { width: 1.2, color: css("--accent") },
+  itemStyle: { color: css("--accent") },
+  areaStyle: { color: css("--accent"), opacity: 0.12, origin: "start" },
+  tooltip: { trigger: "axis" },
+});
+
+/// Leaves the wheel alone to the page; else a chart that fills the window could not be scrolled past.
+export function sparePageFromWheel(element) {
+  for (const name of ["wheel", "mousewheel"]) {
+    element.addEventListener(name, (event) => event.ctrlKey || event.stopPropagation(), {
+      capture: true,
+      passive: true,
+    });
+  }
+}
+
+/// The timeline of one input with a lane for each of `lanes`. `shown` are the indices of the events to draw.
+/// `look` is {from, to, chosen, time}: what is seen, and the index of an event and a moment to set off, if any.
+/// Calls `onEvent(index)` for a bar that is clicked and `onMove(from, to)` when the user moves or zooms.
+export function drawTimeline(element, { lanes, input, record, frames, shown, look, onEvent, onMove }) {
+  const curves = curvesOf(record);
+  const [first, last] = timesOf(input);
+  const laneHeight = Math.max(lanes.length, 1) * lane;
+  const bottom = top + laneHeight + curves.length * (curve + space);
+  element.style.height = `${bottom + slider}px`;
+  const chart = init(element, null, { renderer: "svg" });
+  const drawn = { ...look, outline: css("--text") };
+  let view;
+
+  /// Sets the view, within the stream, and gives it as the chart takes it.
+  function zoomOf(from, to) {
+    const width = Math.min(Math.max(to - from, closest), last - first);
+    const begin = Math.min(Math.max(from, first), last - width);
+    view = [begin, begin + width];
+    const [start, end] = view.map((time) => ((time - first) / (last - first)) * 100);
+    return { start, end };
+  }
+
+  const zoom = zoomOf(look.from, look.to);
+  const bars = curves.length; // the curves come first, so that each has the index of its series
+  chart.setOption({
+    animation: false,
+    backgroundColor: "transparent",
+    grid: [
+      { left, right, top, height: laneHeight },
+      ...curves.map((_, i) => ({ left, right, top: top + laneHeight + space + i * (curve + space), height: curve })),
     ],
+    ...axesOf(lanes, curves, [first, last]),
     axisPointer: { link: [{ xAxisIndex: "all" }] },
     dataZoom: [
-      { type: "inside", xAxisIndex: "all", filterMode: "none" },
       {
-        type: "slider",
+        ...zoom,
+        type: "inside",
         xAxisIndex: "all",
         filterMode: "none",
-        bottom: 6,
-        height: 22,
-        labelFormatter: (value) => clock(value),
-        textStyle: text,
-        borderColor: css("--line"),
-        fillerColor: `${css("--accent")}22`,
-        handleStyle: { color: css("--card"), borderColor: css("--accent") },
-        moveHandleStyle: { color: css("--accent") },
-        dataBackground: { lineStyle: { opacity: 0 }, areaStyle: { opacity: 0 } },
-        selectedDataBackground: { lineStyle: { opacity: 0 }, areaStyle: { opacity: 0 } },
-        brushSelect: true,
+        preventDefaultMouseMove: false, // a finger that moves up or down scrolls the page
+        minValueSpan: Math.min(closest, last - first),
       },
+      { ...zoom, ...zoomBar() },
     ],
     tooltip: {
       trigger: "item",
+      confine: true,
       backgroundColor: css("--card"),
       borderColor: css("--line"),
       textStyle: { color: css("--text") },
       formatter: (hovered) =>
         Array.isArray(hovered)
           ? curveTip(hovered, curves)
-          : eventTip(input.events[hovered.dataIndex], images[hovered.dataIndex]),
+          : eventTip(input.events[shown[hovered.dataIndex]], frames[shown[hovered.dataIndex]]),
     },
     series: [
-      laneSeries(kinds, input.events),
-      ...curves.map(({ name, data }, i) => ({
-        type: "line",
-        name,
-        xAxisIndex: i + 1,
-        yAxisIndex: i + 1,
-        data,
-        showSymbol: false,
-        sampling: "lttb",
-        lineStyle: { width: 1.2, color: css("--accent") },
-        itemStyle: { color: css("--accent") },
-        areaStyle: { color: css("--accent"), opacity: 0.12, origin: "start" },
-        tooltip: { trigger: "axis" },
-      })),
+      ...curves.map(curveSeries),
+      laneSeries(lanes, input.events, shown, drawn),
+      momentSeries(drawn, bottom),
     ],
   });
-  chart.on("click", ({ seriesIndex, dataIndex }) => seriesIndex === 0 && onEvent(input.events[dataIndex]));
+
+  const zoomTo = (from, to) => chart.dispatchAction({ type: "dataZoom", ...zoomOf(from, to) });
+  function moveTo(from, to) {
+    zoomTo(from, to);
+    onMove(...view);
+  }
+  chart.on("click", ({ seriesIndex, dataIndex }) => seriesIndex === bars && onEvent(shown[dataIndex]));
+  chart.on("datazoom", (event) => {
+    const { start, end } = event.batch?.[0] ?? event;
+    const seen = [start, end].map((share) => first + (share / 100) * (last - first));
+    if (seen.some((time, i) => Math.abs(time - view[i]) > 1e-6)) {
+      // else it comes from zoomTo()
+      view = seen;
+      onMove(...view);
+    }
+  });
+  const watcher = new ResizeObserver(() => element.clientWidth === chart.getWidth() || chart.resize());
+  watcher.observe(element);
 
   return {
     chart,
-    show(start, end) {
-      chart.dispatchAction({ type: "dataZoom", startValue: Math.max(start, 0), endValue: Math.min(end, length) });
+    show(look) {
+      Object.assign(drawn, look);
+      zoomTo(look.from, look.to);
     },
-    showAll: () => chart.dispatchAction({ type: "dataZoom", start: 0, end: 100 }),
-    resize: () => chart.resize(),
-    dispose: () => chart.dispose(),
+    view: () => view,
+    isWhole: () => view[1] - view[0] > last - first - 1e-6,
+    /// By a share of what is seen.
+    move(share) {
+      const [from, to] = view;
+      const by = Number.isFinite(share) ? share * (to - from) : Math.sign(share) * (last - first);
+      moveTo(from + by, to + by);
+    },
+    /// Around the middle of what is seen.
+    zoom(factor) {
+      const [from, to] = view;
+      const half = Math.min(factor * (to - from), last - first) / 2;
+      moveTo((from + to) / 2 - half, (from + to) / 2 + half);
+    },
+    dispose() {
+      watcher.disconnect();
+      chart.dispose();
+    },
   };
 }

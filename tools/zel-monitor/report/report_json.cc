@@ -1,0 +1,139 @@
+#include "report/report_json.h"
+
+#include <zel/events/analyser.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "cli/time_text.h"
+
+namespace zel_monitor {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+/// To the microsecond; null for what is not finite.
+Json number(double value) {
+    return std::isfinite(value) ? Json(toMicroseconds(value)) : Json(nullptr);
+}
+
+Json number(const std::optional<double>& value) {
+    return value ? number(*value) : Json(nullptr);
+}
+
+Json settingsJson(const ScanSettings& settings) {
+    Json rules = Json::object();
+    Json policy = Json::object();
+    for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
+        const ZEL::EventRule& rule = settings.rules[indexOf(info.kind)];
+        rules[std::string(info.name)] = {{"min_s", number(rule.min_s)}, {"gap_s", number(rule.gap_s)}};
+        if (const auto& limit = settings.policy[indexOf(info.kind)]) {
+            policy[std::string(info.name)] = number(*limit);
+        }
+    }
+    const ZELAlgo::ZELAlgoConfig config = ZEL::EventAnalyser::detectorConfig();
+    return {{"rules", std::move(rules)},
+            {"fail_on", std::move(policy)},
+            {"detectors",
+             {{"black_screen_ratio", number(config.black_screen_ratio)},
+              {"green_screen_ratio", number(config.green_screen_ratio)},
+              {"block_param", number(config.block_param)},
+              {"staticframe_param", number(config.staticframe_param)},
+              {"mute_level", number(config.mute_level)},
+              {"low_voice_level", number(config.low_voice_level)},
+              {"high_voice_level", number(config.high_voice_level)},
+              {"novoice_scale", number(config.novoice_scale)},
+              {"silence_period_s", number(ZEL::EventAnalyser::kSilencePeriodS)},
+              {"voice_period_s", number(ZEL::EventAnalyser::kVoicePeriodS)}}}};
+}
+
+Json streamJson(const InputReport& report) {
+    const MediaFacts& facts = report.facts;
+    Json video = nullptr;
+    if (facts.video) {
+        video = {{"codec", facts.video->codec},
+                 {"pixel_format", facts.video->pixel_format},
+                 {"width", facts.video->width},
+                 {"height", facts.video->height},
+                 {"frame_rate", facts.video->frame_rate > 0.0 ? number(facts.video->frame_rate) : nullptr},
+                 {"frames", report.counts.pictures}};
+    }
+    Json audio = nullptr;
+    if (facts.audio) {
+        audio = {{"codec", facts.audio->codec},
+                 {"sample_rate", facts.audio->sample_rate},
+                 {"channels", facts.audio->channels},
+                 {"frames", report.counts.sounds}};
+    }
+    return {{"container", facts.container.empty() ? Json(nullptr) : Json(facts.container)},
+            {"declared_duration_s", number(facts.duration)},
+            {"declared_duration_is_estimate", facts.duration_estimated},
+            {"analysed_duration_s", number(report.length_s)},
+            {"damaged", report.counts.damaged},
+            {"video", std::move(video)},
+            {"audio", std::move(audio)}};
+}
+
+Json totalsJson(const InputReport& report) {
+    const ZEL::PerEventKind<Totals> totals = totalsOf(report);
+    Json json = Json::object();
+    for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
+        const Totals& mine = totals[indexOf(info.kind)];
+        json[std::string(info.name)] = {{"events", mine.events},
+                                        {"total_s", number(mine.total_s)},
+                                        {"share", number(mine.share)},
+                                        {"longest_s", number(mine.longest_s)},
+                                        {"first_at_s", number(mine.first_at_s)}};
+    }
+    return json;
+}
+
+Json inputJson(const InputReport& report, const Policy& policy) {
+    Json events = Json::array();
+    std::transform(report.events.begin(), report.events.end(), std::back_inserter(events), eventJson);
+    return {{"input", report.facts.input},
+            {"complete", !report.problem},
+            {"problem", problemJson(report)},
+            {"verdict", verdictJson(report, policy)},
+            {"violations", violations(report, policy)},
+            {"stream", streamJson(report)},
+            {"totals", totalsJson(report)},
+            {"events", std::move(events)}};
+}
+
+}  // namespace
+
+nlohmann::ordered_json reportJson(const std::vector<InputReport>& reports, const ScanSettings& settings,
+                                  int status) {
+    Json inputs = Json::array();
+    for (const InputReport& report : reports) {
+        inputs.push_back(inputJson(report, settings.policy));
+    }
+    return {{"format", "zel-scan-report"},
+            {"version", kReportVersion},
+            {"tool", {{"name", "zel-monitor"}, {"version", ZEL_VERSION}}},
+            {"settings", settingsJson(settings)},
+            {"exit_status", status},
+            {"inputs", std::move(inputs)}};
+}
+
+Json eventJson(const ZEL::Event& event) {
+    return {{"kind", infoOf(event.kind).name},   {"start_s", number(event.span.start_s)},
+            {"end_s", number(event.span.end_s)}, {"duration_s", number(event.span.length())},
+            {"share", number(event.share)},      {"open_at_end", event.open_at_end}};
+}
+
+Json verdictJson(const InputReport& report, const Policy& policy) {
+    const Verdict verdict = verdictOn(report, policy);
+    return verdict == Verdict::kNone ? Json(nullptr) : Json(nameOf(verdict));
+}
+
+Json problemJson(const InputReport& report) {
+    return report.problem ? Json(*report.problem) : Json(nullptr);
+}
+
+std::string jsonText(const Json& json, bool indented) {
+    return json.dump(indented ? 2 : -1, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace zel_monitor

@@ -1,0 +1,206 @@
+#include "report/schema.h"
+
+#include <zel/events/kinds.h>
+
+#include <initializer_list>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "cli/exit_status.h"
+#include "report/report_json.h"
+
+namespace zel_monitor {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+struct Property {
+    std::string name;
+    Json schema;
+};
+
+Json described(Json schema, const char* description) {
+    schema["description"] = description;
+    return schema;
+}
+
+Json ref(const char* definition) {
+    return {{"$ref", std::string("#/$defs/") + definition}};
+}
+
+Json type(const char* name) {
+    return {{"type", name}};
+}
+
+Json anyOf(const std::vector<Json>& values) {
+    return {{"enum", values}};
+}
+
+Json orNull(const char* name) {
+    return {{"type", Json::array({name, "null"})}};
+}
+
+Json orNull(Json schema) {
+    return {{"oneOf", Json::array({type("null"), std::move(schema)})}};
+}
+
+Json arrayOf(Json items) {
+    return {{"type", "array"}, {"items", std::move(items)}};
+}
+
+/// An object that has all of these properties and no others.
+template <typename Properties = std::initializer_list<Property>>
+Json object(const Properties& properties) {
+    Json schema = {{"type", "object"},
+                   {"properties", Json::object()},
+                   {"required", Json::array()},
+                   {"additionalProperties", false}};
+    for (const Property& property : properties) {
+        schema["properties"][property.name] = property.schema;
+        schema["required"].push_back(property.name);
+    }
+    return schema;
+}
+
+Json perKind(const char* definition) {
+    std::vector<Property> properties;
+    for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
+        properties.push_back({std::string(info.name), ref(definition)});
+    }
+    return object(properties);
+}
+
+Json kindSchema() {
+    Json names = Json::array();
+    for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
+        names.push_back(info.name);
+    }
+    return {{"enum", std::move(names)}};
+}
+
+Json settingsSchema() {
+    std::vector<Property> detectors;
+    for (const char* const name :
+         {"black_screen_ratio", "green_screen_ratio", "block_param", "staticframe_param", "mute_level",
+          "low_voice_level", "high_voice_level", "novoice_scale", "silence_period_s", "voice_period_s"}) {
+        detectors.push_back({name, ref("number")});
+    }
+    const Json policy = {
+        {"type", "object"}, {"propertyNames", ref("kind")}, {"additionalProperties", ref("length")}};
+    return object({{"rules", perKind("rule")},
+                   {"fail_on", described(policy, "From which length an event of a kind is a violation.")},
+                   {"detectors", described(object(detectors), "What the detectors were given.")}});
+}
+
+/// What is said of every input, before `rest`.
+Json statusSchema(std::vector<Property> properties, const std::vector<Property>& rest = {}) {
+    properties.insert(
+        properties.end(),
+        {{"complete", described(type("boolean"), "It was analysed to its end.")},
+         {"problem", described(orNull("string"), "Why not.")},
+         {"verdict", described(anyOf({nullptr, "pass", "fail", "incomplete"}), "Null without --fail-on.")}});
+    properties.insert(properties.end(), rest.begin(), rest.end());
+    Json schema = object(properties);
+    const auto holds = [](Json problem, Json verdict) -> Json {
+        return {{"properties", {{"problem", std::move(problem)}, {"verdict", std::move(verdict)}}}};
+    };
+    schema["if"] = {{"properties", {{"complete", {{"const", true}}}}}};
+    schema["then"] = holds(type("null"), anyOf({nullptr, "pass", "fail"}));
+    schema["else"] = holds(type("string"), anyOf({nullptr, "incomplete"}));
+    return schema;
+}
+
+Json eventSchema(bool as_line) {
+    std::vector<Property> properties;
+    if (as_line) {
+        properties.push_back({"input", type("string")});
+    }
+    properties.insert(
+        properties.end(),
+        {{"kind", ref("kind")},
+         {"start_s", ref("number")},
+         {"end_s", ref("number")},
+         {"duration_s", ref("number")},
+         {"share", described(ref("share"), "Of the event, in which the fault was measured.")},
+         {"open_at_end", described(type("boolean"), "The fault was still there when the stream ended.")}});
+    return object(properties);
+}
+
+Json streamSchema() {
+    return object(
+        {{"container", described(orNull("string"), "FFmpeg's name.")},
+         {"declared_duration_s", ref("number")},
+         {"declared_duration_is_estimate", type("boolean")},
+         {"analysed_duration_s", ref("number")},
+         {"damaged",
+          described(ref("count"), "Packets that a decoder refused, and frames that it marked as damaged.")},
+         {"video", orNull(ref("video"))},
+         {"audio", orNull(ref("audio"))}});
+}
+
+Json definitions() {
+    return {
+        {"number", orNull("number")},
+        {"length", {{"type", "number"}, {"minimum", 0}}},
+        {"share", {{"type", Json::array({"number", "null"})}, {"minimum", 0}, {"maximum", 1}}},
+        {"count", {{"type", "integer"}, {"minimum", 0}}},
+        {"kind", kindSchema()},
+        {"rule", object({{"min_s", described(ref("length"), "Shortest stretch that is an event.")},
+                         {"gap_s", described(ref("length"), "Time without the fault that ends an event.")}})},
+        {"totals", object({{"events", ref("count")},
+                           {"total_s", ref("number")},
+                           {"share", described(ref("share"), "Of the stream.")},
+                           {"longest_s", ref("number")},
+                           {"first_at_s", ref("number")}})},
+        {"settings", settingsSchema()},
+        {"event", eventSchema(false)},
+        {"event_line", described(eventSchema(true), "A line of --jsonl, for each event.")},
+        {"status_line", described(statusSchema({{"input", type("string")}, {"kind", {{"const", "status"}}}}),
+                                  "A line of --jsonl, for each input.")},
+        {"video", object({{"codec", type("string")},
+                          {"pixel_format", described(type("string"), "As decoded.")},
+                          {"width", ref("count")},
+                          {"height", ref("count")},
+                          {"frame_rate", ref("number")},
+                          {"frames", ref("count")}})},
+        {"audio", object({{"codec", type("string")},
+                          {"sample_rate", ref("count")},
+                          {"channels", ref("count")},
+                          {"frames", ref("count")}})},
+        {"stream", streamSchema()},
+        {"input", statusSchema({{"input", type("string")}}, {{"violations", arrayOf(type("string"))},
+                                                             {"stream", ref("stream")},
+                                                             {"totals", perKind("totals")},
+                                                             {"events", arrayOf(ref("event"))}})},
+    };
+}
+
+}  // namespace
+
+Json reportSchema() {
+    Json inputs = arrayOf(ref("input"));
+    inputs["minItems"] = 1;
+    Json schema = {
+        {"$schema", "https://json-schema.org/draft/2020-12/schema"},
+        {"title", "Report of zel-monitor scan --json"},
+        {"description",
+         "Times are seconds of stream time from the first timestamp of the stream. Shares are 0 to 1. "
+         "Numbers are finite, or null where there is none."}};
+    schema.update(object(
+        {{"format", {{"const", "zel-scan-report"}}},
+         {"version",
+          described({{"const", kReportVersion}}, "Grows when a reader of this version would go wrong.")},
+         {"tool", object({{"name", {{"const", "zel-monitor"}}},
+                          {"version", {{"type", "string"}, {"pattern", "^[0-9]+\\.[0-9]+\\.[0-9]+"}}}})},
+         {"settings", ref("settings")},
+         {"exit_status",
+          described(anyOf({kExitDone, kExitViolated, kExitFailed}),
+                    "0 clean, 1 an input violates fail_on, 3 an input could not be analysed to its end, or "
+                    "another output not be written.")},
+         {"inputs", std::move(inputs)}}));
+    schema["$defs"] = definitions();
+    return schema;
+}
+
+}  // namespace zel_monitor

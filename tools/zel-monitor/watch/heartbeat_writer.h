@@ -1,0 +1,52 @@
+#ifndef ZEL_TOOLS_WATCH_HEARTBEAT_WRITER_H_
+#define ZEL_TOOLS_WATCH_HEARTBEAT_WRITER_H_
+
+#include <zel/session/session.h>
+#include <zel/zel.h>
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+#include "cli/media_facts.h"
+#include "watch/playback.h"
+
+namespace zel_monitor {
+
+/// A report of the library and where the stream stood when it came.
+struct ReportEvent {
+    const ReportMap& report;
+    std::chrono::system_clock::time_point time;
+    double position;      ///< stream time fed so far, seconds
+    std::string caption;  ///< what the stream shows now, if the source knows it
+    /// Frames that the library did not examine: since the heartbeat before, at the end in all. None if it
+    /// does not tell.
+    std::optional<ZEL::QueueDrops> drops;
+};
+
+/// What is known only at the end.
+struct Ending {
+    MediaCounts counts;
+    Assessments assessments;  ///< of the playback itself
+};
+
+/// Brings what happens to standard output in one format. `begin` comes first; reports come on any thread, one
+/// at a time.
+class HeartbeatWriter {
+  public:
+    HeartbeatWriter() = default;
+    HeartbeatWriter(const HeartbeatWriter&) = delete;
+    HeartbeatWriter& operator=(const HeartbeatWriter&) = delete;
+    virtual ~HeartbeatWriter() = default;
+
+    virtual void begin(const MediaFacts& /*facts*/) {}
+    /// What a source that knows it shows from `position` seconds on. While heartbeats may arrive.
+    virtual void caption(double /*position*/, const std::string& /*text*/) {}
+    virtual void heartbeat(const ReportEvent& event) = 0;
+    /// The whole-life report.
+    virtual void finalReport(const ReportEvent& event, const Ending& ending) = 0;
+};
+
+}  // namespace zel_monitor
+
+#endif  // ZEL_TOOLS_WATCH_HEARTBEAT_WRITER_H_
