@@ -5,6 +5,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <mutex>
+#include <optional>
 #include <string_view>
 
 extern "C" {
@@ -14,7 +15,7 @@ extern "C" {
 namespace zel_monitor {
 namespace {
 
-thread_local LogListener* demuxer_listener = nullptr;
+thread_local std::vector<ComplaintReason>* heard_from_demuxers = nullptr;
 
 /// What counts although it is no error to FFmpeg, by how the message begins.
 struct Message {
@@ -79,11 +80,13 @@ void hear(void* context, int level, const char* format, va_list arguments) {
     va_copy(copy, arguments);
     if (is_codec && static_cast<AVCodecContext*>(context)->opaque != nullptr) {
         hearDecoder(*static_cast<AVCodecContext*>(context), level, format, copy);
-    } else if ((is_codec || is_format) && demuxer_listener != nullptr) {
+    } else if ((is_codec || is_format) && heard_from_demuxers != nullptr) {
         // What parsers run into the decoder will run into as well, so only some of their warnings count.
         const int counted = is_format ? level : std::max(level, AV_LOG_WARNING);
-        if (const auto reason = reasonFor(counted, format, ComplaintReason::kContainer, kFromDemuxers)) {
-            demuxer_listener->onLogged(*reason, std::nullopt, 1.0);
+        const auto reason = reasonFor(counted, format, ComplaintReason::kContainer, kFromDemuxers);
+        std::vector<ComplaintReason>& heard = *heard_from_demuxers;
+        if (reason && std::find(heard.begin(), heard.end(), *reason) == heard.end()) {
+            heard.push_back(*reason);
         }
     }
     va_end(copy);
@@ -102,13 +105,13 @@ void listenTo(AVCodecContext& decoder, LogListener& listener) {
     decoder.opaque = &listener;
 }
 
-DemuxerLog::DemuxerLog(LogListener& listener) : before_(demuxer_listener) {
+DemuxerLog::DemuxerLog(std::vector<ComplaintReason>& heard) : before_(heard_from_demuxers) {
     hearFfmpeg();
-    demuxer_listener = &listener;
+    heard_from_demuxers = &heard;
 }
 
 DemuxerLog::~DemuxerLog() {
-    demuxer_listener = before_;
+    heard_from_demuxers = before_;
 }
 
 }  // namespace zel_monitor

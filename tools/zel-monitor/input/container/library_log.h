@@ -2,14 +2,14 @@
 #define ZEL_TOOLS_INPUT_CONTAINER_LIBRARY_LOG_H_
 
 #include <cstdint>
-#include <optional>
+#include <vector>
 
-#include "input/container/stream_complaints.h"
+#include "input/complaint.h"
 #include "input/ffmpeg_handles.h"
 
 namespace zel_monitor {
 
-/// Hears what FFmpeg only logs when something is wrong with an input. A decoder calls it on any thread.
+/// Hears what a decoder only logs when something is wrong with its packets, on whichever of its threads.
 class LogListener {
   public:
     LogListener() = default;
@@ -17,24 +17,25 @@ class LogListener {
     LogListener& operator=(const LogListener&) = delete;
     virtual ~LogListener() = default;
 
-    /// `packet` is what `reordered_opaque` of the decoder was when it was given the packet, or none where a
-    /// demuxer complains. `share` of the frame is hit.
-    virtual void onLogged(ComplaintReason reason, std::optional<int64_t> packet, double share) = 0;
+    /// `packet` is what the decoder's `reordered_opaque` was when it was given the packet. `share` of the frame
+    /// is hit.
+    virtual void onLogged(ComplaintReason reason, int64_t packet, double share) = 0;
 };
 
 /// From now on the listener, which outlives the decoder, hears what that complains of. Before it is opened.
 void listenTo(AVCodecContext& decoder, LogListener& listener);
 
-/// While it lives the listener hears what demuxers complain of on this thread.
+/// While it lives, what demuxers complain of on this thread is put down, each reason once.
 class DemuxerLog {
   public:
-    explicit DemuxerLog(LogListener& listener);
+    /// `heard` outlives this object.
+    explicit DemuxerLog(std::vector<ComplaintReason>& heard);
     DemuxerLog(const DemuxerLog&) = delete;
     DemuxerLog& operator=(const DemuxerLog&) = delete;
     ~DemuxerLog();
 
   private:
-    LogListener* before_;
+    std::vector<ComplaintReason>* before_;
 };
 
 }  // namespace zel_monitor

@@ -1,5 +1,5 @@
-#ifndef ZEL_TOOLS_INPUT_CONTAINER_GAP_SUM_H_
-#define ZEL_TOOLS_INPUT_CONTAINER_GAP_SUM_H_
+#ifndef ZEL_TOOLS_INPUT_GAP_SUM_H_
+#define ZEL_TOOLS_INPUT_GAP_SUM_H_
 
 #include <array>
 #include <cstddef>
@@ -36,4 +36,4 @@ class GapSum {
 
 }  // namespace zel_monitor
 
-#endif  // ZEL_TOOLS_INPUT_CONTAINER_GAP_SUM_H_
+#endif  // ZEL_TOOLS_INPUT_GAP_SUM_H_

@@ -1,4 +1,4 @@
-#include "input/container/gap_sum.h"
+#include "input/gap_sum.h"
 
 #include <algorithm>
 #include <cmath>
