@@ -97,7 +97,7 @@ def lose_pieces(source, random):
 
 def _range(size, random, most):
     length = max(1, int(size * most * random.random() ** 2))
-    at = random.randrange(max(1, size - length))
+    at = random.randrange(max(1, size - size // 20 - length))  # what is missing at the end is cut off
     return at, at + length
 
 
@@ -107,7 +107,7 @@ def _stretch(source, random):
 
 def _some_packets(source, random):
     """One in twenty to one in three, together or all over the file."""
-    packets = source.packets or ((0, len(source.data) // 10),)
+    packets = source.packets[:-max(1, len(source.packets) // 20)]
     count = max(1, int(len(packets) * random.choice([0.05, 0.1, 0.3])))
     if random.random() < 0.5:
         begin = random.randrange(len(packets))

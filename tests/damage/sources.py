@@ -64,6 +64,11 @@ _RECIPES = {
     "h264": ("h264", f"-an {_X264} -bf 0"),
 }
 
+# What is lost of these leaves no trace: they hold nothing but frames one after another, or do not say where they
+# end, so that what is left is a whole file.
+_BARE = {"mp3-bare", "adts-aac", "h264"}
+_OPEN_ENDED = {"ts-h264-aac", "ts-mpeg2-mp2", "ps-mpeg2-mp2", "mkv-live-h264-vorbis", *_BARE}
+
 
 @dataclasses.dataclass(frozen=True)
 class Source:
@@ -75,6 +80,11 @@ class Source:
 
 def names():
     return list(_RECIPES)
+
+
+def leaves_a_trace(name, kind):
+    """Whether anybody could tell of such damage from the damaged file alone."""
+    return not (kind == "cut" and name in _OPEN_ENDED or kind == "drop-packets" and name in _BARE)
 
 
 def make(name, folder):

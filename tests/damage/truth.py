@@ -15,21 +15,17 @@ _LEAST_CONTRAST = 40
 
 @dataclasses.dataclass(frozen=True)
 class Content:
-    numbers: frozenset  # that frames show
-    illegible: int  # frames whose number cannot be read
+    frames: int
+    numbers: frozenset  # that they show
     samples: int  # of all channels
-
-    @property
-    def frames(self):
-        return len(self.numbers) + self.illegible
 
 
 @dataclasses.dataclass(frozen=True)
 class Loss:
     """Shares of what the intact file has, 0 to 1."""
-    frames: float  # missing; one that is repeated or made up in its place does not count
+    frames: float
     samples: float
-    spoiled: float  # frames that came out, with a content that is not theirs
+    spoiled: float  # frames in whose place others came out, or unrecognisable ones
 
     @property
     def most(self):
@@ -51,16 +47,15 @@ def content(path):
         shown = frames.read_bytes() if frames.exists() else b""
         heard = samples.stat().st_size // 2 if samples.exists() else 0
     read = [_number(shown[at:at + _FRAME]) for at in range(0, len(shown) - _FRAME + 1, _FRAME)]
-    return Content(frozenset(n for n in read if n is not None), read.count(None), heard)
+    return Content(len(read), frozenset(n for n in read if n is not None), heard)
 
 
 def loss(intact, damaged):
-    def share(part, whole):
+    def missing(part, whole):
         return max(0.0, 1 - part / whole) if whole else 0.0
-    own = damaged.numbers & intact.numbers
-    frames = share(len(own) + damaged.illegible, intact.frames)
-    spoiled = share(len(own), intact.frames) - frames
-    return Loss(frames, share(damaged.samples, intact.samples), spoiled)
+    frames = missing(damaged.frames, intact.frames)
+    recognised = missing(len(damaged.numbers & intact.numbers), intact.frames)
+    return Loss(frames, missing(damaged.samples, intact.samples), max(0.0, recognised - frames))
 
 
 def _run(words):

@@ -12,6 +12,7 @@ namespace zel_monitor {
 
 /// What was wrong with the data of a stream, the gravest last.
 enum class ComplaintReason : uint8_t {
+    kMissingEnd,     ///< the stream ends a little before its declared end
     kSmallGaps,      ///< frames are missing all over the stream, too few in each place for a stall
     kUnaccounted,    ///< bytes that belong to nothing in the container
     kContainer,      ///< a demuxer came upon data that makes no sense
@@ -40,7 +41,7 @@ struct Complaint {
     std::optional<ZEL::StreamTrack> track;  ///< none: of either
     ZEL::TimeSpan span;                     ///< stream time
     uint64_t count;                         ///< packets, frames or stretches of bytes that are hit
-    double share;                           ///< of the frame that is hit worst, or of the whole stream: 0 to 1
+    double share;  ///< of the frame that is hit worst, or of the whole stream: 0 to 1
 };
 
 }  // namespace zel_monitor

@@ -144,7 +144,8 @@ class MediaSource::Reader : public TrackListener {
         if (packet.is_encrypted) {
             completeness_.sawEncrypted(packet.track);
         } else {
-            tracks_[packet.track]->decode(*packet.packet, demuxer_.streamOf(*packet.packet), packet.complaints);
+            tracks_[packet.track]->decode(*packet.packet, demuxer_.streamOf(*packet.packet),
+                                          packet.complaints);
         }
     }
 
@@ -173,7 +174,13 @@ class MediaSource::Reader : public TrackListener {
             }
         }
         damage_.atEnd(demuxer_.lastComplaints());
-        damage_.conclude(faults, input_.fileBytes().value_or(0));
+        StreamDamage::Stated stated{.whole_s = facts_.duration_estimated ? std::nullopt : facts_.duration};
+        for (const StreamTrack track : kTracks) {
+            if (const AVStream* const stream = demuxer_.streamOf(track)) {
+                stated.counted_s[track] = countedLength(input_.format(), *stream);
+            }
+        }
+        damage_.conclude(faults, input_.fileBytes().value_or(0), stated);
         completeness_.inputEnded(demuxer_, faults, facts_, counts(), placer_.reached());
         if (counts_.pictures + counts_.sounds > 0) {
             return;

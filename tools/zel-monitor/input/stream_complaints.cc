@@ -21,7 +21,8 @@ void join(Complaint& complaint, const Complaint& other) {
 }  // namespace
 
 std::string_view wordsFor(ComplaintReason reason) {
-    constexpr std::array<std::string_view, 9> kWords{
+    constexpr std::array<std::string_view, 10> kWords{
+        "an end before the declared one",
         "small gaps between frames",
         "bytes that belong to nothing in the container",
         "container data that makes no sense",
@@ -40,8 +41,8 @@ void StreamComplaints::add(ComplaintReason reason, std::optional<ZEL::StreamTrac
     ++count_;
     span.start_s = std::abs(span.start_s) < kMostTimeS ? span.start_s : 0.0;
     span.end_s = std::clamp(span.end_s, span.start_s, span.start_s + kMostTimeS);
-    const Key key{static_cast<int64_t>(std::floor(span.start_s / kSliceS)), track ? static_cast<int>(*track) : -1,
-                  reason};
+    const Key key{static_cast<int64_t>(std::floor(span.start_s / kSliceS)),
+                  track ? static_cast<int>(*track) : -1, reason};
     const Complaint complaint{.reason = reason, .track = track, .span = span, .count = 1, .share = share};
     if (const auto found = slices_.find(key); found != slices_.end()) {
         join(found->second, complaint);
@@ -63,9 +64,8 @@ std::vector<Complaint> StreamComplaints::list() const {
             list.push_back(complaint);
         }
     }
-    std::stable_sort(list.begin(), list.end(), [](const Complaint& a, const Complaint& b) {
-        return a.span.start_s < b.span.start_s;
-    });
+    std::stable_sort(list.begin(), list.end(),
+                     [](const Complaint& a, const Complaint& b) { return a.span.start_s < b.span.start_s; });
     return list;
 }
 

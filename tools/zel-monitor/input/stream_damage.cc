@@ -1,12 +1,15 @@
 #include "input/stream_damage.h"
 
+#include <zel/events/kinds.h>
+
 #include <algorithm>
 #include <variant>
 
 namespace zel_monitor {
 namespace {
 
-constexpr double kLeastGaps = 0.02;  // of the stream
+constexpr double kLeastMissing = 0.02;  // of the stream
+constexpr double kLeastEndS = 0.1;      // containers round, and coders fill up the last frame
 constexpr size_t kMostLandmarks = 20'000;
 constexpr int64_t kFirstApart = 1000;
 
@@ -50,17 +53,36 @@ void StreamDamage::atEnd(const std::vector<ComplaintReason>& complaints) {
     }
 }
 
-void StreamDamage::conclude(const StructureFaults& faults, int64_t bytes) {
+void StreamDamage::conclude(const StructureFaults& faults, int64_t bytes, const Stated& stated) {
     for (const BadStretch& stretch : faults.stretches) {
         const double from_s = timeAt(stretch.place);
-        const double share = bytes > 0 ? static_cast<double>(faults.bad_bytes) / static_cast<double>(bytes) : 0.0;
+        const double share =
+            bytes > 0 ? static_cast<double>(faults.bad_bytes) / static_cast<double>(bytes) : 0.0;
         complaints_.add(ComplaintReason::kUnaccounted, std::nullopt,
                         {from_s, std::max(from_s, timeAt(stretch.place + stretch.bytes))}, share);
     }
+    if (stated.whole_s) {
+        addMissingEnd(std::nullopt, std::max(ends_s_.video, ends_s_.audio), *stated.whole_s, kLeastEndS);
+    }
     for (const StreamTrack track : kTracks) {
-        if (const double share = gaps_[track].share(); share >= kLeastGaps) {
+        if (stated.counted_s[track]) {
+            addMissingEnd(track, ends_s_[track], *stated.counted_s[track], 0.0);
+        }
+    }
+    for (const StreamTrack track : kTracks) {
+        if (const double share = gaps_[track].share(); share >= kLeastMissing) {
             complaints_.add(ComplaintReason::kSmallGaps, track, {0.0, ends_s_[track]}, share);
         }
+    }
+}
+
+void StreamDamage::addMissingEnd(std::optional<StreamTrack> track, double end_s, double stated_s,
+                                 double least_s) {
+    const double missing_s = stated_s - end_s;
+    // What is far from the declared end is an event of another kind.
+    const double most_s = infoOf(ZEL::EventKind::kShort).rule.min_s - ZEL::kSlackS;
+    if (missing_s >= std::max(least_s, kLeastMissing * stated_s) && (track || missing_s < most_s)) {
+        complaints_.add(ComplaintReason::kMissingEnd, track, {end_s, stated_s}, missing_s / stated_s);
     }
 }
 

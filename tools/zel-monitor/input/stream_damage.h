@@ -2,6 +2,7 @@
 #define ZEL_TOOLS_INPUT_STREAM_DAMAGE_H_
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 #include "input/container/structure.h"
@@ -22,8 +23,13 @@ class StreamDamage {
     void atEnd(StreamTrack track, const std::vector<ItemComplaint>& complaints);
     /// What a demuxer complained of after its last packet.
     void atEnd(const std::vector<ComplaintReason>& complaints);
+    /// How long the input said that it lasts, in seconds.
+    struct Stated {
+        std::optional<double> whole_s = {};
+        PerTrack<std::optional<double>> counted_s = {};  ///< see countedLength()
+    };
     /// Everything was seen of an input of `bytes` bytes.
-    void conclude(const StructureFaults& faults, int64_t bytes);
+    void conclude(const StructureFaults& faults, int64_t bytes, const Stated& stated);
 
     /// By their time.
     std::vector<Complaint> list() const { return complaints_.list(); }
@@ -36,6 +42,7 @@ class StreamDamage {
         double time_s;
     };
 
+    void addMissingEnd(std::optional<StreamTrack> track, double end_s, double stated_s, double least_s);
     double timeAt(int64_t place) const;
 
     StreamComplaints complaints_;

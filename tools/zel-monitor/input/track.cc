@@ -34,11 +34,14 @@ double secondsOf(int64_t ticks, const AVStream& stream) {
 /// What a stream of the format is like to whoever looks for damage.
 PacketLedger::Stream natureOf(const AVFormatContext& format) {
     constexpr std::array<std::string_view, 6> kCutAnywhere{"mpegts", "mpeg", "hls", "rtsp", "rtp", "sdp"};
-    const std::string_view name = format.iformat->name;
-    const bool is_bare = (format.iformat->flags & AVFMT_NOTIMESTAMPS) != 0;
-    return {.begins_anywhere =
-                is_bare || std::find(kCutAnywhere.begin(), kCutAnywhere.end(), name) != kCutAnywhere.end(),
-            .has_timestamps = !is_bare && name != "avi"};
+    constexpr std::array<std::string_view, 11> kBare{"h264", "hevc", "mpegvideo", "m4v",  "vc1", "obu",
+                                                     "aac",  "mp3",  "ac3",       "eac3", "dts"};
+    const auto isOneOf = [name = std::string_view(format.iformat->name)](const auto& names) {
+        return std::find(names.begin(), names.end(), name) != names.end();
+    };
+    const bool is_bare = isOneOf(kBare);
+    return {.begins_anywhere = is_bare || isOneOf(kCutAnywhere),
+            .has_timestamps = !is_bare && !isOneOf(std::array<std::string_view, 1>{"avi"})};
 }
 
 }  // namespace
@@ -52,7 +55,8 @@ Track::Track(StreamTrack track, const AVFormatContext& format, const AVStream& s
       ledger_(natureOf(format)),
       codec_(openDecoder(track, stream, ledger_)) {}
 
-void Track::decode(const AVPacket& packet, const AVStream& stream, const std::vector<ComplaintReason>& complaints) {
+void Track::decode(const AVPacket& packet, const AVStream& stream,
+                   const std::vector<ComplaintReason>& complaints) {
     if (&stream != stream_) {
         finish();
         stream_ = &stream;

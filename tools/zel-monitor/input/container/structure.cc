@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "input/container/byte_window.h"
+
 namespace zel_monitor {
 namespace {
 
@@ -12,14 +14,40 @@ struct Format {
     std::string_view name;
     StructureFaults (*faults)(const ReadAt&, int64_t);
 };
-constexpr std::array<Format, 4> kFormats{{
+constexpr std::array<Format, 6> kFormats{{
     {"mov,mp4,m4a,3gp,3g2,mj2", &faultsOfMp4},
     {"ogg", &faultsOfOgg},
     {"mp3", &faultsOfBareAudio},
     {"aac", &faultsOfBareAudio},
+    {"h264", &faultsOfBareVideo},
+    {"hevc", &faultsOfBareVideo},
 }};
 
 }  // namespace
+
+StructureFaults faultsOfBareVideo(const ReadAt& read, int64_t bytes) {
+    constexpr int64_t kMostZeros = 256;
+    StructureFaults faults;
+    ByteWindow window(read, 1);
+    int64_t zeros = 0;
+    for (int64_t place = 0; place < bytes;) {
+        const auto content = window.at(place);
+        if (content.empty()) {
+            break;
+        }
+        for (const uint8_t byte : content) {
+            if (byte != 0 && zeros > kMostZeros) {
+                faults.add(place - zeros, zeros);
+            }
+            zeros = byte == 0 ? zeros + 1 : 0;
+            ++place;
+        }
+    }
+    if (zeros > kMostZeros) {
+        faults.add(bytes - zeros, zeros);
+    }
+    return faults;
+}
 
 void StructureFaults::add(int64_t place, int64_t bytes) {
     bad_bytes += bytes;

@@ -29,8 +29,8 @@ struct StructureFaults {
 };
 
 /// Looks through the structure of an input of `bytes` bytes in a format, by libavformat's name, in which much
-/// can be wrong without libavformat saying so: MP4, Ogg, MP3 and AAC. Nothing is wrong with other formats.
-/// Reads little more than the heads of the parts of an MP4, and all of the others.
+/// can be wrong without libavformat saying so: MP4, Ogg, bare audio and bare video. Nothing is wrong with
+/// other formats. Reads little more than the heads of the parts of an MP4, and all of the others.
 StructureFaults faultsOfStructure(std::string_view format, const ReadAt& read, int64_t bytes);
 
 StructureFaults faultsOfMp4(const ReadAt& read, int64_t bytes);
@@ -38,6 +38,9 @@ StructureFaults faultsOfOgg(const ReadAt& read, int64_t bytes);
 /// MPEG audio of all layers, or AAC with ADTS headers, between the tags that such files may begin and end
 /// with.
 StructureFaults faultsOfBareAudio(const ReadAt& read, int64_t bytes);
+
+/// H.264 or HEVC without a container, in which long runs of zeros mean nothing, and decoders take no offence.
+StructureFaults faultsOfBareVideo(const ReadAt& read, int64_t bytes);
 
 }  // namespace zel_monitor
 
