@@ -243,7 +243,7 @@ std::vector<Findings> findWithRivals(const FrameStream& frames, const std::vecto
 std::vector<TimeSpan> blockEvents(const std::vector<Blockiness>& values, double threshold) {
     std::vector<TimeSpan> spans;
     const auto add = [&spans](const std::optional<ZEL::Event>& event) {
-        if (event) {
+        if (event && event->counts()) {
             spans.push_back(event->span);
         }
     };

@@ -53,7 +53,7 @@ void AudioPeriods::add(const std::vector<MeasuredChunk>& chunks, size_t samples,
             judgePeriod(config_, result);
             const double start_s = *start_s_;
             start_s_.reset();
-            sink(start_s, time_of(at), result);
+            sink(start_s, std::max(time_of(at), start_s), result);  // later frames may overlap earlier ones
         }
     }
     if (!start_s_ && at < samples) {

@@ -78,7 +78,7 @@ class EventAnalyser::Impl {
     void endOfStream(std::optional<double> declared_s) {
         if (!std::exchange(ended_, true)) {
             clock_.finish(place_);
-            joiner_.finish(declared_s);
+            joiner_.finish(declared_s && std::isfinite(*declared_s) ? declared_s : std::nullopt);
         }
     }
 

@@ -85,7 +85,8 @@ void TrackJoiner::audio(const MeasuredAudio& audio, double start_s) {
                             maker_.voicePeriod({from_s, to_s}, result);
                             listener_.onVoicePeriod({from_s, to_s}, result);
                         });
-    audio_->end_s = start_s + audio.length();
+    audio_->end_s =
+        std::max(audio_->end_s, start_s + audio.length());  // a short frame may lie within a long one
     tellLateVideo();
 }
 

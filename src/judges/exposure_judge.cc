@@ -7,16 +7,15 @@
 namespace ZELJudges {
 namespace {
 
-constexpr uint8_t kBorder = 40;  // nothing brighter in a border
-constexpr int kBright = 110 * kMeanScale;
+constexpr int kBorder = 20 * kMeanScale;  // no brighter cell in a border
+constexpr double kLeastArea = 1.0 / 3.0;  // of the frame inside its borders; of less, nothing is said
+constexpr int kBright = 90 * kMeanScale;
 constexpr int kDark = 150 * kMeanScale;
-constexpr uint8_t kFloor = 20;
-constexpr uint8_t kCeiling = 230;
-constexpr uint8_t kHighlight = 150;
+constexpr uint8_t kCeiling = 230;  // no darker sample in a clipped cell
 
-constexpr float kLeastShare = 0.02F;
-constexpr float kMostCrushed = 1.0F / 3.0F;
-constexpr float kMostClipped = 0.2F;
+constexpr float kLeastBright = 0.02F;
+constexpr float kLeastDark = 0.05F;   // the edge of a border may be among them
+constexpr float kMostClipped = 0.2F;  // more than lamps and windows
 
 /// Cells inside the borders, first and one past the last.
 struct Area {
@@ -29,9 +28,9 @@ struct Area {
 Area withoutBorders(const Cells& cells) {
     Area area{.top = cells.rows, .bottom = 0, .left = cells.columns, .right = 0};
     for (size_t y = 0; y < cells.rows; ++y) {
-        const auto row = cells.brightest.begin() + static_cast<std::ptrdiff_t>(y * cells.columns);
+        const auto row = cells.luma.begin() + static_cast<std::ptrdiff_t>(y * cells.columns);
         const auto end = row + static_cast<std::ptrdiff_t>(cells.columns);
-        const auto shows = [](uint8_t brightest) { return brightest > kBorder; };
+        const auto shows = [](int mean) { return mean > kBorder; };
         const auto first = std::find_if(row, end, shows);
         if (first == end) {
             continue;
@@ -50,9 +49,7 @@ struct Counts {
     size_t all = 0;
     size_t bright = 0;
     size_t dark = 0;
-    size_t crushed = 0;
     size_t clipped = 0;
-    uint8_t brightest = 0;
 };
 
 Counts count(const Cells& cells, const Area& area) {
@@ -61,9 +58,7 @@ Counts count(const Cells& cells, const Area& area) {
         for (size_t i = y * cells.columns + area.left; i < y * cells.columns + area.right; ++i) {
             counts.bright += cells.luma[i] >= kBright;
             counts.dark += cells.luma[i] < kDark;
-            counts.crushed += cells.brightest[i] <= kFloor;
             counts.clipped += cells.darkest[i] >= kCeiling;
-            counts.brightest = std::max(counts.brightest, cells.brightest[i]);
         }
         counts.all += area.right - area.left;
     }
@@ -72,17 +67,22 @@ Counts count(const Cells& cells, const Area& area) {
 
 }  // namespace
 
-ExposureJudge::Verdicts ExposureJudge::feed(const Cells& cells, double time_s, double duration_s) {
+ExposureJudge::Verdicts ExposureJudge::feed(const Cells& cells, bool is_black, double time_s,
+                                            double duration_s) {
     const Counts counts = count(cells, withoutBorders(cells));
     const auto share = [&counts](size_t part) {
         return static_cast<float>(part) / static_cast<float>(std::max<size_t>(counts.all, 1));
     };
-    const bool under = share(counts.bright) < kLeastShare ||
-                       (share(counts.crushed) > kMostCrushed && counts.brightest <= kHighlight);
-    const bool over = share(counts.dark) < kLeastShare || share(counts.clipped) > kMostClipped;
+    const bool judged =
+        !is_black && counts.all > 0 &&
+        static_cast<double>(counts.all) >= kLeastArea * static_cast<double>(cells.luma.size());
     const double end_s = time_s + duration_s;
-    under_ = {time_s, end_s, counts.all > 0 && under, share(counts.bright), kLeastShare};
-    over_ = {time_s, end_s, counts.all > 0 && over, share(counts.dark), kLeastShare};
+    const float bright = share(counts.bright);
+    under_ = {time_s, end_s, judged && bright < kLeastBright, bright, kLeastBright};
+    const float clipped = share(counts.clipped);
+    const float dark = share(counts.dark);
+    over_ = clipped > kMostClipped ? Stretch{time_s, end_s, judged, clipped, kMostClipped}
+                                   : Stretch{time_s, end_s, judged && dark < kLeastDark, dark, kLeastDark};
     return {.under = {&under_, 1}, .over = {&over_, 1}};
 }
 

@@ -14,12 +14,15 @@ namespace ZELJudges {
 class ExposureJudge {
   public:
     struct Verdicts {
-        std::span<const Stretch> under;  ///< value: share of cells that are bright; limit: the least
-        std::span<const Stretch> over;   ///< value: share of cells that are dark; limit: the least
+        std::span<const Stretch> under;  ///< value: share of bright cells; limit: the least there should be
+        /// Value: share of dark cells; limit: the least there should be. Or, if the value lies above the
+        /// limit: share of cells at the ceiling, and the most there may be.
+        std::span<const Stretch> over;
     };
 
-    /// The next frame, shown from `time_s` for `duration_s`. Returns its verdicts, valid until the next call.
-    Verdicts feed(const Cells& cells, double time_s, double duration_s);
+    /// The next frame, shown from `time_s` for `duration_s`; nothing is wrong with the exposure of a black
+    /// one. Returns its verdicts, valid until the next call.
+    Verdicts feed(const Cells& cells, bool is_black, double time_s, double duration_s);
 
   private:
     Stretch under_{};

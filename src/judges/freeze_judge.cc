@@ -119,7 +119,7 @@ class ChangedRows {
 
 /// How many 64ths of a level a cell may differ, from the noise that most cells show.
 uint16_t changeLimit(const std::vector<uint16_t>& now, const std::vector<uint16_t>& then) {
-    const auto limitFor = [](int median) {
+    const auto limit_for = [](int median) {
         const double noise = std::min(kMostNoise, median * kDeviationsPerMedian / kMeanScale);
         return static_cast<uint16_t>(std::max(kLeastChange, kNoiseReach * noise) * kMeanScale);
     };
@@ -135,7 +135,7 @@ uint16_t changeLimit(const std::vector<uint16_t>& now, const std::vector<uint16_
             low = middle + 1;
         }
     }
-    return limitFor(low);
+    return limit_for(low);
 }
 
 }  // namespace
@@ -297,14 +297,14 @@ double FreezeJudge::spreadFrom(double half_s) const {
     if (static_cast<double>(growth_.back().cells) <= kMostSpread * static_cast<double>(before) + slack) {
         return std::numeric_limits<double>::infinity();
     }
-    const auto grownAt = [](auto growth) { return growth->cells - std::prev(growth)->cells; };
+    const auto grown_at = [](auto growth) { return growth->cells - std::prev(growth)->cells; };
     auto largest = later;
     for (auto growth = later; growth != growth_.end(); ++growth) {
-        largest = grownAt(growth) > grownAt(largest) ? growth : largest;
+        largest = grown_at(growth) > grown_at(largest) ? growth : largest;
     }
     double steady = 0.0;
     for (auto growth = later; growth != growth_.end(); ++growth) {
-        steady += growth == largest ? 0.0 : static_cast<double>(grownAt(growth));
+        steady += growth == largest ? 0.0 : static_cast<double>(grown_at(growth));
         if (steady > slack) {
             return growth->start_s;
         }

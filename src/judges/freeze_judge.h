@@ -26,6 +26,9 @@ class FreezeJudge {
     /// Shorter runs are not frozen, seconds.
     explicit FreezeJudge(double min_s = 2.0);
 
+    /// From the run in work on.
+    void setMinimum(double min_s) { min_s_ = min_s; }
+
     /// The next frame, shown from `time_s` for `duration_s`. Returns what it settles, valid until the next
     /// call: the value is the share of cells that have changed, the limit how many may. A frame of another
     /// size, or of an earlier time, begins anew.

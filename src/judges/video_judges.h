@@ -31,6 +31,8 @@ class VideoJudges {
     /// `freeze_min_s`: shorter runs are not frozen, seconds.
     explicit VideoJudges(double freeze_min_s = 2.0) : freeze_(freeze_min_s) {}
 
+    void setFreezeMinimum(double min_s) { freeze_.setMinimum(min_s); }
+
     /// The next frame, shown from `time_s` for `duration_s`. Times ascend; where they do not, or where the
     /// size changes, the judges begin anew.
     Settled feed(const FramePlanes& frame, double time_s, double duration_s);

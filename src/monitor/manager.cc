@@ -44,10 +44,10 @@ void ZELManager::State::forward(void (ZELDataMonitor::*report_to)(uint64_t, Repo
 
 ZELManager& ZELManager::getInstance() {
     static ZELManager* const instance = [] {
-        auto* const manager = new ZELManager;  // never destroyed: sessions may outlive static destructors
+        auto manager = std::make_unique<ZELManager>();
         setSessionHooks({.forget_session = [](int64_t id) { getInstance().unregisterSession(id); },
                          .purge_collectors = [] { getInstance().purgeCollectors(); }});
-        return manager;
+        return manager.release();  // never destroyed: sessions may outlive static destructors
     }();
     return *instance;
 }

@@ -1,6 +1,7 @@
 #include "pc/timer_pc.h"
 
 #include <chrono>
+#include <cxxabi.h>
 #include <exception>
 #include <thread>
 #include <utility>
@@ -15,6 +16,8 @@ namespace {
 void runTick(const ZELPCTimer::Task& task) {
     try {
         task();
+    } catch (const abi::__forced_unwind&) {
+        throw;  // the thread is being cancelled, which cannot be stopped
     } catch (const std::exception& error) {
         ZEL::zel_log("WARN: a heartbeat failed: %s\n", error.what());
     } catch (...) {

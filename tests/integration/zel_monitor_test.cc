@@ -164,6 +164,7 @@ TEST(ZelMonitor, CountsBlackAndGreenStretchesOfARealFile) {
     EXPECT_EQ(251, sumOf(objects, "zel_vframes"));
     EXPECT_EQ(100, sumOf(objects, "zel_black_cnt"));
     EXPECT_EQ(49, sumOf(objects, "zel_greenscreen_cnt"));
+    EXPECT_EQ(objects.back().at("dropped_video_frames"), sumOf(objects, "dropped_video_frames"));
 
     double latest = -1;
     for (size_t i = 0; i + 1 < objects.size(); ++i) {
@@ -204,6 +205,7 @@ TEST(ZelMonitor, HeedsTheSound) {
     const auto without = objectsOf("watch '" + clip + "' --json --speed 8 --no-audio");
     ASSERT_FALSE(without.empty());
     EXPECT_EQ(0, sumOf(without, "zel_aframes"));
+    EXPECT_EQ(0, finalValue(without, "dropped_audio_frames"));
     EXPECT_EQ(105, sumOf(without, "zel_vframes"));
 }
 

@@ -36,8 +36,8 @@ struct AnalyserOptions {
 /// Works for files and for live streams: memory is bounded, however long the stream, and whatever it lacks.
 /// Nothing that is fed is kept beyond the call.
 ///
-/// One thread at a time; the listener is called on it. The listener may call setRule() and reached(), and
-/// nothing else. What it throws comes out of the call, and the analyser can then only be destroyed.
+/// One thread at a time; the listener is called on it. The listener may call reached(), and nothing
+/// else. What it throws comes out of the call, and the analyser can then only be destroyed.
 ///
 /// The detectors log a line for every frame like the one before it; setLogSink() says where that goes.
 class EventAnalyser {
@@ -63,8 +63,8 @@ class EventAnalyser {
     /// jump, see StreamClock, but those of few bits are to be unwrapped. `frame` is borrowed for the call.
     ///
     /// False, and nothing is taken, for what AlgoFacade::detectPlanes() refuses (a null plane, an odd size, a
-    /// stride that is too small, 2^31 bytes or more, no memory), for a time that is not finite, and after the
-    /// end of the stream.
+    /// stride that is too small, 2^31 bytes or more, no memory for the detectors), for a time that is not
+    /// finite, and after the end of the stream.
     bool feedVideo(const ZELAlgo::ZELVideoPlanes& frame, double time_s, double duration_s = 0.0);
 
     /// Takes the next audio frame, which begins at `time_s`: `samples` times `channels` interleaved samples.
@@ -75,7 +75,8 @@ class EventAnalyser {
     /// finite, and after the end of the stream.
     bool feedAudio(const ZELAlgo::ZELAudioFrame& frame, double time_s);
 
-    /// The stream is over, and said that it would last `declared_s` seconds, if it said anything. Ends and
+    /// The stream is over, and said that it would last `declared_s` seconds, if it said anything; what is not
+    /// finite says nothing. Ends and
     /// clears what is open. A second call does nothing.
     void endOfStream(std::optional<double> declared_s = std::nullopt);
 

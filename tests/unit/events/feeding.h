@@ -83,5 +83,6 @@ class Feeding {
 };
 
 inline constexpr ZEL::StreamTracks kVideoOnly{.video = true, .audio = false};
+inline constexpr ZEL::StreamTracks kAudioOnly{.video = false, .audio = true};
 
 #endif  // ZEL_TESTS_UNIT_EVENTS_FEEDING_H_

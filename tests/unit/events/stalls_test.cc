@@ -129,4 +129,19 @@ TEST(Stalls, WhatIsMissingInBothTracksIsOneStall) {
     EXPECT_DOUBLE_EQ(stalls.front().share, 1.0);
 }
 
+TEST(Stalls, ShortFrameWithinALongOneEndsNothing) {
+    Feeding overlapping({.tracks = kAudioOnly});
+    const std::vector<int16_t> samples(24000, 100);
+    const auto feed = [&](uint32_t count, double time_s) {
+        overlapping.analyser.feedAudio(
+            {.sample_rate = 8000, .samples = count, .channels = 1, .data = samples.data()}, time_s);
+    };
+    feed(24000, 0.0);
+    feed(160, 0.5);
+    EXPECT_DOUBLE_EQ(overlapping.analyser.reached(), 3.0);
+    feed(8000, 3.0);
+    EXPECT_THAT(overlapping.stalls(), IsEmpty());
+    EXPECT_DOUBLE_EQ(overlapping.analyser.reached(), 4.0);
+}
+
 }  // namespace

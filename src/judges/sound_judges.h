@@ -1,0 +1,49 @@
+#ifndef ZEL_SRC_JUDGES_SOUND_JUDGES_H_
+#define ZEL_SRC_JUDGES_SOUND_JUDGES_H_
+
+#include <span>
+#include <vector>
+
+#include "judges/antiphase_judge.h"
+#include "judges/clipping_judge.h"
+#include "judges/dead_channel_judge.h"
+#include "judges/sound_meter.h"
+#include "judges/stretch.h"
+
+namespace ZELJudges {
+
+/// All judges of the channels of one stream; see SpeechJudge for its words. One thread at a time.
+class SoundJudges {
+  public:
+    /// What a call has settled, judge by judge; valid until the next one.
+    struct Settled {
+        std::span<const Stretch> clipping;
+        std::span<const Stretch> dead_channel;
+        std::span<const Stretch> antiphase;
+    };
+
+    /// The next block, heard from `time_s` on, before any mix-down.
+    Settled feed(const SoundBlock& block, double time_s);
+
+    /// The end of the stream: settles the rest and begins anew.
+    Settled finish();
+
+  private:
+    void clear();
+    void judge(std::span<const SoundChunk> chunks);
+    Settled settled() const {
+        return {.clipping = clipping_, .dead_channel = dead_channel_, .antiphase = antiphase_};
+    }
+
+    SoundMeter meter_;
+    ClippingJudge clipping_judge_;
+    DeadChannelJudge dead_channel_judge_;
+    AntiphaseJudge antiphase_judge_;
+    std::vector<Stretch> clipping_;
+    std::vector<Stretch> dead_channel_;
+    std::vector<Stretch> antiphase_;
+};
+
+}  // namespace ZELJudges
+
+#endif  // ZEL_SRC_JUDGES_SOUND_JUDGES_H_
