@@ -169,31 +169,41 @@ std::vector<const Rival*> rivalsFor(const RealCase& tested, ZEL::EventSource sou
     return asked;
 }
 
-void measureReal(Run& run, const Options& options) {
-    const std::vector<Material> material = readMaterial(options.real, options.half);
-    const std::vector<RealCase> cases = realCases(material);
-    std::vector<RealResult> results;
-    for (const RealCase& tested : cases) {
-        if (!run.wants(tested.name())) {
-            continue;
-        }
-        run.begin(tested.name(), tested.about);
-        const std::string file = tested.clip ? run.make(*tested.clip) : tested.material->file;
-        RealResult result{&tested, run.scan(file), {}};
-        for (const auto& [source, has] : {std::pair(ZEL::EventSource::kVideo, result.ours.video),
-                                          std::pair(ZEL::EventSource::kAudio, result.ours.sound)}) {
-            if (has) {
-                auto findings = run.ask(file, rivalsFor(tested, source), true);
-                std::move(findings.begin(), findings.end(), std::back_inserter(result.rivals));
-            }
-        }
-        results.push_back(std::move(result));
-        if (tested.clip) {
-            run.discard(file);
+RealResult measureRealCase(Run& run, const RealCase& tested) {
+    run.begin(tested.name(), tested.about);
+    const std::string file = tested.clip ? run.make(*tested.clip) : tested.material->file;
+    RealResult result{&tested, run.scan(file), {}};
+    for (const auto& [source, has] : {std::pair(ZEL::EventSource::kVideo, result.ours.video),
+                                      std::pair(ZEL::EventSource::kAudio, result.ours.sound)}) {
+        if (has) {
+            auto findings = run.ask(file, rivalsFor(tested, source), true);
+            std::move(findings.begin(), findings.end(), std::back_inserter(result.rivals));
         }
     }
-    if (run.begunAny()) {
-        writeOutput(realResultText(results));
+    if (tested.clip) {
+        run.discard(file);
+    }
+    return result;
+}
+
+/// The halves one after another, so that neither's figures touch the other's.
+void measureReal(Run& run, const Options& options) {
+    for (const auto& [half, name] :
+         {std::pair(Half::kTune, "tuned on"), std::pair(Half::kKept, "kept aside")}) {
+        if (options.half != Half::kAll && options.half != half) {
+            continue;
+        }
+        const std::vector<Material> material = readMaterial(options.real, half);
+        const std::vector<RealCase> cases = realCases(material);
+        std::vector<RealResult> results;
+        for (const RealCase& tested : cases) {
+            if (run.wants(tested.name())) {
+                results.push_back(measureRealCase(run, tested));
+            }
+        }
+        if (!results.empty()) {
+            writeOutput(fmt::format("Clips that were {}:\n\n{}\n", name, realResultText(results)));
+        }
     }
 }
 

@@ -77,6 +77,11 @@ std::vector<Variant> videoVariants() {
     const std::string box = ",drawbox=x=iw*0.85:y=ih*0.05:w=iw/10:h=ih/12:t=fill:c=white";
     const std::string mosaic = "scale=iw/16:ih/16:flags=area,scale=16*iw:16*ih:flags=neighbor";
     const std::string mover = "[s];testsrc2=s=32x24:r=25[m];[s][m]overlay=x=W*(0.1+0.08*t):y=H*0.6";
+    const std::string clock =
+        "[s];testsrc=s=160x120:r=25[m];[m][s]scale2ref=w=iw/8:h=ih/10[m2][s2];[s2][m2]overlay=x=W*0.8:y=H/20";
+    const std::string ticker =
+        "[s];testsrc2=s=1280x72:r=25,trim=end_frame=1,loop=-1:1,setpts=N/25/TB,scroll=h=0.004[m];"
+        "[m][s]scale2ref=w=iw:h=ih/12[m2][s2];[s2][m2]overlay=y=H*0.88";
     const Recipe h264{"-c:v", "libx264", "-preset", "veryfast"};
     const auto with = [](Recipe words, const Recipe& more) {
         words.insert(words.end(), more.begin(), more.end());
@@ -91,6 +96,8 @@ std::vector<Variant> videoVariants() {
         coded(faulty("freeze-low", "the same, coded coarsely", {"freeze"}, frozen),
               with(h264, {"-crf", "34"})),
         faulty("freeze-noise", "noise over a freeze", {"freeze"}, frozen + ",noise=alls=8:allf=t"),
+        faulty("freeze-clock", "a running clock in a corner of a freeze", {"freeze"}, frozen + clock),
+        faulty("freeze-ticker", "a ticker that runs below a freeze", {"freeze"}, frozen + ticker),
         faulty("freeze-blink", "a blinking mark over a freeze", {"freeze"},
                frozen + box + ":enable='lt(mod(t,1),0.5)'"),
         faulty("black", "black", {"black"}, black),
@@ -119,7 +126,7 @@ std::vector<Variant> videoVariants() {
 }
 
 std::vector<Variant> soundVariants(Type type) {
-    const Kinds clipping{"clipping", "high-voice"};
+    const Kinds clipping{"clipping"};
     std::vector<Variant> variants{
         faulty("mute", "zeros", {"mute"}, std::string(faultFilter("mute").filters)),
         faulty("clipped-12", "driven 12 dB into clipping", clipping, "volume=12dB"),
@@ -168,14 +175,14 @@ SpansByKind shifted(SpansByKind holds, double by_s) {
     return holds;
 }
 
-RealCase caseOf(const Material& material, const Variant& variant) {
+RealCase caseOf(const Material& material, size_t part, const Variant& variant) {
     const bool sound = material.type != Type::kVideo;
     Recipe recipe;
     if (!sound) {
         recipe = {"-stream_loop", "-1"};  // some clips are shorter
     }
     recipe.insert(recipe.end(),
-                  {"-ss", fmt::format("{}", material.from_s), "-i", material.file, "-filter_complex",
+                  {"-ss", fmt::format("{}", material.from_s[part]), "-i", material.file, "-filter_complex",
                    graphOf(variant, sound), "-t", fmt::format("{}", kLengthS)});
     const Recipe& good = sound ? kGoodSound : kGoodVideo;
     const Recipe& coder = variant.coder.empty() ? good : variant.coder;
@@ -183,12 +190,13 @@ RealCase caseOf(const Material& material, const Variant& variant) {
     RealCase made{&material,
                   variant.name,
                   variant.about,
+                  part,
                   {},
                   variant.kinds,
                   {},
                   variant.comes_and_goes,
                   sound,
-                  shifted(material.holds, material.from_s)};
+                  shifted(material.holds, material.from_s[part])};
     made.clip = Clip{made.name(), variant.about, {std::move(recipe)}, variant.type};
     if (variant.bytes_per_error > 0) {
         made.clip->recipes.push_back({"-i", std::string(kPrevious), "-c", "copy", "-bsf:v",
@@ -228,7 +236,7 @@ Material materialOf(const nlohmann::json& entry, const std::string& folder) {
     material.name = file.substr(file.find('/') + 1);
     material.name.resize(material.name.find('.'));
     material.type = type == "video" ? Type::kVideo : type == "speech" ? Type::kSpeech : Type::kMusic;
-    material.from_s = entry.at("from");
+    material.from_s = entry.at("from").get<std::vector<double>>();
     for (const auto& [kind, spans] : entry.at("holds").items()) {
         for (const auto& span : spans) {
             material.holds[kind].push_back({span.at(0), span.at(1)});
@@ -273,10 +281,13 @@ std::vector<RealCase> realCases(const std::vector<Material>& material) {
     std::vector<RealCase> cases;
     for (const Material& one : material) {
         const bool sound = one.type != Type::kVideo;
-        cases.push_back({&one, "as-it-is", "as it is", {}, {}, {}, false, sound, one.holds});
-        cases.push_back({&one, "recoded", "coded once more", recoded(one), {}, {}, false, sound, one.holds});
+        cases.push_back({&one, "as-it-is", "as it is", 0, {}, {}, {}, false, sound, one.holds});
+        cases.push_back(
+            {&one, "recoded", "coded once more", 0, recoded(one), {}, {}, false, sound, one.holds});
         for (const Variant& variant : sound ? soundVariants(one.type) : videoVariants()) {
-            cases.push_back(caseOf(one, variant));
+            for (size_t part = 0; part < one.from_s.size(); ++part) {
+                cases.push_back(caseOf(one, part, variant));
+            }
         }
     }
     return cases;

@@ -22,8 +22,8 @@ struct Material {
     std::string name;
     std::string file;
     Type type = Type::kVideo;
-    double from_s = 0.0;  ///< where the part begins that is made faulty
-    SpansByKind holds;    ///< what is truly in it, so that finding it is no false alarm
+    std::vector<double> from_s;  ///< where the parts begin that are made faulty
+    SpansByKind holds;           ///< what is truly in it, so that finding it is no false alarm
 };
 
 enum class Half { kTune, kKept, kAll };
@@ -36,6 +36,7 @@ struct RealCase {
     const Material* material = nullptr;
     std::string variant;
     std::string about;
+    size_t part = 0;                      ///< of the material that is made faulty
     std::optional<Clip> clip;             ///< none: the material itself
     std::vector<std::string_view> kinds;  ///< any of these finds the fault; empty for good material: all
     std::vector<ZEL::TimeSpan> truth;
@@ -43,7 +44,9 @@ struct RealCase {
     bool sound = false;
     SpansByKind holds;
 
-    std::string name() const { return material->name + "." + variant; }
+    std::string name() const {
+        return material->name + "." + variant + (part > 0 ? "." + std::to_string(part + 1) : "");
+    }
     bool good() const { return kinds.empty(); }
     /// What is truly there of the kinds besides the fault.
     std::vector<ZEL::TimeSpan> held(const std::vector<std::string_view>& of) const;

@@ -119,42 +119,58 @@ double hoursOf(const std::vector<RealResult>& results, ZEL::EventSource source) 
     return seconds / 3600.0;
 }
 
-std::string goodTable(const std::vector<RealResult>& results, const Contenders& contenders) {
+/// Of all that is judged of a kind: its faults, what might be taken for one, and good material.
+bool concerns(const RealCase& tested, std::string_view kind) {
+    return tested.good() || tested.kinds.front() == kind;
+}
+
+/// Found, precision and false alarms an hour.
+std::string summaryCells(const std::vector<RealResult>& results, std::string_view kind, double hours,
+                         const std::function<Score(const RealResult&)>& score) {
+    const Score all = sum(
+        results, [kind](const RealCase& tested) { return concerns(tested, kind); }, score);
+    const Score good = sum(
+        results, [](const RealCase& tested) { return tested.good(); }, score);
+    const size_t due = all.hits + all.misses;
+    const auto precision = all.precision();
+    return fmt::format("{} | {} | {}", due > 0 ? fmt::format("{} of {}", all.hits, due) : "-",
+                       precision && due > 0 ? fmt::format("{:.2f}", *precision) : "-",
+                       perHour(good.false_alarms, hours));
+}
+
+std::string summaryTable(const std::vector<RealResult>& results, const Contenders& contenders) {
     std::string text =
-        "| kind | minutes | as they are | coded once more | alarms an hour | FFmpeg, by default | at its "
-        "best |\n"
-        "|---|--:|--:|--:|--:|--:|--:|\n";
+        "| kind | found | precision | alarms/h | FFmpeg by default: found | precision | alarms/h | at its "
+        "best: found | precision | alarms/h |\n"
+        "|---|--:|--:|--:|--:|--:|--:|--:|--:|--:|\n";
     double per_hour = 0.0;
     for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
         const double hours = hoursOf(results, info.source);
-        const auto ours = [&](const char* variant) {
-            return sum(
-                       results, [&](const RealCase& tested) { return tested.variant == variant; },
-                       [&](const RealResult& result) { return oursOn(result, {info.name}); })
-                .false_alarms;
+        const auto ours = [&info](const RealResult& result) {
+            return oursOn(result, result.tested->good() ? Kinds{info.name} : result.tested->kinds);
         };
-        const size_t plain = ours("as-it-is");
-        const size_t recoded = ours("recoded");
-        const auto good = [](const RealCase& tested) { return tested.good(); };
-        std::string by_default = "-";
-        std::string at_best = "-";
+        std::string by_default = "- | - | -";
+        std::string at_best = "- | - | -";
         if (const auto found = contenders.find(info.name); found != contenders.end()) {
             const Contender& rival = found->second;
             if (rival.hasDefault()) {
-                by_default =
-                    perHour(sum(results, good, [&](const RealResult& one) { return rival.atDefault(one); })
-                                .false_alarms,
-                            hours);
+                by_default = summaryCells(results, info.name, hours,
+                                          [&](const RealResult& one) { return rival.atDefault(one); });
             }
-            at_best = perHour(
-                sum(results, good, [&](const RealResult& one) { return rival.atBest(one); }).false_alarms,
-                hours);
+            at_best = summaryCells(results, info.name, hours,
+                                   [&](const RealResult& one) { return rival.atBest(one); });
         }
-        text += fmt::format("| {} | {:.1f} | {} | {} | {} | {} | {} |\n", info.name, hours * 60.0, plain,
-                            recoded, perHour(plain + recoded, hours), by_default, at_best);
-        per_hour += hours > 0.0 ? static_cast<double>(plain + recoded) / hours : 0.0;
+        text += fmt::format("| {} | {} | {} | {} |\n", info.name,
+                            summaryCells(results, info.name, hours, ours), by_default, at_best);
+        const Score good = sum(
+            results, [](const RealCase& tested) { return tested.good(); }, ours);
+        per_hour += hours > 0.0 ? static_cast<double>(good.false_alarms) / hours : 0.0;
     }
-    return text + fmt::format("| all | | | | {:.1f} | | |\n", per_hour);
+    return text + fmt::format(
+                      "| all | | | {:.1f} | | | | | | |\n\nGood material: {:.1f} minutes of video, "
+                      "{:.1f} of audio.\n",
+                      per_hour, hoursOf(results, ZEL::EventSource::kVideo) * 60.0,
+                      hoursOf(results, ZEL::EventSource::kAudio) * 60.0);
 }
 
 std::string findCells(const Score& score) {
@@ -232,8 +248,8 @@ std::string realResultText(const std::vector<RealResult>& results) {
             settings += (settings.empty() ? "" : ", ") + added.bestSetting();
         }
     }
-    std::string text = "False alarms on good clips:\n\n" + goodTable(results, contenders) +
-                       "\nFaults, and what might be taken for one:\n\n" + faultTable(results, contenders);
+    std::string text =
+        summaryTable(results, contenders) + "\nFault by fault:\n\n" + faultTable(results, contenders);
     if (!settings.empty()) {
         text += "\nFFmpeg at its best on these clips: " + settings + "\n";
     }

@@ -17,7 +17,7 @@ struct RealResult {
     std::vector<Findings> rivals;  ///< with all their settings, of the kinds that are asked about
 };
 
-/// The results as Markdown: false alarms on good clips, finds by fault, and each miss and false alarm.
+/// The results as Markdown: a summary by kind, finds by fault, and each miss and false alarm.
 /// FFmpeg's detectors stand beside at their defaults, and with the setting that makes most of their answers
 /// on these clips right.
 std::string realResultText(const std::vector<RealResult>& results);

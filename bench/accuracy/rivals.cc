@@ -191,6 +191,13 @@ std::span<const Rival> rivals() {
          "lavfi.silence_start",
          "lavfi.silence_end",
          {"", ":n=-90dB", ":n=-80dB", ":n=-70dB", ":n=-50dB", ":n=-40dB"}},
+        {"dead-channel",  // the second one, which is dead in our clips
+         "silencedetect",
+         EventSource::kAudio,
+         "lavfi.silence_start.2",
+         "lavfi.silence_end.2",
+         {":mono=1", ":mono=1:n=-90dB", ":mono=1:n=-80dB", ":mono=1:n=-70dB", ":mono=1:n=-50dB",
+          ":mono=1:n=-40dB"}},
         {"antiphase",
          "aphasemeter",
          EventSource::kAudio,

@@ -86,6 +86,8 @@ TEST(AccuracyRivals, TheirFindingsAreReadFromTheFrames) {
     const std::string tone = "aevalsrc='if(between(t,1,2.99),0,sin(2000*t))'";
     EXPECT_THAT(findings(tone + ":s=48000:d=4", "mute")[0].by_setting,
                 ElementsAre(ElementsAre(isSpan(1, 2.99, 0.01))));
+    EXPECT_THAT(findings("sine=d=4,pan=stereo|c0=c0|c1=0*c0", "dead-channel", true)[0].by_setting,
+                testing::Each(ElementsAre(isSpan(0.0, 4.0, 0.1))));
     EXPECT_THAT(findings("sine=d=4,pan=stereo|c0=c0|c1=-1*c0", "antiphase", true)[0].by_setting,
                 testing::Each(ElementsAre(isSpan(0.0, 4.0, 0.1))));
     EXPECT_EQ(rivalOf("no-voice"), nullptr);
@@ -168,9 +170,9 @@ TEST_F(AccuracyRealClips, ListOfClipsIsReadByHalvesOrRefused) {
     EXPECT_THROW(readMaterial(folder_, Half::kAll), std::runtime_error);
     write("[{}]");
     EXPECT_THROW(readMaterial(folder_, Half::kAll), std::runtime_error);
-    write(R"([{"half": "tune", "file": "tune/film.mp4", "type": "video", "from": 10,
+    write(R"([{"half": "tune", "file": "tune/film.mp4", "type": "video", "from": [10, 20],
                "holds": {"black": [[1, 2], [12, 13]]}},
-              {"half": "kept", "file": "kept/talk.wav", "type": "speech", "from": 0, "holds": {}}])");
+              {"half": "kept", "file": "kept/talk.wav", "type": "speech", "from": [0], "holds": {}}])");
     EXPECT_THAT(readMaterial(folder_, Half::kAll), SizeIs(2));
     const auto tune = readMaterial(folder_, Half::kTune);
     ASSERT_THAT(tune, SizeIs(1));
@@ -191,7 +193,7 @@ TEST_F(AccuracyRealClips, ListOfClipsIsReadByHalvesOrRefused) {
 
 TEST_F(AccuracyRealClips, AlarmsOnGoodClipsAreCountedPerHourAndFindsPerFault) {
     write(
-        R"([{"half": "kept", "file": "kept/film.mp4", "type": "video", "from": 0, "holds": {"black": [[0, 1]]}}])");
+        R"([{"half": "kept", "file": "kept/film.mp4", "type": "video", "from": [0], "holds": {"black": [[0, 1]]}}])");
     const auto material = readMaterial(folder_, Half::kKept);
     const std::vector<RealCase> cases = realCases(material);
     std::vector<RealResult> results;
@@ -208,7 +210,7 @@ TEST_F(AccuracyRealClips, AlarmsOnGoodClipsAreCountedPerHourAndFindsPerFault) {
         results.push_back(std::move(result));
     }
     const std::string text = realResultText(results);
-    EXPECT_THAT(text, HasSubstr("| black | 20.0 | 1 | 0 | 3.0 | 3.0 | 0.0 |"));
+    EXPECT_THAT(text, HasSubstr("| black | 0 of 3 | 0.00 | 3.0 | - | - | 3.0 | - | - | 0.0 |"));
     EXPECT_THAT(text, HasSubstr("| green | frames of zeros | 1 of 1 | 0 | - | - | - | - |"));
     EXPECT_THAT(text, HasSubstr("- film.as-it-is: black 5.00-6.00\n"));
 }
