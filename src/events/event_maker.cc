@@ -96,7 +96,7 @@ void EventMaker::seeSettled(const std::vector<Sighting>& sightings) {
 void EventMaker::track(const Sighting& sighting) {
     const EventKind kind = sighting.kind;
     const EventTracker::Step step =
-        trackers_[indexOf(kind)].see(sighting.span, sighting.sight, sighting.evidence);
+        trackers_[indexOf(kind)].see(sighting.span, sighting.sight, sighting.evidence, sighting.apart);
     tell(step.ended);
     if (step.began) {
         listener_.onSuspected(kind);

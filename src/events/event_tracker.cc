@@ -5,10 +5,12 @@
 
 namespace ZEL {
 
-EventTracker::Step EventTracker::see(TimeSpan span, Sight sight, const std::optional<Evidence>& evidence) {
+EventTracker::Step EventTracker::see(TimeSpan span, Sight sight, const std::optional<Evidence>& evidence,
+                                     bool apart) {
     const bool present = sight == Sight::kPresent;
     Step step;
-    if (open_ && (present ? span.start_s : span.end_s) - run_.end_s > rule_.gap_s + kSlackS) {
+    const double without_s = (present ? span.start_s : span.end_s) - run_.end_s;
+    if (open_ && (without_s > rule_.gap_s + kSlackS || (present && apart && without_s > -kSlackS))) {
         step.ended = clear(false);
     }
     step.began = present && !open_;

@@ -29,8 +29,10 @@ class EventTracker {
         std::optional<Raise> raised;
     };
 
-    /// Takes in what was seen over `span`. A present sight may reach back over earlier ones.
-    Step see(TimeSpan span, Sight sight, const std::optional<Evidence>& evidence = std::nullopt);
+    /// Takes in what was seen over `span`. A present sight may reach back over earlier ones; one that is
+    /// apart begins another run.
+    Step see(TimeSpan span, Sight sight, const std::optional<Evidence>& evidence = std::nullopt,
+             bool apart = false);
 
     /// The run at hand may have become an event by the new rule.
     std::optional<Raise> setRule(EventRule rule);

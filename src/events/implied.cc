@@ -126,6 +126,7 @@ void Implied::take(const Sighting& sighting, std::vector<Sighting>& taken) const
         Sighting part = sighting;
         part.sight = isHidden(sighting.kind, from_s, until_s) ? Sight::kUnknown : sighting.sight;
         part.span = {from_s, until_s};
+        part.apart = sighting.apart && from_s == sighting.span.start_s;
         taken.push_back(part);
         from_s = until_s;
     } while (from_s < sighting.span.end_s);

@@ -23,6 +23,7 @@ struct Sighting {
     TimeSpan span;
     Sight sight;
     std::optional<Evidence> evidence = {};
+    bool apart = false;  ///< begins another event, even where the fault was present up to here
 };
 
 inline Sight sightOf(bool present) {
@@ -36,7 +37,8 @@ inline void append(std::vector<Sighting>& sightings, EventKind kind,
         sightings.push_back({kind,
                              {stretch.start_s, stretch.end_s},
                              sightOf(stretch.present),
-                             Evidence{stretch.value, stretch.limit}});
+                             Evidence{stretch.value, stretch.limit},
+                             stretch.apart});
     }
 }
 

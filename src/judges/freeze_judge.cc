@@ -204,6 +204,7 @@ void FreezeJudge::beginRun(size_t look) {
     first_ = look;
     next_ = look + 1;
     alike_ = 1;
+    told_ = false;
     run_start_s_ = looks_[look].start_s;
     first_cells_ = looks_[look].cells;
     first_is_card_.reset();
@@ -316,7 +317,8 @@ double FreezeJudge::spreadFrom(double half_s) const {
 
 void FreezeJudge::settle(double end_s, bool present) {
     if (end_s > settled_s_) {
-        settled_.push_back({settled_s_, end_s, present, changed_share_, kMostChanged});
+        settled_.push_back({settled_s_, end_s, present, changed_share_, kMostChanged, !told_});
+        told_ = true;
         settled_s_ = end_s;
     }
 }

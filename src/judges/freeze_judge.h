@@ -18,7 +18,8 @@ namespace ZELJudges {
 ///
 /// A cell has changed where it differs from the run's first frame by more than 2.5 levels, or by more than
 /// the noise of most cells explains. What has changed once counts to the end of the run. Few cells may
-/// change: a clock, a logo, a ticker; and they must stay in place, since what spreads is motion.
+/// change: a clock, a logo, a ticker; and they must stay in place, since what spreads is motion. A freeze
+/// ends at a cut, even where the next one begins there.
 ///
 /// Memory for the frames of the last `min_s` at most, however long the stream. A frozen stretch is settled
 /// from kSureAfterS after the minimum on, as it goes on. One thread at a time.
@@ -75,6 +76,7 @@ class FreezeJudge {
     size_t first_ = 0;         // look of the run, while it is kept
     size_t next_ = 0;          // look to be compared
     size_t alike_ = 0;         // looks of the run
+    bool told_ = false;        // part of the run is settled
     double run_start_s_ = 0.0;
     double last_end_s_ = 0.0;  // of the last look that stayed like the first
     double settled_s_ = 0.0;

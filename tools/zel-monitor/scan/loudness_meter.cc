@@ -56,7 +56,8 @@ bool LoudnessMeter::begin(unsigned channels, unsigned long sample_rate) {
         return state_ != nullptr;
     }
     if (!state_) {
-        state_.reset(ebur128_init(channels, sample_rate, EBUR128_MODE_I | EBUR128_MODE_S | EBUR128_MODE_TRUE_PEAK));
+        state_.reset(
+            ebur128_init(channels, sample_rate, EBUR128_MODE_I | EBUR128_MODE_S | EBUR128_MODE_TRUE_PEAK));
     } else {
         takePeaks();
         if (ebur128_change_parameters(state_.get(), channels, sample_rate) != EBUR128_SUCCESS) {
@@ -73,7 +74,8 @@ bool LoudnessMeter::begin(unsigned channels, unsigned long sample_rate) {
 void LoudnessMeter::look() {
     since_look_ = 0;
     double lufs = 0.0;
-    if (heard_s_ >= kShortTermS - 1e-6 && ebur128_loudness_shortterm(state_.get(), &lufs) == EBUR128_SUCCESS) {
+    if (heard_s_ >= kShortTermS - 1e-6 &&
+        ebur128_loudness_shortterm(state_.get(), &lufs) == EBUR128_SUCCESS) {
         short_term_max_ = std::max(short_term_max_, lufs);
     }
 }
