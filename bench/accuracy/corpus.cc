@@ -217,7 +217,7 @@ std::string volumeDuring(const std::string& volume) {
 }
 
 Recipes speechAndNoise(const std::string& filters, const std::string& noise) {
-    return sound(kSpeech + ",atrim=0:12" + filters + "[x];anoisesrc=r=48000:d=12:" + noise +
+    return sound(kSpeech + ",atrim=0:12" + filters + "[x];anoisesrc=seed=7:r=48000:d=12:" + noise +
                  "[y];[x][y]amix=normalize=0:duration=first");
 }
 
@@ -246,13 +246,15 @@ void addSound(std::vector<Case>& cases) {
          {"low-part", kHard, "speech that is 35 dB too quiet for 4 s", kMiddle,
           speech(volumeDuring("-35dB"))}});
     add(cases, EventKind::kHighVoice,
-        {{"high-clipped", kEasy, "speech driven far into clipping", kWhole, speech(",volume=50dB")},
+        {{"high-loud", kEasy, "speech as loud as it gets below full scale", kWhole,
+          speech(",volume=26dB,asoftclip=type=tanh,volume=0.95")},
          {"high-none", kEasy, "speech at its usual level", kNever, speech("")},
-         {"high-part", kHard, "speech driven into clipping for 4 s", kMiddle, speech(volumeDuring("50dB"))}});
+         {"high-part", kHard, "speech as loud as that for 4 s", kMiddle,
+          speech(volumeDuring("26dB") + ",asoftclip=type=tanh,volume=0.95")}});
     const Spans gap{{4.0, 12.0}};
     add(cases, EventKind::kNoVoice,
         {{"novoice-noise", kEasy, "8 s of pink noise between speech", gap,
-          speechAround("anoisesrc=r=48000:d=8:a=0.1:c=pink")},
+          speechAround("anoisesrc=seed=7:r=48000:d=8:a=0.1:c=pink")},
          {"novoice-none", kEasy, "speech throughout", kNever, speech("")},
          {"novoice-hum", kHard, "8 s of mains hum between speech", gap,
           speechAround("aevalsrc='0.2*sin(314*t)+0.1*sin(942*t)':s=48000:d=8")},
@@ -262,6 +264,50 @@ void addSound(std::vector<Case>& cases) {
           speechAround("aevalsrc='0.5*sin(1200*t)*exp(-30*mod(t,0.5))':s=48000:d=8")}});
 }
 
+/// Of a graph with two channels.
+Recipes stereo(const std::string& graph, const Recipe& coder = {"-c:a", "pcm_s16le"}) {
+    Recipe recipe{"-filter_complex", graph};
+    recipe.insert(recipe.end(), coder.begin(), coder.end());
+    return {recipe};
+}
+
+void addChannels(std::vector<Case>& cases) {
+    // A voice in the middle of a room whose noise differs from left to right.
+    const std::string room =
+        kSpeech +
+        ",atrim=0:12,pan=stereo|c0=c0|c1=c0[v];anoisesrc=seed=1:r=48000:d=12:a=0.03:c=pink[l];"
+        "anoisesrc=seed=2:r=48000:d=12:a=0.03:c=pink[r];[l][r]join=inputs=2[n];"
+        "[v][n]amix=normalize=0:duration=first";
+    const auto panned = [&room](const std::string& channels) {
+        return stereo(room + ",asplit[a][b];[b]pan=stereo|" + channels +
+                      ",atrim=4:8,asetpts=PTS-STARTPTS[m];[a]asplit[a1][a2];[a1]atrim=0:4[s];"
+                      "[a2]atrim=8:12,asetpts=PTS-STARTPTS[e];[s][m][e]concat=n=3:v=0:a=1");
+    };
+    const std::string driven = room + volumeDuring("24dB") + ",aformat=sample_fmts=s16";
+    add(cases, EventKind::kClipping,
+        {{"clipping-drive", kEasy, "driven 24 dB too high", kMiddle, stereo(driven)},
+         {"clipping-far", kEasy, "one channel, driven 50 dB too high", kWhole, speech(",volume=50dB")},
+         {"clipping-none", kEasy, "at its usual level", kNever, stereo(room)},
+         {"clipping-aac", kHard, "driven 24 dB too high, then coded as AAC", kMiddle,
+          stereo(driven, {"-c:a", "aac", "-b:a", "128k"})},
+         {"clipping-limited", kHard, "as loud as a limiter makes it, which is no fault", kNever,
+          stereo(room + ",alimiter=level_in=16:limit=0.98:level=false")}});
+    add(cases, EventKind::kDeadChannel,
+        {{"dead-right", kEasy, "the right channel is silent", kMiddle, panned("c0=c0|c1=0*c1")},
+         {"dead-none", kEasy, "both channels sound", kNever, stereo(room)},
+         {"dead-hum", kHard, "the left channel has nothing but the right one's crosstalk 46 dB below",
+          kMiddle, panned("c0=0.005*c1|c1=c1")},
+         {"dead-panned", kHard, "the right channel is 20 dB quieter, which is no fault", kNever,
+          panned("c0=c0|c1=0.1*c1")}});
+    add(cases, EventKind::kAntiphase,
+        {{"antiphase-right", kEasy, "the right channel is the left one upside down", kMiddle,
+          panned("c0=c0|c1=-1*c0")},
+         {"antiphase-none", kEasy, "a voice in the middle", kNever, stereo(room)},
+         {"antiphase-quieter", kHard, "the same, and 6 dB quieter", kMiddle, panned("c0=c0|c1=-0.5*c0")},
+         {"antiphase-wide", kHard, "left and right have nothing in common, which is no fault", kNever,
+          panned("c0=c0-0.98*c1|c1=c1-0.98*c0")}});
+}
+
 std::vector<Case> allCases() {
     std::vector<Case> cases;
     addScreens(cases);
@@ -269,6 +315,7 @@ std::vector<Case> allCases() {
     addBlock(cases);
     addExposure(cases);
     addSound(cases);
+    addChannels(cases);
     return cases;
 }
 

@@ -134,11 +134,11 @@ std::vector<Variant> videoVariants() {
 
 std::vector<Variant> soundVariants(Type type) {
     const Kinds clipping{"clipping"};
+    const std::string driven = "volume=20dB,aformat=sample_fmts=s16";
     std::vector<Variant> variants{
         faulty("mute", "zeros", {"mute"}, std::string(faultFilter("mute").filters)),
-        faulty("clipped-12", "driven 12 dB into clipping", clipping, "volume=12dB"),
-        faulty("clipped-20", "driven 20 dB into clipping", clipping, "volume=20dB"),
-        coded(faulty("clipped-20-aac", "the same as AAC", clipping, "volume=20dB"),
+        faulty("clipped", "driven 20 dB into clipping", clipping, driven),
+        coded(faulty("clipped-aac", "the same, then coded as AAC", clipping, driven),
               {"-c:a", "aac", "-b:a", "128k"}),
         faulty("dead-channel", "the right channel is silent", {"dead-channel"}, "pan=stereo|c0=c0|c1=0*c0"),
         faulty("antiphase", "the right channel is the left one upside down", {"antiphase"},

@@ -3,6 +3,7 @@
 #include <zel/events/kinds.h>
 
 #include <algorithm>
+#include <array>
 #include <fmt/format.h>
 #include <functional>
 #include <map>
@@ -143,7 +144,7 @@ std::string summaryTable(const std::vector<RealResult>& results, const Contender
         "| kind | found | precision | alarms/h | FFmpeg by default: found | precision | alarms/h | at its "
         "best: found | precision | alarms/h |\n"
         "|---|--:|--:|--:|--:|--:|--:|--:|--:|--:|\n";
-    double per_hour = 0.0;
+    std::array<double, 2> per_hour{};  // by tier
     for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
         const double hours = hoursOf(results, info.source);
         const auto ours = [&info](const RealResult& result) {
@@ -160,16 +161,18 @@ std::string summaryTable(const std::vector<RealResult>& results, const Contender
             at_best = summaryCells(results, info.name, hours,
                                    [&](const RealResult& one) { return rival.atBest(one); });
         }
-        text += fmt::format("| {} | {} | {} | {} |\n", info.name,
+        text += fmt::format("| {}{} | {} | {} | {} |\n", info.name,
+                            info.tier == ZEL::EventTier::kLook ? " (look)" : "",
                             summaryCells(results, info.name, hours, ours), by_default, at_best);
         const Score good = sum(
             results, [](const RealCase& tested) { return tested.good(); }, ours);
-        per_hour += hours > 0.0 ? static_cast<double>(good.false_alarms) / hours : 0.0;
+        per_hour.at(static_cast<size_t>(info.tier)) +=
+            hours > 0.0 ? static_cast<double>(good.false_alarms) / hours : 0.0;
     }
     return text + fmt::format(
-                      "| all | | | {:.1f} | | | | | | |\n\nGood material: {:.1f} minutes of video, "
-                      "{:.1f} of audio.\n",
-                      per_hour, hoursOf(results, ZEL::EventSource::kVideo) * 60.0,
+                      "| all faults | | | {:.1f} | | | | | | |\n| all looks | | | {:.1f} | | | | | | |\n\n"
+                      "Good material: {:.1f} minutes of video, {:.1f} of audio.\n",
+                      per_hour[0], per_hour[1], hoursOf(results, ZEL::EventSource::kVideo) * 60.0,
                       hoursOf(results, ZEL::EventSource::kAudio) * 60.0);
 }
 
@@ -179,10 +182,26 @@ std::string findCells(const Score& score) {
                        score.false_alarms);
 }
 
+/// How many faults of other kinds are told of a faulty clip.
+size_t besides(const RealResult& result) {
+    const RealCase& tested = *result.tested;
+    const auto& events = result.ours.events;
+    return static_cast<size_t>(
+        std::count_if(events.begin(), events.end(), [&tested](const ZEL::Event& event) {
+            const ZEL::EventKindInfo& info = ZEL::infoOf(event.kind);
+            const Kinds& kinds = tested.kinds;
+            return info.tier == ZEL::EventTier::kFault &&
+                   std::find(kinds.begin(), kinds.end(), info.name) == kinds.end() &&
+                   scoreOf({}, {event.span}, tested.held({info.name})).false_alarms > 0;
+        }));
+}
+
 std::string faultTable(const std::vector<RealResult>& results, const Contenders& contenders) {
     std::string text =
-        "| variant | what it shows | found | false | FFmpeg, by default | false | at its best | false |\n"
-        "|---|---|--:|--:|--:|--:|--:|--:|\n";
+        "| variant | what it shows | found | false | other faults | FFmpeg, by default | false | at its best "
+        "| "
+        "false |\n"
+        "|---|---|--:|--:|--:|--:|--:|--:|--:|\n";
     std::vector<std::string> done;
     for (const RealResult& first : results) {
         const RealCase& variant = *first.tested;
@@ -193,6 +212,10 @@ std::string faultTable(const std::vector<RealResult>& results, const Contenders&
         const auto same = [&](const RealCase& tested) { return tested.variant == variant.variant; };
         const Score ours =
             sum(results, same, [&](const RealResult& result) { return oursOn(result, variant.kinds); });
+        size_t others = 0;
+        for (const RealResult& result : results) {
+            others += same(*result.tested) ? besides(result) : 0;
+        }
         std::string by_default = "- | -";
         std::string at_best = "- | -";
         for (const std::string_view kind : variant.kinds) {
@@ -207,8 +230,8 @@ std::string faultTable(const std::vector<RealResult>& results, const Contenders&
                 break;
             }
         }
-        text += fmt::format("| {} | {} | {} | {} | {} |\n", variant.variant, variant.about, findCells(ours),
-                            by_default, at_best);
+        text += fmt::format("| {} | {} | {} | {} | {} | {} |\n", variant.variant, variant.about,
+                            findCells(ours), others, by_default, at_best);
     }
     return text;
 }
@@ -227,7 +250,10 @@ std::string faultsOf(const RealResult& result) {
         const std::string_view name = ZEL::infoOf(event.kind).name;
         const Kinds kinds = tested.good() ? Kinds{name} : tested.kinds;
         const bool asked = std::find(kinds.begin(), kinds.end(), name) != kinds.end();
-        if (asked && judge(tested, {event.span}, kinds).false_alarms > 0) {
+        const bool besides =
+            !asked && !tested.good() && ZEL::infoOf(event.kind).tier == ZEL::EventTier::kFault;
+        if ((asked && judge(tested, {event.span}, kinds).false_alarms > 0) ||
+            (besides && scoreOf({}, {event.span}, tested.held({name})).false_alarms > 0)) {
             text += fmt::format(" {} {:.2f}-{:.2f};", name, event.span.start_s, event.span.end_s);
         }
     }

@@ -34,10 +34,14 @@ constexpr auto kImplications = std::to_array<Implication>({
     // Nothing is to be heard.
     {kMute, kClipping},
     {kMute, kDeadChannel},
-    {kMute, kAntiphase},
     {kMute, kLowVoice},
     {kMute, kHighVoice},
     {kMute, kNoVoice},
+    // Left and right sound, but what is heard of them together is silence, or little of their voice.
+    {kAntiphase, kMute},
+    {kAntiphase, kLowVoice},
+    {kAntiphase, kHighVoice},
+    {kAntiphase, kNoVoice},
     // What is driven beyond full scale is loud, and what it does to the sound passes for voice and for none.
     {kClipping, kHighVoice},
     {kNoVoice, kLowVoice},

@@ -9,7 +9,7 @@ namespace {
 constexpr double kSlackS = 1e-6;
 constexpr double kShortestSpeechS = 0.12;
 constexpr double kToldAfterS = 0.25;    // of silence or of speech that goes on
-constexpr double kMemoryS = 2.0;        // of speech that makes its level
+constexpr double kMemoryS = 0.25;       // of speech that makes its level
 constexpr double kLongestPauseS = 2.0;  // for which its level holds on
 
 }  // namespace

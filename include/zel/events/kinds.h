@@ -149,7 +149,7 @@ inline constexpr auto kEventKindTable = std::to_array<EventKindInfo>({
      .name = "no-voice",
      .source = EventSource::kAudio,
      .tier = EventTier::kLook,
-     .rule = {.min_s = 5.0, .gap_s = 0.5},
+     .rule = {.min_s = 5.0, .gap_s = 0.1},
      .unit = "seconds of voiced sound in a row",
      .meaning = "sound, but nobody speaks",
      .colour = "#2aa3a3"},

@@ -211,7 +211,7 @@ TEST_F(AccuracyRealClips, AlarmsOnGoodClipsAreCountedPerHourAndFindsPerFault) {
     }
     const std::string text = realResultText(results);
     EXPECT_THAT(text, HasSubstr("| black | 0 of 3 | 0.00 | 3.0 | - | - | 3.0 | - | - | 0.0 |"));
-    EXPECT_THAT(text, HasSubstr("| green | frames of zeros | 1 of 1 | 0 | - | - | - | - |"));
+    EXPECT_THAT(text, HasSubstr("| green | frames of zeros | 1 of 1 | 0 | 1 | - | - | - | - |"));
     EXPECT_THAT(text, HasSubstr("- film.as-it-is: black 5.00-6.00\n"));
 }
 
