@@ -50,17 +50,20 @@ TEST(Implied, SightingWaitsForWhatMayHideItAndKeepsItsOrder) {
     implied.see({EventKind::kMute, {0.0, 1.0}, Sight::kAbsent});
     implied.see({EventKind::kNoVoice, {0.0, 1.0}, Sight::kAbsent});
     implied.see({EventKind::kHighVoice, {0.25, 0.5}, Sight::kPresent});
-    EXPECT_THAT(implied.takeSettled(), ElementsAre(isSighting(EventKind::kMute, 0.0, 1.0, Sight::kAbsent),
-                                                   isSighting(EventKind::kNoVoice, 0.0, 1.0, Sight::kAbsent)));
+    EXPECT_THAT(implied.takeSettled(),
+                ElementsAre(isSighting(EventKind::kMute, 0.0, 1.0, Sight::kAbsent),
+                            isSighting(EventKind::kNoVoice, 0.0, 1.0, Sight::kAbsent)));
     implied.see({EventKind::kClipping, {0.0, 0.25}, Sight::kAbsent});
     implied.see({EventKind::kClipping, {0.25, 0.5}, Sight::kPresent});
-    EXPECT_THAT(implied.takeSettled(), ElementsAre(isSighting(EventKind::kClipping, 0.0, 0.25, Sight::kAbsent),
-                                                   isSighting(EventKind::kClipping, 0.25, 0.5, Sight::kPresent),
-                                                   isSighting(EventKind::kHighVoice, 0.0, 0.25, Sight::kPresent),
-                                                   isSighting(EventKind::kHighVoice, 0.25, 0.5, Sight::kUnknown)));
+    EXPECT_THAT(implied.takeSettled(),
+                ElementsAre(isSighting(EventKind::kClipping, 0.0, 0.25, Sight::kAbsent),
+                            isSighting(EventKind::kClipping, 0.25, 0.5, Sight::kPresent),
+                            isSighting(EventKind::kHighVoice, 0.0, 0.25, Sight::kPresent),
+                            isSighting(EventKind::kHighVoice, 0.25, 0.5, Sight::kUnknown)));
     implied.see({EventKind::kHighVoice, {0.5, 0.75}, Sight::kPresent});
     EXPECT_THAT(implied.takeSettled(), IsEmpty());
-    EXPECT_THAT(implied.takeRest(), ElementsAre(isSighting(EventKind::kHighVoice, 0.5, 0.75, Sight::kPresent)));
+    EXPECT_THAT(implied.takeRest(),
+                ElementsAre(isSighting(EventKind::kHighVoice, 0.5, 0.75, Sight::kPresent)));
 }
 
 TEST(Implied, GapHidesAFreezeButNotWhatIsBlackAroundIt) {
@@ -70,9 +73,10 @@ TEST(Implied, GapHidesAFreezeButNotWhatIsBlackAroundIt) {
     tellBlackAndGreen(implied, {5.0, 6.0}, false);
     implied.takeSettled();
     implied.see({EventKind::kFreeze, {0.0, 6.0}, Sight::kPresent});
-    EXPECT_THAT(implied.takeSettled(), ElementsAre(isSighting(EventKind::kFreeze, 0.0, 1.0, Sight::kPresent),
-                                                   isSighting(EventKind::kFreeze, 1.0, 5.0, Sight::kUnknown),
-                                                   isSighting(EventKind::kFreeze, 5.0, 6.0, Sight::kPresent)));
+    EXPECT_THAT(implied.takeSettled(),
+                ElementsAre(isSighting(EventKind::kFreeze, 0.0, 1.0, Sight::kPresent),
+                            isSighting(EventKind::kFreeze, 1.0, 5.0, Sight::kUnknown),
+                            isSighting(EventKind::kFreeze, 5.0, 6.0, Sight::kPresent)));
 }
 
 TEST(Implied, NothingWaitsForeverForWhatDoesNotCome) {

@@ -188,7 +188,8 @@ TEST(JudgedFrames, FramesOfAnySizeAreJudgedAndTheSizeMayChange) {
         film.show(Picture(side, side, 16), 10);
     }
     film.end();
-    EXPECT_THAT(film.heard.eventsOf(EventKind::kBlack), ElementsAre(isEvent(EventKind::kBlack, 0.0, 2.0, true)));
+    EXPECT_THAT(film.heard.eventsOf(EventKind::kBlack),
+                ElementsAre(isEvent(EventKind::kBlack, 0.0, 2.0, true)));
     EXPECT_THAT(film.heard.eventsOf(EventKind::kFreeze), IsEmpty());
 }
 

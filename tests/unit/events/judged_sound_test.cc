@@ -80,7 +80,8 @@ TEST(JudgedSound, ClippingIsRaisedAndCleared) {
     listener.hear(3.0, tone, otherTone);
     listener.expectOne(EventKind::kClipping, 3.0, 6.0);
     EXPECT_GT(listener.heard.eventsOf(EventKind::kClipping)[0].evidence->value, 0.3);
-    EXPECT_THAT(listener.heard.eventsOf(EventKind::kHighVoice), IsEmpty()) << "it is loud because it is clipped";
+    EXPECT_THAT(listener.heard.eventsOf(EventKind::kHighVoice), IsEmpty())
+        << "it is loud because it is clipped";
 }
 
 TEST(JudgedSound, DeadChannelIsRaisedAndCleared) {

@@ -20,9 +20,8 @@ Stretch gone(double start_s, double end_s) {
 }
 auto is(const Stretch& stretch) {
     using testing::Field;
-    return testing::AllOf(
-        Field(&Stretch::start_s, stretch.start_s), Field(&Stretch::end_s, stretch.end_s),
-        Field(&Stretch::present, stretch.present), Field(&Stretch::value, stretch.value));
+    return testing::AllOf(Field(&Stretch::start_s, stretch.start_s), Field(&Stretch::end_s, stretch.end_s),
+                          Field(&Stretch::present, stretch.present), Field(&Stretch::value, stretch.value));
 }
 std::vector<Stretch> some(std::initializer_list<Stretch> stretches) {
     return stretches;

@@ -14,7 +14,8 @@ std::vector<int16_t> tone(unsigned long rate, unsigned channels, double seconds,
     std::vector<int16_t> samples;
     const double peak = 32767.0 * std::pow(10.0, decibels / 20.0);
     for (size_t i = 0; i < static_cast<size_t>(seconds * static_cast<double>(rate)); ++i) {
-        const double phase = 2.0 * std::numbers::pi * 1000.0 * static_cast<double>(i) / static_cast<double>(rate);
+        const double phase =
+            2.0 * std::numbers::pi * 1000.0 * static_cast<double>(i) / static_cast<double>(rate);
         samples.insert(samples.end(), channels, static_cast<int16_t>(std::lround(peak * std::sin(phase))));
     }
     return samples;
