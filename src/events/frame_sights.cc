@@ -28,6 +28,7 @@ const std::vector<Sighting>& FrameSights::frame(TimeSpan shown, const ZELAlgo::Z
     if (measured.cells.luma.empty()) {  // smaller than a cell: nothing that a judge could look at
         settled_.push_back(
             {EventKind::kBlack, shown, sightOf(verdicts.screen_type == ZELAlgo::kScreenBlack)});
+        take(judges_.finish());  // what larger frames before it have left
         return settled_;
     }
     take(judges_.feed(measured, shown.start_s, shown.length()));
