@@ -128,6 +128,7 @@ std::vector<Variant> videoVariants() {
         harmless("pan", "a slow pan over a still, no freeze", "freeze", still + ",scroll=h=0.0004"),
         harmless("mover", "something small crosses a still, no freeze", "freeze", still + mover),
         harmless("dim", "luma lowered to a fifth, no black", "black", "lutyuv=y=16+(val-16)*0.2"),
+        coded(harmless("mpeg2-q5", "MPEG-2 at quantiser 5, as sent, no blocks", "block", "null"), sent_mpeg2),
         harmless("top-black", "only the upper half is black, no black frame", "black", black + ":h=ih/2"),
     };
 }

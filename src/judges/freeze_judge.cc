@@ -173,7 +173,7 @@ std::span<const Stretch> FreezeJudge::finish() {
 
 void FreezeJudge::end() {
     if (!looks_.empty()) {
-        settle(looks_.back().end_s, isLong(looks_.back().end_s) && !firstIsCard());
+        settle(looks_.back().end_s, isLong(looks_.back().end_s) && !isOfCard());
         looks_.clear();
         next_ = 0;
     }
@@ -207,7 +207,7 @@ void FreezeJudge::beginRun(size_t look) {
     told_ = false;
     run_start_s_ = looks_[look].start_s;
     first_cells_ = looks_[look].cells;
-    first_is_card_.reset();
+    is_of_card_.reset();
     changed_.assign(first_cells_.size(), 0);
     changed_count_ = 0;
     changed_share_ = 0.0F;
@@ -219,18 +219,19 @@ bool FreezeJudge::isLong(double end_s) const {
     return alike_ > 1 && end_s - run_start_s_ >= min_s_ - kSlackS;
 }
 
-bool FreezeJudge::firstIsCard() {
-    if (!first_is_card_) {
-        first_is_card_ = isCard(first_cells_);
+/// What fades in on a plain ground may still show, at first, a little of what was there before.
+bool FreezeJudge::isOfCard() {
+    if (!is_of_card_) {
+        is_of_card_ = isCard(first_cells_) || isCard(looks_[next_ - 1].cells);
     }
-    return *first_is_card_;
+    return *is_of_card_;
 }
 
 void FreezeJudge::compareNext() {
     const Look& look = looks_[next_];
     if (!staysLikeFirst(look)) {
         if (isLong(last_end_s_)) {
-            settle(last_end_s_, !firstIsCard());
+            settle(last_end_s_, !isOfCard());
             beginRun(next_);
         } else {
             tryLater();
@@ -247,7 +248,7 @@ void FreezeJudge::compareNext() {
     if (const double spread_s = spreadFrom(half_s); spread_s < look.end_s) {
         const double end_s = std::max({spread_s, looks_.front().start_s, settled_s_});
         if (isLong(end_s)) {
-            settle(end_s, !firstIsCard());
+            settle(end_s, !isOfCard());
             const auto starts_later = [end_s](const Look& other) { return other.start_s >= end_s; };
             beginRun(static_cast<size_t>(std::find_if(looks_.begin(), looks_.end() - 1, starts_later) -
                                          looks_.begin()));
@@ -255,7 +256,7 @@ void FreezeJudge::compareNext() {
             tryLater();
         }
     } else if (const double sure_s = std::max(half_s, look.end_s - kSureAfterS); isLong(sure_s)) {
-        settle(sure_s, !firstIsCard());
+        settle(sure_s, !isOfCard());
     }
 }
 

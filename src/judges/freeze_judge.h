@@ -64,7 +64,7 @@ class FreezeJudge {
     void tryLater();
     bool staysLikeFirst(const Look& look);
     bool isLong(double end_s) const;
-    bool firstIsCard();
+    bool isOfCard();
     double spreadFrom(double half_s) const;
     void settle(double end_s, bool present);
 
@@ -81,8 +81,8 @@ class FreezeJudge {
     double last_end_s_ = 0.0;  // of the last look that stayed like the first
     double settled_s_ = 0.0;
     std::vector<uint16_t> first_cells_;
-    std::optional<bool> first_is_card_;  // unknown until it matters
-    std::vector<uint16_t> changed_;      // marks of cells that have changed since the run's first frame
+    std::optional<bool> is_of_card_;  // unknown until it matters
+    std::vector<uint16_t> changed_;   // marks of cells that have changed since the run's first frame
     size_t changed_count_ = 0;
     float changed_share_ = 0.0F;  // of all cells, without a ticker
     std::vector<Growth> growth_;  // between the outer rows

@@ -111,8 +111,12 @@ TEST(JudgedFrames, TitleCardAndSlidesAreNoEvents) {
             std::fill_n(card.luma.begin() + y * card.width + 40 + letter * 14, 6, uint8_t{235});
         }
     }
+    Picture fading = card;  // still shows a little of what was there before
+    std::for_each(fading.luma.begin() + 52 * 160, fading.luma.end(),
+                  [](uint8_t& luma) { luma = luma == 16 ? 22 : luma; });
     Film titles;
     titles.move(25);
+    titles.show(fading);
     titles.show(card, 100);
     titles.move(25);
     EXPECT_THAT(titles.end(), IsEmpty());
