@@ -41,7 +41,7 @@ class Exports : public testing::Test {
     }
 
     static void feed(const Handle& handle, int count, uint8_t luma) {
-        const std::vector<uint8_t> frame = support::flatPicture(kWidth, kHeight, luma);
+        const std::vector<uint8_t> frame = support::flatFrame(kWidth, kHeight, luma);
         for (int i = 0; i < count; ++i) {
             EXPECT_TRUE(feed_video_frame(handle.get(), frame.data(), kWidth, kHeight, i));
         }

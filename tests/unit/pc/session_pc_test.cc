@@ -36,7 +36,7 @@ class SessionPc : public testing::Test {
 
     ZEL::HostServices host_;
     const std::shared_ptr<ZEL::MessageCenter> center_ = std::make_shared<ZEL::MessageCenter>();
-    const std::vector<uint8_t> frame_ = support::flatPicture(16, 8, support::kMidGrey);
+    const std::vector<uint8_t> frame_ = support::flatFrame(16, 8, support::kMidGrey);
 };
 
 TEST_F(SessionPc, SaysSoWhenItHasNoCoreOrIsGivenASecond) {
