@@ -34,10 +34,13 @@ constexpr auto kImplications = std::to_array<Implication>({
     // Nothing is to be heard.
     {kMute, kClipping},
     {kMute, kDeadChannel},
-    {kMute, kAntiphase},
     {kMute, kLowVoice},
     {kMute, kHighVoice},
     {kMute, kNoVoice},
+    // Silence and speech are looked for in the mix, which loses what is in opposite phase.
+    {kAntiphase, kMute},
+    {kAntiphase, kLowVoice},
+    {kAntiphase, kNoVoice},
     // What is driven beyond full scale is loud, and what it does to the sound passes for voice and for none.
     {kClipping, kHighVoice},
     {kNoVoice, kLowVoice},

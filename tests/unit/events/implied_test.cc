@@ -46,6 +46,8 @@ TEST(Implied, WhatIsSettledLateIsHiddenWhereTheFaultWas) {
 
 TEST(Implied, SightingWaitsForWhatMayHideItAndKeepsItsOrder) {
     Implied implied;
+    implied.see({EventKind::kAntiphase, {0.0, 1.0}, Sight::kAbsent});
+    EXPECT_EQ(implied.takeSettled().size(), 1U);
     implied.see({EventKind::kHighVoice, {0.0, 0.25}, Sight::kPresent});
     implied.see({EventKind::kMute, {0.0, 1.0}, Sight::kAbsent});
     implied.see({EventKind::kNoVoice, {0.0, 1.0}, Sight::kAbsent});
