@@ -37,10 +37,9 @@ constexpr auto kImplications = std::to_array<Implication>({
     {kMute, kLowVoice},
     {kMute, kHighVoice},
     {kMute, kNoVoice},
-    // Left and right sound, but what is heard of them together is silence, or little of their voice.
+    // Silence and speech are looked for in the mix, which loses what is in opposite phase.
     {kAntiphase, kMute},
     {kAntiphase, kLowVoice},
-    {kAntiphase, kHighVoice},
     {kAntiphase, kNoVoice},
     // What is driven beyond full scale is loud, and what it does to the sound passes for voice and for none.
     {kClipping, kHighVoice},
