@@ -10,7 +10,7 @@ constexpr double kWindowS = 0.25;   // over which edges are gathered before comb
 constexpr double kReachS = 0.5;     // to either side over which strengths are averaged
 constexpr double kMostWaitS = 5.0;  // for a weak beginning to become strong
 
-constexpr float kNearLimit = 0.085F;  // share of strips
+constexpr float kNearLimit = 0.092F;  // share of strips
 constexpr float kFarLimit = 0.05F;
 constexpr float kStays = 0.6F;  // of the limit, once blocky
 
