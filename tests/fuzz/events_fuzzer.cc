@@ -120,9 +120,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const ZEL::StreamTracks tracks{
         .video = (options & 1) == 0, .audio = (options & 2) == 0, .still = (options & 4) != 0};
     ZEL::EventAnalyser analyser(
-        listener,
-        {.tracks = tracks,
-         .late_after_s = (options & 8) != 0 ? std::optional(bytes.next() / 16.0) : std::nullopt});
+        listener, {.tracks = tracks,
+                   .late_after_s = (options & 8) != 0 ? std::optional(bytes.next() / 16.0) : std::nullopt});
     double video_s = 0.0;
     double audio_s = 0.0;
     while (!bytes.empty()) {

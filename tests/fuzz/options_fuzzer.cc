@@ -1,4 +1,5 @@
-// Command lines of anything: each is accepted, or refused with an exit status and a text of printable characters.
+// Command lines of anything: each is accepted, or refused with an exit status and a text of printable
+// characters.
 #include <CLI/App.hpp>
 #include <algorithm>
 #include <cstddef>
@@ -19,9 +20,11 @@ using fuzz::Bytes;
 using namespace zel_monitor;  // NOLINT(google-build-using-namespace): as in main()
 
 /// What is worth trying, beside what the input makes up.
-constexpr const char* kWords[] = {"scan", "watch", "demo", "--fail-on", "--min", "--gap", "--only", "--format", "--html",
-                                  "--json", "--csv", "-o", "--speed", "--interval", "--help", "--version", "--", "-",
-                                  "mute=1s", "black", "freeze=2s,any", "=", ",", "1e999", "nan", "-1", "[a,b]"};
+constexpr const char* kWords[] = {"scan",    "watch",      "demo",          "--fail-on", "--min", "--gap",
+                                  "--only",  "--format",   "--html",        "--json",    "--csv", "-o",
+                                  "--speed", "--interval", "--help",        "--version", "--",    "-",
+                                  "mute=1s", "black",      "freeze=2s,any", "=",         ",",     "1e999",
+                                  "nan",     "-1",         "[a,b]"};
 
 std::vector<std::string> argumentsOf(Bytes& bytes) {
     std::vector<std::string> arguments;
@@ -48,9 +51,12 @@ bool isPrintable(const std::string& text) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const Command commands[] = {
-        command("demo", "", &addDemoOptions, +[](const WatchOptions&) { return 0; }),
-        command("watch", "", &addWatchOptions, +[](const WatchOptions&) { return 0; }),
-        command("scan", "", &addScanOptions, +[](const ScanOptions&) { return 0; }),
+        command(
+            "demo", "", &addDemoOptions, +[](const WatchOptions&) { return 0; }),
+        command(
+            "watch", "", &addWatchOptions, +[](const WatchOptions&) { return 0; }),
+        command(
+            "scan", "", &addScanOptions, +[](const ScanOptions&) { return 0; }),
     };
     const auto app = makeCommandLine();
     std::vector<std::function<int()>> prepared;  // they own the options
