@@ -12,7 +12,7 @@
 namespace ZEL {
 
 /// Where a kind's verdicts come from.
-enum class EventSource : uint8_t { kVideo, kAudio, kTimestamps };
+enum class EventSource : uint8_t { kVideo, kAudio, kTimestamps, kInput };
 
 /// When a run of verdicts is an event: it lasts at least `min_s` seconds, and `gap_s` seconds without the
 /// fault end it.
@@ -34,6 +34,7 @@ enum class EventKind : uint8_t {
     kLowVoice,
     kHighVoice,
     kNoVoice,
+    kDamage,
     kStall,
     kShort
 };
@@ -119,6 +120,13 @@ inline constexpr auto kEventKindTable = std::to_array<EventKindInfo>({
      .unit = "share of voiced sound",
      .meaning = "sound, but nobody speaks",
      .colour = "#2aa3a3"},
+    {.kind = EventKind::kDamage,
+     .name = "damage",
+     .source = EventSource::kInput,
+     .rule = {.min_s = 0.0, .gap_s = 1.0},
+     .unit = "share of the frame that is hit worst",
+     .meaning = "data that is missing, or that its demuxer or decoder finds broken",
+     .colour = "#7f1d1d"},
     {.kind = EventKind::kStall,
      .name = "stall",
      .source = EventSource::kTimestamps,
@@ -164,7 +172,7 @@ constexpr const EventKindInfo& infoOf(EventKind kind) {
 /// Nothing for a name that no kind has.
 std::optional<EventKind> eventKindByName(std::string_view name);
 
-/// "video", "audio" or "timestamps".
+/// "video", "audio", "timestamps" or "input".
 std::string_view nameOf(EventSource source);
 
 EventRules defaultEventRules();

@@ -10,6 +10,7 @@
 #include "input/interleaver.h"
 #include "input/item_placer.h"
 #include "input/per_track.h"
+#include "input/stream_damage.h"
 #include "input/stream_facts.h"
 #include "input/track.h"
 
@@ -24,17 +25,22 @@ class MediaSource::Reader : public TrackListener {
           input_(input, options),
           demuxer_(demuxerFor({options.video, options.audio})),
           origin_(statedStart(input_.format())),
-          completeness_(input_) {
+          completeness_(input_),
+          damage_(natureOf(input_.format())) {
         facts_.input = options.label.empty() ? input : options.label;
         openTracks();
         gatherFacts(options);
+        damage_.atEnd(input_.complaints());  // of nothing so far
     }
 
     const MediaFacts& facts() const { return facts_; }
     const std::optional<Shortfall>& shortfall() const { return completeness_.shortfall(); }
 
+    std::vector<Complaint> complaints() const { return damage_.list(); }
+
     MediaCounts counts() const {
         MediaCounts counts = counts_;
+        counts.damaged = damage_.count();
         counts.bytes_read = demuxer_.bytesRead();
         return counts;
     }
@@ -47,6 +53,7 @@ class MediaSource::Reader : public TrackListener {
             }
             if (auto item = placer_.next()) {
                 ++(std::holds_alternative<VideoFrame>(*item) ? counts_.video_frames : counts_.audio_frames);
+                damage_.saw(*item);
                 return item;
             }
             if (state_ == State::kEnded) {
@@ -75,7 +82,7 @@ class MediaSource::Reader : public TrackListener {
                 continue;
             }
             try {
-                tracks_[track].emplace(track, *stream, origin_, *this);
+                tracks_[track].emplace(track, input_.format(), *stream, origin_, *this);
             } catch (const FfmpegError& error) {
                 throw input_.errorFor(error);
             }
@@ -135,7 +142,8 @@ class MediaSource::Reader : public TrackListener {
         if (packet.is_encrypted) {
             completeness_.sawEncrypted(packet.track);
         } else {
-            tracks_[packet.track]->decode(*packet.packet, demuxer_.streamOf(*packet.packet));
+            tracks_[packet.track]->decode(*packet.packet, demuxer_.streamOf(*packet.packet),
+                                          packet.complaints);
         }
     }
 
@@ -157,24 +165,42 @@ class MediaSource::Reader : public TrackListener {
         if (const int reason = demuxer_.endReason(); reason != AVERROR_EOF) {
             throw MediaError(facts_.input, {Incomplete::kReadError, FfmpegError(reason).what()}, reason);
         }
-        completeness_.inputEnded(demuxer_, facts_, counts_, placer_.reached());
+        const StructureFaults faults = input_.structureFaults();
+        for (const StreamTrack track : kTracks) {
+            if (tracks_[track]) {
+                damage_.atEnd(track, tracks_[track]->rest());
+                completeness_.streamBrokeOff(track, demuxer_.streamOf(track), tracks_[track]->unanswered(),
+                                             damage_.furthest(track));
+            } else if (const auto& reason = demuxer_.unusable(track)) {
+                completeness_.streamUnusable(track, *reason);
+            }
+        }
+        if (demuxer_.listsUnknown()) {
+            completeness_.streamUnknown();
+        }
+        damage_.atEnd(demuxer_.lastComplaints());
+        StreamDamage::Stated stated{.whole_s = facts_.duration_estimated ? std::nullopt : facts_.duration};
+        for (const StreamTrack track : kTracks) {
+            if (const AVStream* const stream = demuxer_.streamOf(track)) {
+                stated.counted_s[track] = countedLength(input_.format(), *stream);
+            }
+        }
+        damage_.conclude(faults, input_.fileBytes().value_or(0), stated);
+        completeness_.inputEnded(demuxer_, faults, facts_, counts(), placer_.reached());
         if (counts_.video_frames + counts_.audio_frames > 0) {
             return;
         }
-        const FfmpegError damage =
-            last_damage_.value_or(FfmpegError(AVERROR_INVALIDDATA, "nothing in it could be decoded"));
+        const FfmpegError reason =
+            last_refusal_.value_or(FfmpegError(AVERROR_INVALIDDATA, "nothing in it could be decoded"));
         const bool is_encrypted = shortfall() && shortfall()->kind == Incomplete::kEncrypted;
         throw MediaError(facts_.input,
                          is_encrypted ? Shortfall{Incomplete::kEncrypted, "it is encrypted"}
-                                      : Shortfall{Incomplete::kNothingDecoded, damage.what()},
-                         damage.code());
+                                      : Shortfall{Incomplete::kNothingDecoded, reason.what()},
+                         reason.code());
     }
 
     void onItem(StreamTrack track, MediaItem item) override { interleaver_.put(track, std::move(item)); }
-    void onDamage(const FfmpegError& damage) override {
-        ++counts_.damaged;
-        last_damage_ = damage;
-    }
+    void onRefusal(const FfmpegError& reason) override { last_refusal_ = reason; }
     void onStreamEnd(StreamTrack track, bool gave_anything) override {
         completeness_.streamEnded(track, gave_anything);
     }
@@ -190,7 +216,8 @@ class MediaSource::Reader : public TrackListener {
     Completeness completeness_;
     MediaFacts facts_;
     MediaCounts counts_;
-    std::optional<FfmpegError> last_damage_;  // why a packet or a frame was skipped last
+    StreamDamage damage_;
+    std::optional<FfmpegError> last_refusal_;  // why a packet or a frame was skipped last
     State state_ = State::kReading;
 };
 
@@ -206,6 +233,10 @@ const MediaFacts& MediaSource::facts() const {
 
 MediaCounts MediaSource::counts() const {
     return reader_->counts();
+}
+
+std::vector<Complaint> MediaSource::complaints() const {
+    return reader_->complaints();
 }
 
 std::optional<MediaItem> MediaSource::next() {

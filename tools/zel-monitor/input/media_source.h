@@ -4,9 +4,11 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "cli/incomplete.h"
 #include "cli/media_facts.h"
+#include "input/complaint.h"
 #include "input/media_error.h"
 #include "input/media_item.h"
 #include "input/opened_input.h"
@@ -29,6 +31,9 @@ class MediaSource {
 
     const MediaFacts& facts() const;
     MediaCounts counts() const;
+
+    /// What is wrong with what came out, and with what did not: complete at the end.
+    std::vector<Complaint> complaints() const;
 
     /// The next frame or audio frame; none at the end and after an interruption. Throws MediaError, once
     /// and after everything that could be decoded, if the input broke off with an error or held nothing that

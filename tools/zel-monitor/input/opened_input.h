@@ -5,7 +5,10 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "input/complaint.h"
+#include "input/container/structure.h"
 #include "input/ffmpeg_handles.h"
 #include "input/media_error.h"
 #include "input/polled_input.h"
@@ -31,6 +34,12 @@ class OpenedInput {
     AVFormatContext& format() const { return *format_; }
     /// How many bytes there are at least by the input's own header; see declaredSize().
     std::optional<int64_t> declaredBytes() const { return declared_bytes_; }
+    /// What the demuxer complained of in the header.
+    const std::vector<ComplaintReason>& complaints() const { return complaints_; }
+    /// How many bytes it has; none if it is not a file.
+    std::optional<int64_t> fileBytes() const;
+    /// See faultsOfStructure(); none are looked for in what is not a file. Leaves the input elsewhere.
+    StructureFaults structureFaults() const;
 
     /// What to tell people of a failure, in better words than FFmpeg's where the input has them.
     MediaError errorFor(const FfmpegError& failure) const;
@@ -45,6 +54,7 @@ class OpenedInput {
     std::optional<PolledInput> polled_;  // outlives format_
     FormatHandle format_;
     std::optional<int64_t> declared_bytes_;
+    std::vector<ComplaintReason> complaints_;
 };
 
 }  // namespace zel_monitor

@@ -1,5 +1,7 @@
 #include "input/stream_facts.h"
 
+#include <algorithm>
+#include <array>
 #include <string_view>
 
 extern "C" {
@@ -25,6 +27,18 @@ std::optional<double> statedStart(const AVFormatContext& format) {
     return format.start_time != AV_NOPTS_VALUE
                ? std::optional(static_cast<double>(format.start_time) / AV_TIME_BASE)
                : std::nullopt;
+}
+
+StreamNature natureOf(const AVFormatContext& format) {
+    constexpr std::array<std::string_view, 6> kCutAnywhere{"mpegts", "mpeg", "hls", "rtsp", "rtp", "sdp"};
+    constexpr std::array<std::string_view, 11> kBare{"h264", "hevc", "mpegvideo", "m4v",  "vc1", "obu",
+                                                     "aac",  "mp3",  "ac3",       "eac3", "dts"};
+    const auto isOneOf = [name = std::string_view(format.iformat->name)](const auto& names) {
+        return std::find(names.begin(), names.end(), name) != names.end();
+    };
+    const bool is_bare = isOneOf(kBare);
+    return {.begins_anywhere = is_bare || isOneOf(kCutAnywhere),
+            .has_timestamps = !is_bare && !isOneOf(std::array<std::string_view, 1>{"avi"})};
 }
 
 double frameRateOf(const AVStream& stream) {

@@ -4,6 +4,7 @@
 #include <zel/events/event.h>
 #include <zel/events/kinds.h>
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -33,12 +34,22 @@ struct ScanSettings {
 
 enum class Verdict { kNone, kPass, kFail, kIncomplete };
 
+/// What was wrong with the data of an input in one stretch of it.
+struct DamageNote {
+    std::string_view what;   ///< in words
+    std::string_view track;  ///< "video", "audio", or empty: of either
+    ZEL::TimeSpan span;
+    uint64_t count;  ///< packets, frames or stretches of bytes that are hit
+    double share;    ///< of the frame that is hit worst, or of the whole input
+};
+
 /// What was found in one input.
 struct InputReport {
     MediaFacts facts;
     MediaCounts counts;
     double length_s = 0.0;               ///< of what was analysed
     std::vector<ZEL::Event> events;      ///< by their start
+    std::vector<DamageNote> damage;      ///< by its start
     std::optional<std::string> problem;  ///< why it could not be analysed to its end
 };
 

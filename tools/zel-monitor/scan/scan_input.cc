@@ -10,6 +10,7 @@
 
 #include "input/decode_ahead.h"
 #include "input/demo_source.h"
+#include "scan/damage_events.h"
 
 namespace zel_monitor {
 namespace {
@@ -35,9 +36,11 @@ class Findings : public ZEL::EventListener {
         }
     }
     void onCleared(const ZEL::Event& event) override {
-        if (!event.counts()) {
-            return;
+        if (event.counts()) {
+            take(event);
         }
+    }
+    void take(const ZEL::Event& event) {
         scan_.report.events.push_back(event);
         ++progress_.events;
         if (scan_.record) {
@@ -89,6 +92,21 @@ void feed(ZEL::EventAnalyser& analyser, Findings& /*findings*/, const AudioFrame
                        sound.time);
 }
 
+std::vector<DamageNote> notesOn(const std::vector<Complaint>& complaints) {
+    std::vector<DamageNote> notes;
+    for (const Complaint& complaint : complaints) {
+        const char* const track = !complaint.track                               ? ""
+                                  : *complaint.track == ZEL::StreamTrack::kVideo ? "video"
+                                                                                 : "audio";
+        notes.push_back({.what = wordsFor(complaint.reason),
+                         .track = track,
+                         .span = complaint.span,
+                         .count = complaint.count,
+                         .share = complaint.share});
+    }
+    return notes;
+}
+
 void analyse(MediaSource& source, const ZEL::EventRules& rules, InputScan& scan, Progress::Slot& progress,
              Findings& findings, const std::atomic<bool>& stop) {
     InputReport& report = scan.report;
@@ -114,6 +132,11 @@ void analyse(MediaSource& source, const ZEL::EventRules& rules, InputScan& scan,
         anything && !stop && !report.facts.duration_estimated ? report.facts.duration : std::nullopt;
     analyser.endOfStream(declared_s);
     report.length_s = analyser.reached();
+    const std::vector<Complaint> complaints = source.complaints();
+    for (const ZEL::Event& event : damageEvents(complaints, rules[indexOf(ZEL::EventKind::kDamage)])) {
+        findings.take(event);
+    }
+    report.damage = notesOn(complaints);
     if (!report.problem && source.shortfall()) {
         report.problem = source.shortfall()->detail;
     }

@@ -120,6 +120,15 @@ TEST(MediaSource, SkipsAndCountsWhatIsDamaged) {
     const Collected all = collect(source);
     EXPECT_GT(all.frame_times.size(), 25U);
     EXPECT_GT(source.counts().damaged, 0U);
+    ASSERT_FALSE(source.complaints().empty());
+    for (const auto& complaint : source.complaints()) {  // from a third to a half of two seconds
+        if (complaint.reason == zel_monitor::ComplaintReason::kSmallGaps) {
+            continue;
+        }
+        EXPECT_GT(complaint.span.start_s, 0.5) << wordsFor(complaint.reason);
+        EXPECT_LT(complaint.span.end_s, 1.2) << wordsFor(complaint.reason);
+        EXPECT_EQ(complaint.track, ZEL::StreamTrack::kVideo);
+    }
 }
 
 TEST(MediaSource, DeliversWhatATruncatedFileStillHolds) {

@@ -1,0 +1,132 @@
+#include "input/packet_ledger.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace zel_monitor {
+namespace {
+
+constexpr int64_t kMostInDecoder = 100;  // frames that are put in order, and those of all threads
+constexpr size_t kMostKept = 1000;
+constexpr double kMostReorderS = 2.0;
+constexpr uint64_t kMostBefore = 2;   // packets that a stream which was cut out of another begins with
+constexpr double kMostApartS = 10.0;  // across a discontinuity the times of packets and frames tell nothing
+
+/// Whether it may come of frames that were never there.
+bool isOfReferences(ComplaintReason reason) {
+    return reason == ComplaintReason::kMissingFrame || reason == ComplaintReason::kDecodingError ||
+           reason == ComplaintReason::kConcealed;
+}
+
+}  // namespace
+
+int64_t PacketLedger::send(double time_s, double length_s, bool is_key) {
+    const std::lock_guard lock(mutex_);
+    Packet& packet = packets_[++sent_];
+    if (sent_ == 1 && is_key) {  // it does not begin in the middle of anything
+        nature_.begins_anywhere = false;
+    }
+    // Of what comes after a discontinuity only its order is known, until a frame of it has come out.
+    adrift_ = adrift_ || time_s < last_s_ - kMostReorderS;
+    last_s_ = time_s;
+    packet.time_s = adrift_ ? end_s_ : time_s;
+    packet.length_s = length_s;
+    // Of a decoder that gives nothing any more only so much is kept.
+    while (packets_.size() > kMostKept) {
+        packets_.erase(packets_.begin());
+    }
+    return sent_;
+}
+
+void PacketLedger::refused() {
+    ++refusals_;
+}
+
+void PacketLedger::onLogged(ComplaintReason reason, int64_t packet, double share) {
+    if (reason == ComplaintReason::kMissingFrame && nature_.has_timestamps) {
+        return;
+    }
+    const std::lock_guard lock(mutex_);
+    double& worst = packets_[packet].complaints[reason];
+    worst = std::max(worst, share);
+}
+
+std::vector<ItemComplaint> PacketLedger::receive(int64_t number, double time_s, double length_s,
+                                                 bool is_marked) {
+    const std::lock_guard lock(mutex_);
+    if (number < 1 || number > sent_) {  // not every decoder hands it on
+        number = sent_;
+    }
+    adrift_ = false;
+    if (!first_s_) {
+        first_s_ = time_s;
+        first_ = number;
+        forgiveBeginning();
+    }
+    std::vector<ItemComplaint> complaints = lostUpTo(std::max(number, received_) - kMostInDecoder, time_s);
+    if (refusals_ > 0) {
+        const double hole_s = time_s - end_s_;
+        const double missing_s = hole_s > 0.0 && hole_s < kMostApartS ? hole_s : 0.0;
+        complaints.push_back({ComplaintReason::kRefused, -missing_s, missing_s, 1.0});
+        refusals_ = 0;
+    }
+    const size_t of_others = complaints.size();
+    if (const auto found = packets_.find(number); found != packets_.end()) {
+        for (const auto& [reason, share] : found->second.complaints) {
+            complaints.push_back({reason, 0.0, length_s, share});
+        }
+        packets_.erase(found);
+    }
+    if (is_marked && complaints.size() == of_others) {
+        complaints.push_back({ComplaintReason::kDecodingError, 0.0, length_s, 1.0});
+    }
+    received_ = std::max(received_, number);
+    end_s_ = time_s + length_s;
+    return complaints;
+}
+
+std::vector<ItemComplaint> PacketLedger::finish() {
+    const std::lock_guard lock(mutex_);
+    auto complaints = lostUpTo(sent_ + 2, end_s_);
+    if (refusals_ > 0) {
+        complaints.push_back({ComplaintReason::kRefused, 0.0, 0.0, 1.0});
+    }
+    return complaints;
+}
+
+/// A stream that was cut out of another one may begin in the middle of something, and some coders do not get
+/// their first frame quite right. Whatever a decoder makes of that is no damage.
+void PacketLedger::forgiveBeginning() {
+    if (nature_.begins_anywhere || refusals_ <= kMostBefore) {
+        refusals_ = 0;
+    }
+    for (auto it = packets_.begin(); it != packets_.end() && it->first <= first_; ++it) {
+        const bool is_forgiven = nature_.begins_anywhere || first_ <= static_cast<int64_t>(kMostBefore) + 1;
+        const bool is_concealed = it->second.complaints.contains(ComplaintReason::kConcealed);
+        if (is_forgiven && (it->first < first_ || !is_concealed)) {
+            std::erase_if(it->second.complaints,
+                          [](const auto& complaint) { return isOfReferences(complaint.first); });
+        }
+    }
+}
+
+/// What is wrong with packets of which no frame came, and none will.
+std::vector<ItemComplaint> PacketLedger::lostUpTo(int64_t number, double seen_from_s) {
+    std::vector<ItemComplaint> complaints;
+    for (auto it = packets_.begin(); it != packets_.end() && it->first < number; it = packets_.erase(it)) {
+        const Packet& packet = it->second;
+        const double offset_s = packet.time_s - seen_from_s;
+        const bool is_near = std::abs(offset_s) < kMostApartS;
+        // Frames that are shown before the first one, but come after it, need others that were cut off.
+        const bool leads = first_s_ && it->first > first_ && packet.time_s < *first_s_;
+        for (const auto& [reason, share] : packet.complaints) {
+            if (!leads || !isOfReferences(reason)) {
+                complaints.push_back(
+                    {reason, is_near ? offset_s : 0.0, is_near ? packet.length_s : 0.0, share});
+            }
+        }
+    }
+    return complaints;
+}
+
+}  // namespace zel_monitor
