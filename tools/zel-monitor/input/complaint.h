@@ -41,7 +41,8 @@ struct Complaint {
     std::optional<ZEL::StreamTrack> track;  ///< none: of either
     ZEL::TimeSpan span;                     ///< stream time
     uint64_t count;                         ///< packets, frames or stretches of bytes that are hit
-    double share;  ///< of the frame that is hit worst, or of the whole stream: 0 to 1
+    double share;        ///< of the frame that is hit worst, or of the whole stream: 0 to 1
+    double slice_share;  ///< of the half second that is hit worst: 0 to 1
 };
 
 }  // namespace zel_monitor

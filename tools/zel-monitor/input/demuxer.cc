@@ -185,7 +185,9 @@ Demuxer::Packet Demuxer::handOut(StreamTrack track, PacketHandle packet) {
     lanes_[track].corrupt_last = is_corrupt;
     const bool is_encrypted = isEncrypted(*packet) || isEncrypted(format_, streamOf(*packet));
     auto complaints = std::exchange(complaints_, {});
-    if (is_corrupt) {
+    // Whether the input ends too early is told by its container, which may not know its end.
+    const bool is_last = format_.pb != nullptr && format_.pb->eof_reached != 0;
+    if (is_corrupt && !is_last) {
         complaints.push_back(ComplaintReason::kBrokenPacket);
     }
     return {.track = track,

@@ -72,6 +72,10 @@ inline const ItemNotes& notesOf(const MediaItem& item) {
     return std::visit([](const auto& content) -> const ItemNotes& { return content.notes; }, item);
 }
 
+inline ZEL::StreamTrack trackOf(const MediaItem& item) {
+    return std::holds_alternative<VideoFrame>(item) ? ZEL::StreamTrack::kVideo : ZEL::StreamTrack::kAudio;
+}
+
 inline double timeOf(const MediaItem& item) {
     return std::visit([](const auto& content) { return content.time; }, item);
 }

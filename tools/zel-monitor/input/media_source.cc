@@ -1,5 +1,6 @@
 #include "input/media_source.h"
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -22,6 +23,8 @@ class MediaSource::Reader : public TrackListener {
   public:
     Reader(const std::string& input, const MediaOptions& options)
         : interrupted_(options.interrupted),
+          threads_(options.threads),
+          begins_anew_(options.begins_anew),
           input_(input, options),
           demuxer_(demuxerFor({options.video, options.audio})),
           origin_(statedStart(input_.format())),
@@ -35,6 +38,7 @@ class MediaSource::Reader : public TrackListener {
 
     const MediaFacts& facts() const { return facts_; }
     const std::optional<Shortfall>& shortfall() const { return completeness_.shortfall(); }
+    bool mustBeginAnew() const { return state_ == State::kUnsteady; }
 
     std::vector<Complaint> complaints() const { return damage_.list(); }
 
@@ -45,14 +49,19 @@ class MediaSource::Reader : public TrackListener {
         return counts;
     }
 
+    /// None too where the input is to be decoded anew.
     std::optional<MediaItem> next() {
         while (true) {
             if (interrupted_ != nullptr && interrupted_->load()) {
                 completeness_.stopped();
                 return std::nullopt;
             }
+            if (isUnsteady()) {
+                state_ = State::kUnsteady;
+                return std::nullopt;
+            }
             if (auto item = placer_.next()) {
-                ++(std::holds_alternative<VideoFrame>(*item) ? counts_.video_frames : counts_.audio_frames);
+                ++(trackOf(*item) == StreamTrack::kVideo ? counts_.video_frames : counts_.audio_frames);
                 damage_.saw(*item);
                 return item;
             }
@@ -64,7 +73,8 @@ class MediaSource::Reader : public TrackListener {
     }
 
   private:
-    enum class State { kReading, kDecoded, kPlaced, kEnded };  // how far all of the input has come
+    /// How far all of the input has come.
+    enum class State { kReading, kDecoded, kPlaced, kEnded, kUnsteady };
 
     Demuxer demuxerFor(PerTrack<bool> wanted) {
         try {
@@ -82,7 +92,7 @@ class MediaSource::Reader : public TrackListener {
                 continue;
             }
             try {
-                tracks_[track].emplace(track, input_.format(), *stream, origin_, *this);
+                tracks_[track].emplace(track, input_.format(), *stream, threads_, origin_, *this);
             } catch (const FfmpegError& error) {
                 throw input_.errorFor(error);
             }
@@ -116,6 +126,14 @@ class MediaSource::Reader : public TrackListener {
         if (tracks_.audio) {
             facts_.audio = audioFacts(tracks_.audio->decoder());
         }
+    }
+
+    /// Whether what comes from here on might be different the next time, and need not.
+    bool isUnsteady() {
+        const bool may_differ = std::any_of(kTracks.begin(), kTracks.end(), [this](StreamTrack track) {
+            return tracks_[track] && tracks_[track]->isUnsteady();
+        });
+        return may_differ && begins_anew_ && input_.fileBytes();
     }
 
     /// One step on: an item from the interleaver to the clock, or a packet from the input to its decoder.
@@ -207,6 +225,8 @@ class MediaSource::Reader : public TrackListener {
     void onStreamRefused(const FfmpegError& reason) override { completeness_.streamRefused(reason.what()); }
 
     const std::atomic<bool>* interrupted_;
+    int threads_;
+    bool begins_anew_;
     OpenedInput input_;
     Demuxer demuxer_;
     StreamOrigin origin_;
@@ -222,7 +242,7 @@ class MediaSource::Reader : public TrackListener {
 };
 
 MediaSource::MediaSource(const std::string& input, const MediaOptions& options)
-    : reader_(std::make_unique<Reader>(input, options)) {}
+    : input_(input), options_(options), reader_(std::make_unique<Reader>(input, options)) {}
 MediaSource::MediaSource(MediaSource&&) noexcept = default;
 MediaSource& MediaSource::operator=(MediaSource&&) noexcept = default;
 MediaSource::~MediaSource() = default;
@@ -240,7 +260,21 @@ std::vector<Complaint> MediaSource::complaints() const {
 }
 
 std::optional<MediaItem> MediaSource::next() {
-    return reader_->next();
+    while (auto item = reader_->next()) {
+        uint64_t& skipped = to_skip_[trackOf(*item)];
+        if (skipped == 0) {
+            ++given_[trackOf(*item)];
+            return item;
+        }
+        --skipped;
+    }
+    if (!reader_->mustBeginAnew()) {
+        return std::nullopt;
+    }
+    options_.threads = 1;
+    to_skip_ = given_;
+    reader_ = std::make_unique<Reader>(input_, options_);
+    return next();
 }
 
 const std::optional<Shortfall>& MediaSource::shortfall() const {

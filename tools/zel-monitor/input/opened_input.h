@@ -21,6 +21,10 @@ struct MediaOptions {
     double duration = 0;      ///< seconds, for inputs that do not say it themselves; 0: not known either
     bool video = true;
     bool audio = true;
+    int threads = 0;  ///< of each decoder; 0: as many as there are processors
+    /// Whether a damaged file is decoded from its beginning once more, without threads, so that the same
+    /// comes out of it every time. What is shown as it plays cannot wait for that.
+    bool begins_anew = true;
     /// Once it is true, blocking reads end, an opening fails and the source ends. It outlives the source.
     const std::atomic<bool>* interrupted = nullptr;
 };
@@ -36,7 +40,7 @@ class OpenedInput {
     std::optional<int64_t> declaredBytes() const { return declared_bytes_; }
     /// What the demuxer complained of in the header.
     const std::vector<ComplaintReason>& complaints() const { return complaints_; }
-    /// How many bytes it has; none if it is not a file.
+    /// How many bytes it has; none if it is not a file, which can be read as often as one likes.
     std::optional<int64_t> fileBytes() const;
     /// See faultsOfStructure(); none are looked for in what is not a file. Leaves the input elsewhere.
     StructureFaults structureFaults() const;

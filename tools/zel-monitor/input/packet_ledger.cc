@@ -39,16 +39,24 @@ int64_t PacketLedger::send(double time_s, double length_s, bool is_key) {
 }
 
 void PacketLedger::refused() {
+    const std::lock_guard lock(mutex_);
     ++refusals_;
+    disturbed_ = disturbed_ || first_s_ || !nature_.begins_anywhere;
 }
 
 void PacketLedger::onLogged(ComplaintReason reason, int64_t packet, double share) {
-    if (reason == ComplaintReason::kMissingFrame && nature_.has_timestamps) {
-        return;
-    }
     const std::lock_guard lock(mutex_);
-    double& worst = packets_[packet].complaints[reason];
-    worst = std::max(worst, share);
+    Packet& about = packets_[packet];
+    disturbed_ = disturbed_ || (first_s_ && !leads(packet, about));
+    if (reason != ComplaintReason::kMissingFrame || !nature_.has_timestamps) {
+        double& worst = about.complaints[reason];
+        worst = std::max(worst, share);
+    }
+}
+
+bool PacketLedger::isDisturbed() {
+    const std::lock_guard lock(mutex_);
+    return disturbed_;
 }
 
 std::vector<ItemComplaint> PacketLedger::receive(int64_t number, double time_s, double length_s,
@@ -61,6 +69,10 @@ std::vector<ItemComplaint> PacketLedger::receive(int64_t number, double time_s, 
     if (!first_s_) {
         first_s_ = time_s;
         first_ = number;
+        disturbed_ =
+            disturbed_ || std::any_of(packets_.lower_bound(number), packets_.end(), [&](const auto& sent) {
+                return !sent.second.complaints.empty() && !leads(sent.first, sent.second);
+            });
         forgiveBeginning();
     }
     std::vector<ItemComplaint> complaints = lostUpTo(std::max(number, received_) - kMostInDecoder, time_s);
@@ -72,14 +84,19 @@ std::vector<ItemComplaint> PacketLedger::receive(int64_t number, double time_s, 
     }
     const size_t of_others = complaints.size();
     if (const auto found = packets_.find(number); found != packets_.end()) {
+        // How much of the frame is hit is known where the decoder tells what it made up.
+        const auto concealed = found->second.complaints.find(ComplaintReason::kConcealed);
         for (const auto& [reason, share] : found->second.complaints) {
-            complaints.push_back({reason, 0.0, length_s, share});
+            const bool is_told =
+                reason == ComplaintReason::kDecodingError && concealed != found->second.complaints.end();
+            complaints.push_back({reason, 0.0, length_s, is_told ? concealed->second : share});
         }
         packets_.erase(found);
     }
     if (is_marked && complaints.size() == of_others) {
         complaints.push_back({ComplaintReason::kDecodingError, 0.0, length_s, 1.0});
     }
+    disturbed_ = disturbed_ || is_marked;
     received_ = std::max(received_, number);
     end_s_ = time_s + length_s;
     return complaints;
@@ -110,6 +127,11 @@ void PacketLedger::forgiveBeginning() {
     }
 }
 
+/// Whether it is shown before the first frame, but comes after it, and so needs others that were cut off.
+bool PacketLedger::leads(int64_t number, const Packet& packet) const {
+    return first_s_ && number > first_ && packet.time_s < *first_s_;
+}
+
 /// What is wrong with packets of which no frame came, and none will.
 std::vector<ItemComplaint> PacketLedger::lostUpTo(int64_t number, double seen_from_s) {
     std::vector<ItemComplaint> complaints;
@@ -117,10 +139,9 @@ std::vector<ItemComplaint> PacketLedger::lostUpTo(int64_t number, double seen_fr
         const Packet& packet = it->second;
         const double offset_s = packet.time_s - seen_from_s;
         const bool is_near = std::abs(offset_s) < kMostApartS;
-        // Frames that are shown before the first one, but come after it, need others that were cut off.
-        const bool leads = first_s_ && it->first > first_ && packet.time_s < *first_s_;
+        const bool is_leading = leads(it->first, packet);
         for (const auto& [reason, share] : packet.complaints) {
-            if (!leads || !isOfReferences(reason)) {
+            if (!is_leading || !isOfReferences(reason)) {
                 complaints.push_back(
                     {reason, is_near ? offset_s : 0.0, is_near ? packet.length_s : 0.0, share});
             }

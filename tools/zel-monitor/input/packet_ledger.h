@@ -36,6 +36,9 @@ class PacketLedger : public LogListener {
     std::vector<ItemComplaint> finish();
     /// How many packets went to the decoder after the one that the last frame was made of.
     int64_t unanswered() const { return sent_ - received_; }
+    /// Whether the decoder has run into anything that it may make this or that of. If a frame comes out and
+    /// it has not, neither has it with anything that the frame is made of.
+    bool isDisturbed();
 
   private:
     struct Packet {
@@ -45,6 +48,7 @@ class PacketLedger : public LogListener {
     };
 
     void forgiveBeginning();
+    bool leads(int64_t number, const Packet& packet) const;
     std::vector<ItemComplaint> lostUpTo(int64_t number, double seen_from_s);
 
     StreamNature nature_;
@@ -58,6 +62,7 @@ class PacketLedger : public LogListener {
     double end_s_ = 0.0;                  // of the last frame
     double last_s_ = 0.0;                 // time of the packet that was sent last
     bool adrift_ = false;                 // times of packets have jumped back, and no frame told where to
+    bool disturbed_ = false;
 };
 
 }  // namespace zel_monitor

@@ -18,6 +18,10 @@ void join(Complaint& complaint, const Complaint& other) {
     complaint.share = std::max(complaint.share, other.share);
 }
 
+double shareOfSlice(ZEL::TimeSpan span, double share) {
+    return std::min(share * span.length() / kSliceS, 1.0);
+}
+
 }  // namespace
 
 std::string_view wordsFor(ComplaintReason reason) {
@@ -43,9 +47,15 @@ void StreamComplaints::add(ComplaintReason reason, std::optional<ZEL::StreamTrac
     span.end_s = std::clamp(span.end_s, span.start_s, span.start_s + kMostTimeS);
     const Key key{static_cast<int64_t>(std::floor(span.start_s / kSliceS)),
                   track ? static_cast<int>(*track) : -1, reason};
-    const Complaint complaint{.reason = reason, .track = track, .span = span, .count = 1, .share = share};
+    const Complaint complaint{.reason = reason,
+                              .track = track,
+                              .span = span,
+                              .count = 1,
+                              .share = share,
+                              .slice_share = shareOfSlice(span, share)};
     if (const auto found = slices_.find(key); found != slices_.end()) {
         join(found->second, complaint);
+        found->second.slice_share = std::min(found->second.slice_share + complaint.slice_share, 1.0);
     } else if (slices_.size() < kMostSlices) {
         slices_.emplace(key, complaint);
     }
@@ -58,7 +68,9 @@ std::vector<Complaint> StreamComplaints::list() const {
         const std::tuple alike{std::get<1>(key), complaint.reason};
         const auto found = latest.find(alike);
         if (found != latest.end() && complaint.span.start_s - list[found->second].span.end_s < kSliceS) {
-            join(list[found->second], complaint);
+            Complaint& joined = list[found->second];
+            join(joined, complaint);
+            joined.slice_share = std::max(joined.slice_share, complaint.slice_share);
         } else {
             latest[alike] = list.size();
             list.push_back(complaint);

@@ -16,8 +16,7 @@ constexpr int64_t kFirstApart = 1000;
 }  // namespace
 
 void StreamDamage::saw(const MediaItem& item) {
-    const StreamTrack track =
-        std::holds_alternative<VideoFrame>(item) ? StreamTrack::kVideo : StreamTrack::kAudio;
+    const StreamTrack track = trackOf(item);
     const double time_s = timeOf(item);
     const ItemNotes& notes = notesOf(item);
     gaps_[track].add(time_s, durationOf(item));
@@ -71,11 +70,13 @@ void StreamDamage::conclude(const StructureFaults& faults, int64_t bytes, const 
         }
     }
     for (const StreamTrack track : kTracks) {
-        if (track == StreamTrack::kVideo && !nature_.has_timestamps) {
-            continue;  // frames that repeat the one before may be left out
+        if (track == StreamTrack::kVideo && nature_.is_uneven) {
+            continue;
         }
-        if (const double share = gaps_[track].share(); share >= kLeastMissing) {
-            complaints_.add(ComplaintReason::kSmallGaps, track, {0.0, ends_s_[track]}, share);
+        if (const auto missing = gaps_[track].missing(); missing.share >= kLeastMissing) {
+            const bool is_located = missing.span.length() > 0.0;
+            complaints_.add(ComplaintReason::kSmallGaps, track,
+                            is_located ? missing.span : ZEL::TimeSpan{0.0, ends_s_[track]}, missing.share);
         }
     }
 }

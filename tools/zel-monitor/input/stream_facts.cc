@@ -33,12 +33,14 @@ StreamNature natureOf(const AVFormatContext& format) {
     constexpr std::array<std::string_view, 6> kCutAnywhere{"mpegts", "mpeg", "hls", "rtsp", "rtp", "sdp"};
     constexpr std::array<std::string_view, 11> kBare{"h264", "hevc", "mpegvideo", "m4v",  "vc1", "obu",
                                                      "aac",  "mp3",  "ac3",       "eac3", "dts"};
-    const auto isOneOf = [name = std::string_view(format.iformat->name)](const auto& names) {
+    const std::string_view name = format.iformat->name;
+    const auto isOneOf = [&](const auto& names) {
         return std::find(names.begin(), names.end(), name) != names.end();
     };
-    const bool is_bare = isOneOf(kBare);
-    return {.begins_anywhere = is_bare || isOneOf(kCutAnywhere),
-            .has_timestamps = !is_bare && !isOneOf(std::array<std::string_view, 1>{"avi"})};
+    const bool has_timestamps = !isOneOf(kBare) && name != "avi";
+    return {.begins_anywhere = isOneOf(kBare) || isOneOf(kCutAnywhere),
+            .has_timestamps = has_timestamps,
+            .is_uneven = !has_timestamps || name == "matroska,webm"};
 }
 
 double frameRateOf(const AVStream& stream) {

@@ -15,6 +15,7 @@ std::optional<double> statedStart(const AVFormatContext& format);
 struct StreamNature {
     bool begins_anywhere;  ///< its first frames may need some that were never in it
     bool has_timestamps;   ///< of single frames, which tell where some are missing
+    bool is_uneven;        ///< frames that repeat the one before may be left out of the video
 };
 StreamNature natureOf(const AVFormatContext& format);
 

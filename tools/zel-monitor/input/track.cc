@@ -10,14 +10,14 @@
 namespace zel_monitor {
 namespace {
 
-CodecHandle openDecoder(StreamTrack track, const AVStream& stream, PacketLedger& ledger) {
+CodecHandle openDecoder(StreamTrack track, const AVStream& stream, int threads, PacketLedger& ledger) {
     const AVCodec* const decoder = avcodec_find_decoder(stream.codecpar->codec_id);
     if (decoder == nullptr) {
         throw noDecoderFor(track);
     }
     CodecHandle codec(orOutOfMemory(avcodec_alloc_context3(decoder)));
     codec->pkt_timebase = stream.time_base;
-    codec->thread_count = 0;  // as many as there are processors
+    codec->thread_count = threads;
     codec->err_recognition |= AV_EF_CRCCHECK;
     listenTo(*codec, ledger);
     checked(avcodec_parameters_to_context(codec.get(), stream.codecpar));
@@ -31,14 +31,21 @@ double secondsOf(int64_t ticks, const AVStream& stream) {
 
 }  // namespace
 
-Track::Track(StreamTrack track, const AVFormatContext& format, const AVStream& stream, StreamOrigin& origin,
-             TrackListener& listener)
+Track::Track(StreamTrack track, const AVFormatContext& format, const AVStream& stream, int threads,
+             StreamOrigin& origin, TrackListener& listener)
     : track_(track),
       stream_(&stream),
+      threads_(threads),
       origin_(origin),
       listener_(listener),
-      ledger_(natureOf(format)),
-      codec_(openDecoder(track, stream, ledger_)) {}
+      ledger_(natureOf(format)) {
+    open();
+}
+
+void Track::open() {
+    codec_ = openDecoder(track_, *stream_, threads_, ledger_);
+    has_threads_ = has_threads_ || codec_->active_thread_type != 0;
+}
 
 void Track::decode(const AVPacket& packet, const AVStream& stream,
                    const std::vector<ComplaintReason>& complaints) {
@@ -48,7 +55,7 @@ void Track::decode(const AVPacket& packet, const AVStream& stream,
         gave_anything_ = false;
         codec_.reset();
         try {
-            codec_ = openDecoder(track_, stream, ledger_);
+            open();
         } catch (const FfmpegError& reason) {
             listener_.onStreamRefused(reason);
         }

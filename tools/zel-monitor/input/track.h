@@ -46,10 +46,11 @@ class TrackListener {
 /// in seconds since the origin as the timestamps say, but for their wraparound.
 class Track {
   public:
-    /// Begins with `stream` of an input in `format`. What is referred to outlives this object. Throws
-    /// FfmpegError if the stream cannot be decoded.
-    Track(StreamTrack track, const AVFormatContext& format, const AVStream& stream, StreamOrigin& origin,
-          TrackListener& listener);
+    /// Begins with `stream` of an input in `format`, with so many threads, or with 0 as many as there are
+    /// processors. What is referred to outlives this object. Throws FfmpegError if the stream cannot be
+    /// decoded.
+    Track(StreamTrack track, const AVFormatContext& format, const AVStream& stream, int threads,
+          StreamOrigin& origin, TrackListener& listener);
     Track(const Track&) = delete;
     Track& operator=(const Track&) = delete;
 
@@ -64,9 +65,13 @@ class Track {
     std::vector<ItemComplaint> rest() { return ledger_.finish(); }
     /// At the end: how many packets, the last ones, gave nothing.
     int64_t unanswered() const { return ledger_.unanswered(); }
+    /// Whether what comes out from here on may be different the next time: the threads of a decoder make
+    /// different things of the same damage.
+    bool isUnsteady() { return has_threads_ && ledger_.isDisturbed(); }
     const AVCodecContext& decoder() const { return *codec_; }
 
   private:
+    void open();
     void feed(const AVPacket* packet);
     void take(const AVFrame& frame);
     void give(const AVFrame& frame, MediaItem item);
@@ -77,10 +82,12 @@ class Track {
 
     StreamTrack track_;
     const AVStream* stream_;
+    int threads_;
     StreamOrigin& origin_;
     TrackListener& listener_;
     PacketLedger ledger_;
-    CodecHandle codec_;  // null after a stream was refused; complains to the ledger
+    CodecHandle codec_;         // null after a stream was refused; complains to the ledger
+    bool has_threads_ = false;  // a decoder of this track
     FrameHandle frame_{orOutOfMemory(av_frame_alloc())};
     VideoFrameConverter frames_;
     AudioFrameConverter sounds_;

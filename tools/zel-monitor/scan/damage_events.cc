@@ -1,36 +1,84 @@
 #include "scan/damage_events.h"
 
 #include <algorithm>
+#include <iterator>
+#include <optional>
 
 namespace zel_monitor {
+namespace {
 
-std::vector<ZEL::Event> damageEvents(const std::vector<Complaint>& complaints, ZEL::EventRule rule) {
-    std::vector<ZEL::Event> events;
-    std::vector<ZEL::Event> whole;
-    double hit_s = 0.0;  // of the last event
-    const auto settleShare = [&] {
-        if (!events.empty() && events.back().span.length() > 0.0) {
-            events.back().share = std::min(hit_s / events.back().span.length(), 1.0);
+constexpr double kLeastOfSlice = 0.02;  // of the frames in half a second
+constexpr double kLeastOfFrame = 0.05;
+
+bool isOfFrames(ComplaintReason reason) {
+    return reason == ComplaintReason::kDecodingError || reason == ComplaintReason::kConcealed;
+}
+
+/// Whether anybody would notice.
+bool isNoticed(const Complaint& complaint) {
+    if (complaint.reason == ComplaintReason::kBrokenPacket && complaint.track == ZEL::StreamTrack::kVideo) {
+        return complaint.count > 1;  // as where streams were joined; what is lost the decoder misses
+    }
+    return !isOfFrames(complaint.reason) || complaint.slice_share > kLeastOfSlice ||
+           complaint.share > kLeastOfFrame;
+}
+
+/// Share of half a second that is hit, or of one frame, against the least that counts.
+ZEL::Evidence evidenceOf(const Complaint& complaint) {
+    const bool is_of_slice = complaint.slice_share > kLeastOfSlice || !isOfFrames(complaint.reason);
+    const double of_slice =
+        complaint.reason == ComplaintReason::kSmallGaps ? complaint.share : complaint.slice_share;
+    return is_of_slice ? ZEL::Evidence{of_slice, kLeastOfSlice}
+                       : ZEL::Evidence{complaint.share, kLeastOfFrame};
+}
+
+/// An event, and for how long there was anything wrong in it.
+struct Stretch {
+    ZEL::Event event;
+    double hit_s = 0.0;
+
+    explicit Stretch(const Complaint& first) : event{.kind = ZEL::EventKind::kDamage, .span = first.span} {
+        event.span.end_s = event.span.start_s;
+        add(first);
+    }
+    void add(const Complaint& complaint) {
+        const ZEL::Evidence evidence = evidenceOf(complaint);
+        const auto& known = event.evidence;
+        if (!known || evidence.value * known->limit > known->value * evidence.limit) {
+            event.evidence = evidence;
         }
-    };
-    for (const Complaint& complaint : complaints) {
-        if (complaint.reason == ComplaintReason::kSmallGaps) {
-            whole.push_back(
-                {.kind = ZEL::EventKind::kDamage, .span = complaint.span, .share = complaint.share});
-            continue;
-        }
-        if (events.empty() || complaint.span.start_s > events.back().span.end_s + rule.gap_s) {
-            settleShare();
-            events.push_back({.kind = ZEL::EventKind::kDamage, .span = complaint.span});
-            hit_s = complaint.span.length();
-            continue;
-        }
-        double& end_s = events.back().span.end_s;
+        double& end_s = event.span.end_s;
         hit_s += std::max(0.0, complaint.span.end_s - std::max(end_s, complaint.span.start_s));
         end_s = std::max(end_s, complaint.span.end_s);
+        event.share = event.span.length() > 0.0 ? std::min(hit_s / event.span.length(), 1.0) : 1.0;
     }
-    settleShare();
-    events.insert(events.begin(), whole.begin(), whole.end());
+};
+
+}  // namespace
+
+std::vector<ZEL::Event> damageEvents(const std::vector<Complaint>& complaints, ZEL::EventRule rule) {
+    std::vector<Stretch> stretches;
+    std::optional<Stretch> gaps;
+    for (const Complaint& complaint : complaints) {
+        if (!isNoticed(complaint)) {
+            continue;
+        }
+        if (complaint.reason == ComplaintReason::kSmallGaps) {
+            gaps ? gaps->add(complaint) : void(gaps.emplace(complaint));
+        } else if (stretches.empty() ||
+                   complaint.span.start_s > stretches.back().event.span.end_s + rule.gap_s) {
+            stretches.emplace_back(complaint);
+        } else {
+            stretches.back().add(complaint);
+        }
+    }
+    std::vector<ZEL::Event> events;
+    std::transform(stretches.begin(), stretches.end(), std::back_inserter(events),
+                   [](const Stretch& stretch) { return stretch.event; });
+    if (gaps) {
+        gaps->event.share = gaps->event.evidence->value;
+        events.push_back(gaps->event);
+    }
     std::erase_if(events,
                   [&](const ZEL::Event& event) { return event.span.length() + ZEL::kSlackS < rule.min_s; });
     std::stable_sort(events.begin(), events.end(), [](const ZEL::Event& a, const ZEL::Event& b) {

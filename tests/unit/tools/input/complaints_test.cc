@@ -73,7 +73,7 @@ void sendSecond(PacketLedger& ledger, double from_s = 0.0) {
 }
 
 TEST(PacketLedger, BringsComplaintsToTheFramesTheyAreAbout) {
-    PacketLedger ledger({.begins_anywhere = false, .has_timestamps = true});
+    PacketLedger ledger({.begins_anywhere = false, .has_timestamps = true, .is_uneven = false});
     sendSecond(ledger);
     ledger.complain(ComplaintReason::kBrokenPacket);  // the last one
     ledger.onLogged(ComplaintReason::kDecodingError, 4, 1.0);
@@ -103,7 +103,7 @@ TEST(PacketLedger, BringsComplaintsToTheFramesTheyAreAbout) {
 }
 
 TEST(PacketLedger, TellsWhatNeverCameOutBeforeTooLong) {
-    PacketLedger ledger({.begins_anywhere = false, .has_timestamps = true});
+    PacketLedger ledger({.begins_anywhere = false, .has_timestamps = true, .is_uneven = false});
     size_t told = 0;
     for (int i = 0; i < 1000; ++i) {
         const int64_t number = ledger.send(i * kFrameS, kFrameS, false);
@@ -122,7 +122,7 @@ TEST(PacketLedger, TellsWhatNeverCameOutBeforeTooLong) {
 
 TEST(PacketLedger, ForgivesTheBeginningOfAStreamThatWasCutOut) {
     for (const bool begins_anywhere : {true, false}) {
-        PacketLedger ledger({.begins_anywhere = begins_anywhere, .has_timestamps = true});
+        PacketLedger ledger({.begins_anywhere = begins_anywhere, .has_timestamps = true, .is_uneven = false});
         sendSecond(ledger);
         for (int number = 1; number < 10; ++number) {
             ledger.onLogged(ComplaintReason::kDecodingError, number, 1.0);
@@ -136,7 +136,7 @@ TEST(PacketLedger, ForgivesTheBeginningOfAStreamThatWasCutOut) {
 }
 
 TEST(PacketLedger, LeavesPacketsAfterADiscontinuityWhereTheyAre) {
-    PacketLedger ledger({.begins_anywhere = true, .has_timestamps = true});
+    PacketLedger ledger({.begins_anywhere = true, .has_timestamps = true, .is_uneven = false});
     sendSecond(ledger, 10.0);
     ledger.receive(25, 10.0 + 24 * kFrameS, kFrameS, false);
     sendSecond(ledger);  // the timestamps begin again
@@ -153,7 +153,7 @@ double shareOf(GapSum sum, int frames, double distance_s, double length_s, int e
             sum.add(grain_s > 0 ? std::round(time_s / grain_s) * grain_s : time_s, length_s);
         }
     }
-    return sum.share();
+    return sum.missing().share;
 }
 
 TEST(GapSum, IsWhatFramesLeaveOut) {
@@ -166,9 +166,20 @@ TEST(GapSum, IsWhatFramesLeaveOut) {
     }
 }
 
+TEST(GapSum, TellsWhereTheyAre) {
+    GapSum sum(false);
+    for (int i = 0; i < 100; ++i) {
+        sum.add(i * kFrameS + (i > 50 ? 0.8 : 0.0) + (i > 60 ? 0.2 : 0.0), kFrameS);
+    }
+    EXPECT_NEAR(0.2, sum.missing().share, 0.01);
+    EXPECT_NEAR(51 * kFrameS, sum.missing().span.start_s, 1e-6);
+    EXPECT_NEAR(61 * kFrameS + 1.0, sum.missing().span.end_s, 1e-6);
+}
+
 TEST(GapSum, LeavesStallsAndUnevenFramesAlone) {
     GapSum stall(false);
     GapSum pulldown(false);
+    GapSum held(false);
     GapSum late(true);
     GapSum again(true);
     double shown_s = 0.0;
@@ -176,11 +187,12 @@ TEST(GapSum, LeavesStallsAndUnevenFramesAlone) {
         stall.add(i * 0.04 + (i > 250 ? 5.0 : 0.0), 0.04);
         pulldown.add(shown_s, 0.0);
         shown_s += i % 2 == 0 ? 0.033 : 0.05;
+        held.add(i * 0.04 + (i > 250 ? 0.4 : 0.0), i == 250 ? 0.44 : 0.04);  // which states that it stays
         late.add(i * 0.02 + (i % 2 == 0 ? 0.015 : 0.0), 0.02);
         again.add(i % 250 * 0.02, 0.02);  // a discontinuity backward
     }
-    for (const GapSum& sum : {stall, pulldown, late, again}) {
-        EXPECT_LT(sum.share(), 0.005);
+    for (const GapSum& sum : {stall, pulldown, late, again, held}) {
+        EXPECT_LT(sum.missing().share, 0.005);
     }
 }
 

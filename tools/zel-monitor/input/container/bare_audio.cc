@@ -127,6 +127,7 @@ StructureFaults faultsOfBareAudio(const ReadAt& read, int64_t bytes) {
     ByteWindow window(read, kMostFrameBytes + kHeadBytes);
     std::optional<uint32_t> kind;
     std::optional<uint32_t> stated_frames;
+    size_t first_bytes = 0;
     uint32_t frames = 0;
     for (int64_t place = 0; place < bytes;) {
         const Bytes content = window.at(place);
@@ -141,11 +142,12 @@ StructureFaults faultsOfBareAudio(const ReadAt& read, int64_t bytes) {
             faults.ends_early = true;
             break;
         }
-        if (!kind && head) {
-            stated_frames = statedFrames(content);
-        }
         // Anything may look like a head; it takes two in a row to begin, and to go on in another way.
         if (goes_on || (head && isFollowed(content, *head))) {
+            if (!kind) {
+                stated_frames = statedFrames(content);
+                first_bytes = head->bytes;
+            }
             kind = head->kind;
             place = next;
             ++frames;
@@ -153,6 +155,12 @@ StructureFaults faultsOfBareAudio(const ReadAt& read, int64_t bytes) {
         }
         faults.add(place, 1);
         ++place;
+    }
+    // What was cut out of a longer one may begin in the middle of a frame.
+    if (!faults.stretches.empty() && faults.stretches.front().place == 0 &&
+        faults.stretches.front().bytes < static_cast<int64_t>(first_bytes)) {
+        faults.bad_bytes -= faults.stretches.front().bytes;
+        faults.stretches.erase(faults.stretches.begin());
     }
     // What was lost as whole frames leaves no other trace.
     if (faults.stretches.empty() && stated_frames && frames + kMostMissing < *stated_frames) {
