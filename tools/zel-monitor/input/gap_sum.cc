@@ -6,7 +6,7 @@
 namespace zel_monitor {
 namespace {
 
-constexpr double kMostS = 1.0;           // what is longer is a stall, or a discontinuity
+constexpr double kMostS = 0.99;          // what is longer is a stall, or a discontinuity
 constexpr uint64_t kLeastFrames = 20;    // to tell how far apart they usually are
 constexpr double kMostDeviation = 0.25;  // of frames that are alike; timestamps may be rounded
 constexpr double kMostRoundingMs = 2.0;
