@@ -78,9 +78,9 @@ void audioRoad(benchmark::State& state) {
     for (auto unused : state) {
         for (const auto& frame : frames) {
             const auto count = static_cast<uint32_t>(channels);
-            const ZELAlgo::ZELAudioFrame block{kRate, kFrame, count,
+            const ZELAlgo::ZELAudioFrame mixed{kRate, kFrame, count,
                                                ZELAlgo::mixedDown(frame->data.get(), kFrame, count, buffer)};
-            facade.detectAudio(block, result);
+            facade.detectAudio(mixed, result);
         }
         benchmark::DoNotOptimize(result);
     }

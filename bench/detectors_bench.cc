@@ -11,8 +11,8 @@
 #include <hwy/highway.h>
 
 #include "filter_chain.h"
-#include "support/pictures.h"
-#include "support/rendered_pictures.h"
+#include "support/patterns.h"
+#include "support/rendered_frames.h"
 
 // usage: detectors_bench [CLIP...] [--benchmark_...]
 // One frame through each detector, plain and with each instruction set of this machine, beside FFmpeg's own
@@ -24,15 +24,15 @@ namespace {
 using ZELAlgo::AlgoFacade;
 using ZELAlgo::ZELAlgoConfig;
 
-constexpr size_t kPictures = 24;  // far more than any cache holds
+constexpr size_t kFrames = 24;  // far more than any cache holds
 
-/// The pictures of one clip, decoded; as FFmpeg takes them only once they are needed.
+/// The frames of one clip, decoded; as FFmpeg takes them only once they are needed.
 struct Clip {
-    std::vector<support::RenderedPicture> pictures;
+    std::vector<support::RenderedFrame> rendered;
     std::vector<bench::Frame> frames;
 
-    uint32_t width() const { return pictures[0].width; }
-    uint32_t height() const { return pictures[0].height; }
+    uint32_t width() const { return rendered[0].width; }
+    uint32_t height() const { return rendered[0].height; }
 };
 
 struct Detectors {
@@ -79,7 +79,7 @@ void registerFrames(const std::string& name, size_t count, std::function<void(si
     })->Unit(benchmark::kMicrosecond);
 }
 
-using Detect = std::function<void(AlgoFacade&, size_t picture, ZELAlgo::ZELVideoResult&)>;
+using Detect = std::function<void(AlgoFacade&, size_t frame, ZELAlgo::ZELVideoResult&)>;
 
 void registerDetectors(const std::string& name, const ZELAlgoConfig& config, size_t count,
                        const Detect& detect) {
@@ -97,14 +97,14 @@ void registerDetectors(const std::string& name, const ZELAlgoConfig& config, siz
 
 void registerClip(Clip& clip) {
     const std::string size = std::to_string(clip.height());
-    for (const support::RenderedPicture& picture : clip.pictures) {
-        clip.frames.push_back(bench::makeFrame(picture));
+    for (const support::RenderedFrame& rendered : clip.rendered) {
+        clip.frames.push_back(bench::makeFrame(rendered));
     }
     for (const Detectors& detectors : kDetectors) {
         registerDetectors(
-            size + "/" + detectors.name, detectors.config, clip.pictures.size(),
+            size + "/" + detectors.name, detectors.config, clip.rendered.size(),
             [&clip](AlgoFacade& facade, size_t i, ZELAlgo::ZELVideoResult& result) {
-                facade.detectVideo({clip.width(), clip.height(), 0, clip.pictures[i].bytes.data()}, result);
+                facade.detectVideo({clip.width(), clip.height(), 0, clip.rendered[i].bytes.data()}, result);
             });
     }
     registerDetectors(size + "/planes", {}, clip.frames.size(),
@@ -119,24 +119,24 @@ void registerClip(Clip& clip) {
                            chain->pass(*clip.frames[i]);
                        });
     }
-    const auto copy = std::make_shared<std::vector<uint8_t>>(clip.pictures[0].bytes.size());
-    registerFrames(size + "/memcpy", clip.pictures.size(), [&clip, copy](size_t i) {
-        std::memcpy(copy->data(), clip.pictures[i].bytes.data(), copy->size());
+    const auto copy = std::make_shared<std::vector<uint8_t>>(clip.rendered[0].bytes.size());
+    registerFrames(size + "/memcpy", clip.rendered.size(), [&clip, copy](size_t i) {
+        std::memcpy(copy->data(), clip.rendered[i].bytes.data(), copy->size());
         benchmark::DoNotOptimize(copy->data());
     });
 }
 
-/// Drawn pictures that drive the block detector to its limits, counted to the end.
+/// Drawn frames that drive the block detector to its limits, counted to the end.
 void registerWorst(Clip& clip) {
     for (const support::Pattern pattern : support::kPatterns) {
-        clip.pictures.push_back({1920, 1080, support::picture(pattern, 1920, 1080 * 3 / 2, 1)});
+        clip.rendered.push_back({1920, 1080, support::patternPlane(pattern, 1920, 1080 * 3 / 2, 1)});
     }
-    for (size_t i = 0; i < clip.pictures.size(); ++i) {
+    for (size_t i = 0; i < clip.rendered.size(); ++i) {
         const auto facade = std::make_shared<AlgoFacade>(countingToTheEnd());
         registerFrames(
             std::string("drawn/") + support::name(support::kPatterns[i]), 1, [&clip, facade, i](size_t) {
                 ZELAlgo::ZELVideoResult result{};
-                facade->detectVideo({clip.width(), clip.height(), 0, clip.pictures[i].bytes.data()}, result);
+                facade->detectVideo({clip.width(), clip.height(), 0, clip.rendered[i].bytes.data()}, result);
                 benchmark::DoNotOptimize(result);
             });
     }
@@ -149,10 +149,10 @@ int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
     std::vector<Clip> clips;
     for (int i = 1; i < argc; ++i) {
-        clips.push_back({support::renderPictures(std::string("movie=") + argv[i], kPictures), {}});
+        clips.push_back({support::renderFrames(std::string("movie=") + argv[i], kFrames), {}});
     }
     if (clips.empty()) {
-        clips.push_back({support::renderPictures("mandelbrot=s=320x180", kPictures), {}});
+        clips.push_back({support::renderFrames("mandelbrot=s=320x180", kFrames), {}});
     }
     for (Clip& clip : clips) {
         registerClip(clip);

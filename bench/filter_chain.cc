@@ -36,15 +36,15 @@ void FrameDestroyer::operator()(AVFrame* frame) const {
     av_frame_free(&frame);
 }
 
-Frame makeFrame(const support::RenderedPicture& picture) {
+Frame makeFrame(const support::RenderedFrame& rendered) {
     Frame frame(av_frame_alloc());
     frame->format = AV_PIX_FMT_YUV420P;
-    frame->width = static_cast<int>(picture.width);
-    frame->height = static_cast<int>(picture.height);
+    frame->width = static_cast<int>(rendered.width);
+    frame->height = static_cast<int>(rendered.height);
     av_frame_get_buffer(frame.get(), 0);
     uint8_t* planes[4];
     int strides[4];
-    av_image_fill_arrays(planes, strides, picture.bytes.data(), AV_PIX_FMT_YUV420P, frame->width,
+    av_image_fill_arrays(planes, strides, rendered.bytes.data(), AV_PIX_FMT_YUV420P, frame->width,
                          frame->height, 1);
     av_image_copy(frame->data, frame->linesize, const_cast<const uint8_t**>(planes), strides,
                   AV_PIX_FMT_YUV420P, frame->width, frame->height);

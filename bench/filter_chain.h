@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "support/rendered_pictures.h"
+#include "support/rendered_frames.h"
 
 extern "C" {
 #include <libavutil/frame.h>
@@ -24,12 +24,12 @@ struct FrameDestroyer {
 using Frame = std::unique_ptr<AVFrame, FrameDestroyer>;
 
 /// A frame as FFmpeg's filters take it, in memory of its own.
-Frame makeFrame(const support::RenderedPicture& picture);
+Frame makeFrame(const support::RenderedFrame& rendered);
 
 /// The same frame as our detectors take it.
 ZELAlgo::ZELVideoPlanes planesOf(const AVFrame& frame);
 
-/// FFmpeg's filters in one thread, fed frame by frame, of pictures or of sound.
+/// FFmpeg's filters in one thread, fed frame by frame, of frames or of sound.
 class FilterChain {
   public:
     /// For frames like `first`, whose timestamps count in `time_base`. Throws std::runtime_error if there is

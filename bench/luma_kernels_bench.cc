@@ -11,9 +11,9 @@
 #include "algo/video/block_corners.h"
 #include "algo/video/edge_kernels.h"
 #include "algo/video/smoothing_kernels.h"
-#include "support/pictures.h"
+#include "support/patterns.h"
 
-// Every video kernel, plain and with each instruction set of this machine, on one picture of 1920x1080; those
+// Every video kernel, plain and with each instruction set of this machine, on one frame of 1920x1080; those
 // of the block detector on its middle.
 
 namespace {
@@ -24,10 +24,10 @@ constexpr size_t kHalfWidth = kWidth / 2;
 constexpr size_t kHalfHeight = kHeight / 2;
 constexpr size_t kSamples = kHalfWidth * kHalfHeight;
 
-/// An I420 picture, and what the kernels make of it.
+/// An I420 frame, and what the kernels make of it.
 struct Material {
-    std::vector<uint8_t> frame = support::picture(support::Pattern::kClouds, kWidth, kHeight * 3 / 2, 5);
-    std::vector<uint8_t> previous = support::picture(support::Pattern::kClouds, kWidth, kHeight, 6);
+    std::vector<uint8_t> frame = support::patternPlane(support::Pattern::kClouds, kWidth, kHeight * 3 / 2, 5);
+    std::vector<uint8_t> previous = support::patternPlane(support::Pattern::kClouds, kWidth, kHeight, 6);
     ZELAlgo::GaussianKernel kernel = ZELAlgo::gaussianKernel();
     std::vector<uint8_t> scratch = std::vector<uint8_t>(std::max(
         ZELAlgo::smoothingScratch(kHalfWidth, kHalfHeight), ZELAlgo::edgeScratch(kHalfWidth, kHalfHeight)));

@@ -2,7 +2,7 @@
 //
 //     embedded_player FILE...
 //
-// Each playback has a session of its own, which sees every decoded picture and block of sound. Its verdicts
+// Each playback has a session of its own, which sees every decoded frame of video and audio. Its verdicts
 // are printed as they come, once a second its report, with the player's own numbers in it. At the end the
 // health assessments sum up what the playbacks were like. FFmpeg decodes.
 #include <zel/player.h>
@@ -67,7 +67,7 @@ int orThrow(int result) {
     return result;
 }
 
-/// The pictures and sounds of a file, in the order in which they are stored.
+/// The frames of a file, in the order in which they are stored.
 class Media {
   public:
     using Sink = std::function<void(AVFrame& frame, AVMediaType type, double seconds)>;
@@ -82,7 +82,7 @@ class Media {
             const int stream = av_find_best_stream(opened, type, -1, -1, &codec, 0);
             if (stream >= 0 && (opened->streams[stream]->disposition & AV_DISPOSITION_ATTACHED_PIC) == 0) {
                 open(stream, codec);
-                has_pictures_ = has_pictures_ || type == AVMEDIA_TYPE_VIDEO;
+                has_video_ = has_video_ || type == AVMEDIA_TYPE_VIDEO;
             }
         }
         if (tracks_.empty()) {
@@ -108,7 +108,7 @@ class Media {
         }
     }
 
-    bool hasPictures() const { return has_pictures_; }
+    bool hasVideo() const { return has_video_; }
     int64_t bytesRead() const { return format_->pb != nullptr ? format_->pb->bytes_read : 0; }
 
   private:
@@ -154,15 +154,15 @@ class Media {
 
     Handle<AVFormatContext> format_;
     Tracks tracks_;
-    bool has_pictures_ = false;
+    bool has_video_ = false;
     const Handle<AVFrame> frame_{av_frame_alloc()};
 };
 
 /// Makes the library's frames of FFmpeg's.
 class Converter {
   public:
-    /// I420 of even width and height. Throws MediaError, as sound() does, for what cannot be converted.
-    std::shared_ptr<ZEL::VideoFrame> picture(AVFrame& frame) {
+    /// I420 of even width and height. Throws MediaError, as audio() does, for what cannot be converted.
+    std::shared_ptr<ZEL::VideoFrame> video(AVFrame& frame) {
         constexpr uint32_t kI420 = 2;
         const int width = frame.width & ~1;
         const int height = frame.height & ~1;
@@ -185,7 +185,7 @@ class Converter {
     }
 
     /// Interleaved 16-bit samples.
-    std::shared_ptr<ZEL::AudioFrame> sound(AVFrame& frame) {
+    std::shared_ptr<ZEL::AudioFrame> audio(AVFrame& frame) {
         const int channels = frame.ch_layout.nb_channels;
         const std::array<int, 3> kind = {frame.format, frame.sample_rate, channels};
         if (kind != resampled_kind_) {  // at first, and when it changes inside a file
@@ -230,9 +230,9 @@ class ResultPrinter : public ZEL::CObject {
     static std::shared_ptr<ResultPrinter> listenTo(ZEL::MessageCenter& center) {
         auto printer = std::make_shared<ResultPrinter>();
         center.registerListener("ZELMsgVideoFrameResult", printer,
-                                [](const auto& message) { print("picture", message->payload()); });
+                                [](const auto& message) { print("video", message->payload()); });
         center.registerListener("ZELMsgAudioFrameResult", printer,
-                                [](const auto& message) { print("sound", message->payload()); });
+                                [](const auto& message) { print("audio", message->payload()); });
         return printer;
     }
 };
@@ -274,15 +274,15 @@ class Playback {
             media.decode([&](AVFrame& frame, AVMediaType type, double seconds) {
                 decoding_ms_.push_back(
                     static_cast<float>(Seconds(Clock::now() - idle_until_).count() * 1000.0));
-                // Sound goes along with the pictures, and leads only if there are none.
-                const bool leads = type == AVMEDIA_TYPE_VIDEO || !media.hasPictures();
+                // Sound goes along with the video, and leads only if there are none.
+                const bool leads = type == AVMEDIA_TYPE_VIDEO || !media.hasVideo();
                 if (leads) {
                     waitUntil(seconds);
                 }
                 if (type == AVMEDIA_TYPE_VIDEO) {
-                    session_->feedVideoFrame(converter_.picture(frame), 0);
+                    session_->feedVideoFrame(converter_.video(frame), 0);
                 } else {
-                    session_->feedAudioFrame(converter_.sound(frame), 0);
+                    session_->feedAudioFrame(converter_.audio(frame), 0);
                 }
                 if (leads) {
                     first_shown_ = std::min(first_shown_, Clock::now());
@@ -292,7 +292,7 @@ class Playback {
                 }
                 idle_until_ = Clock::now();
             });
-            std::this_thread::sleep_for(kLastPicture);  // stopping drops what is not examined yet
+            std::this_thread::sleep_for(kLastFrame);  // stopping drops what is not examined yet
             reportPeriodic(media.bytesRead());
         } catch (const MediaError& error) {
             std::fprintf(stderr, "%s: %s\n", path.c_str(), error.what());
@@ -358,7 +358,7 @@ class Playback {
     }
 
     static constexpr const char* kOnDemand = "2";
-    static constexpr std::chrono::milliseconds kLastPicture{100};
+    static constexpr std::chrono::milliseconds kLastFrame{100};
     static constexpr double kLongestStep = 2.0;  // seconds; longer ones are jumps, not pauses
 
     ZEL::ZELManager& manager_;

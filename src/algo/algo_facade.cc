@@ -8,25 +8,25 @@
 namespace ZELAlgo {
 namespace {
 
-Planes planesOf(const ZELVideoPlanes& picture) {
-    return {.width = picture.width,
-            .height = picture.height,
-            .data = {picture.data[0], picture.data[1], picture.data[2]},
-            .stride = {picture.stride[0], picture.stride[1], picture.stride[2]}};
+Planes planesOf(const ZELVideoPlanes& frame) {
+    return {.width = frame.width,
+            .height = frame.height,
+            .data = {frame.data[0], frame.data[1], frame.data[2]},
+            .stride = {frame.stride[0], frame.stride[1], frame.stride[2]}};
 }
 
-bool isWellFormed(const ZELVideoPlanes& picture) {
-    const auto holds = [&picture](size_t plane, size_t row) {
-        return picture.data[plane] != nullptr && picture.stride[plane] >= row;
+bool isWellFormed(const ZELVideoPlanes& frame) {
+    const auto holds = [&frame](size_t plane, size_t row) {
+        return frame.data[plane] != nullptr && frame.stride[plane] >= row;
     };
-    return picture.width % 2 == 0 && picture.height % 2 == 0 && holds(0, picture.width) &&
-           holds(1, picture.width / 2) && holds(2, picture.width / 2);
+    return frame.width % 2 == 0 && frame.height % 2 == 0 && holds(0, frame.width) &&
+           holds(1, frame.width / 2) && holds(2, frame.width / 2);
 }
 
 /// The detectors count samples and bytes in 31 bits.
-bool canBeCounted(const Planes& picture) {
+bool canBeCounted(const Planes& frame) {
     constexpr uint64_t kMostPixels = ((uint64_t{1} << 31U) - 1) * 2 / 3;
-    return uint64_t{picture.width} * picture.height <= kMostPixels;
+    return uint64_t{frame.width} * frame.height <= kMostPixels;
 }
 
 }  // namespace
@@ -49,22 +49,22 @@ bool AlgoFacade::detectVideo(const ZELVideoFrame& frame, ZELVideoResult& result)
     return frame.data != nullptr && detect(planesOf(frame.data, frame.width, frame.height), result);
 }
 
-bool AlgoFacade::detectPlanes(const ZELVideoPlanes& picture, ZELVideoResult& result) {
-    return isWellFormed(picture) && detect(planesOf(picture), result);
+bool AlgoFacade::detectPlanes(const ZELVideoPlanes& frame, ZELVideoResult& result) {
+    return isWellFormed(frame) && detect(planesOf(frame), result);
 }
 
-bool AlgoFacade::detect(const Planes& picture, ZELVideoResult& result) {
-    if (!canBeCounted(picture)) {
+bool AlgoFacade::detect(const Planes& frame, ZELVideoResult& result) {
+    if (!canBeCounted(frame)) {
         return false;
     }
     if (!video_) {
-        video_.reset(VideoAlgoCreate(config_, picture.width, picture.height));
+        video_.reset(VideoAlgoCreate(config_, frame.width, frame.height));
         if (!video_) {
             return false;
         }
     }
     // A failure on the way is not looked at: what was found before it counts.
-    VideoAlgoExecute(video_.get(), picture, result);
+    VideoAlgoExecute(video_.get(), frame, result);
     return true;
 }
 

@@ -15,14 +15,13 @@
 
 namespace ZELAlgo {
 
-/// The measurement of a chunk that ends within a block of sound, with the chunk's end in samples of the
-/// block.
+/// The measurement of a chunk that ends within an audio frame, with the chunk's end in samples of the frame.
 struct MeasuredChunk {
     size_t end;
     ChunkMeasurement measured;
 };
 
-/// Measures one-channel sound of one sample rate, in blocks of any length, once for all periods that it is to
+/// Measures one-channel sound of one sample rate, in frames of any length, once for all periods that it is to
 /// be judged by. Sound slower than 100 Hz or faster than kMostHz is not heard, as by the audio handle.
 class AudioMeter {
   public:
@@ -33,13 +32,13 @@ class AudioMeter {
 
     uint32_t sampleRate() const { return sample_rate_; }
 
-    /// Takes in the next block, and writes the measurements of the chunks that end in it to `chunks`.
+    /// Takes in the next frame, and writes the measurements of the chunks that end in it to `chunks`.
     void measure(const int16_t* samples, size_t count, std::vector<MeasuredChunk>& chunks);
 
   private:
     uint32_t sample_rate_;
     ChunkMeter meter_;
-    std::vector<int16_t> pending_;  // less than a chunk, from the blocks before
+    std::vector<int16_t> pending_;  // less than a chunk, from the frames before
 };
 
 /// Sums what a meter measured to periods of one length, and judges them.
@@ -51,7 +50,7 @@ class AudioPeriods {
     /// The period's length and the thresholds are those of `config`.
     AudioPeriods(const ZELAlgoConfig& config, uint32_t sample_rate);
 
-    /// Takes in a block of `samples` samples that starts at `time_s` of the stream, and what was measured of
+    /// Takes in a frame of `samples` samples that starts at `time_s` of the stream, and what was measured of
     /// it.
     void add(const std::vector<MeasuredChunk>& chunks, size_t samples, double time_s, const Sink& sink);
 

@@ -22,7 +22,7 @@
 
 namespace {
 
-using support::flatPicture;
+using support::flatFrame;
 using support::kMidGrey;
 
 struct Releaser {
@@ -43,7 +43,7 @@ Handle open() {
 }
 
 bool feedVideo(const Handle& handle) {
-    static const std::vector<uint8_t> frame = flatPicture(64, 48, kMidGrey);
+    static const std::vector<uint8_t> frame = flatFrame(64, 48, kMidGrey);
     return feed_video_frame(handle.get(), frame.data(), 64, 48, 0);
 }
 
@@ -200,7 +200,7 @@ TEST_F(NoMemory, OrThreadsIsAnErrorToWhoeverNeedsThem) {
 
 ZELAlgo::ZELVideoResult examine(ZELAlgo::AlgoFacade& facade, uint32_t width, uint32_t height, uint8_t luma) {
     const std::vector<uint8_t> frame =
-        flatPicture(static_cast<int32_t>(width), static_cast<int32_t>(height), luma);
+        flatFrame(static_cast<int32_t>(width), static_cast<int32_t>(height), luma);
     ZELAlgo::ZELVideoResult result{};
     EXPECT_TRUE(facade.detectVideo({width, height, 0, frame.data()}, result));
     return result;
@@ -211,7 +211,7 @@ TEST_F(NoMemory, ForANewFrameSizeIsAskedForAgainWithTheNextFrame) {
     for (size_t nth = 0;; ++nth) {
         ZELAlgo::AlgoFacade facade;
         examine(facade, 64, 48, kMidGrey);
-        const std::vector<uint8_t> larger = flatPicture(128, 96, support::kVideoBlack);
+        const std::vector<uint8_t> larger = flatFrame(128, 96, support::kVideoBlack);
         ZELAlgo::ZELVideoResult result{};
         bool happened = false;
         {
@@ -222,7 +222,7 @@ TEST_F(NoMemory, ForANewFrameSizeIsAskedForAgainWithTheNextFrame) {
         EXPECT_EQ(result.screen_type, 1U) << nth;  // what needs no memory is found all the same
         EXPECT_EQ(examine(facade, 128, 96, support::kVideoBlack).screen_type, 1U) << nth;
         // With the next frame all detectors have what they need: no request is left.
-        const std::vector<uint8_t> next = flatPicture(128, 96, kMidGrey);
+        const std::vector<uint8_t> next = flatFrame(128, 96, kMidGrey);
         const size_t before = support::allocationCount();
         EXPECT_TRUE(facade.detectVideo({128, 96, 0, next.data()}, result));
         EXPECT_EQ(support::allocationCount(), before) << nth;

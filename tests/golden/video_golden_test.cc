@@ -27,15 +27,15 @@ std::string verdicts(const ZELVideoResult& result) {
 
 TEST(VideoGolden, VerdictsEqualThoseOfAnIndependentProgram) {
     std::ifstream text(goldenFile("verdicts.txt"));
-    std::ifstream pixels(goldenFile("pictures.i420"), std::ios::binary);
+    std::ifstream pixels(goldenFile("frames.i420"), std::ios::binary);
     ASSERT_TRUE(text && pixels);
     std::string line;
     std::string name;
     uint32_t width = 0;
     uint32_t height = 0;
     std::optional<AlgoFacade> facade;
-    std::vector<char> picture;
-    int pictures = 0;
+    std::vector<char> frame;
+    int frames = 0;
     while (std::getline(text, line)) {
         std::istringstream words(line);
         if (line.starts_with("stream")) {
@@ -46,16 +46,16 @@ TEST(VideoGolden, VerdictsEqualThoseOfAnIndependentProgram) {
             config.block_param = block_param;
             config.staticframe_param = static_param;
             facade.emplace(config);
-            picture.resize(size_t{width} * height * 3 / 2);
-            pictures = 0;
+            frame.resize(size_t{width} * height * 3 / 2);
+            frames = 0;
             continue;
         }
-        ASSERT_TRUE(pixels.read(picture.data(), static_cast<std::streamsize>(picture.size())));
+        ASSERT_TRUE(pixels.read(frame.data(), static_cast<std::streamsize>(frame.size())));
         ZELVideoResult result{};
-        ASSERT_TRUE(facade->detectVideo({width, height, 0, reinterpret_cast<const uint8_t*>(picture.data())},
-                                        result));
-        EXPECT_EQ(verdicts(result), line) << name << ", picture " << pictures;
-        ++pictures;
+        ASSERT_TRUE(
+            facade->detectVideo({width, height, 0, reinterpret_cast<const uint8_t*>(frame.data())}, result));
+        EXPECT_EQ(verdicts(result), line) << name << ", frame " << frames;
+        ++frames;
     }
     EXPECT_EQ(pixels.peek(), std::ifstream::traits_type::eof());
 }

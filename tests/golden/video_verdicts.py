@@ -1,18 +1,18 @@
 #!/usr/bin/env python3
-"""Draws pictures and works out what the video detectors must say about each.
+"""Draws frames and works out what the video detectors must say about each.
 
 usage: video_verdicts.py DIRECTORY
 
 An independent, slow and plain reading of the detectors' rules: nothing here is shared with the library. Writes
-DIRECTORY/verdicts.txt and DIRECTORY/pictures.i420. Each stream is a line
+DIRECTORY/verdicts.txt and DIRECTORY/frames.i420. Each stream is a line
 
     stream NAME WIDTH HEIGHT BLOCK_PARAM STATIC_PARAM
 
-followed by one line per picture
+followed by one line per frame
 
     SCREEN EXPOSURE BLOCK STATIC
 
-whose bytes follow one another in pictures.i420.
+whose bytes follow one another in frames.i420.
 """
 import math
 import pathlib
@@ -202,7 +202,7 @@ def is_blocky(data, width, height, limit):
 
 
 class StillCounter:
-    """For streams whose pictures differ by one amount everywhere, so that the compared places do not matter."""
+    """For streams whose frames differ by one amount everywhere, so that the compared places do not matter."""
 
     def __init__(self, limit):
         self.limit, self.run, self.before = limit, 0, 0
@@ -218,7 +218,7 @@ class StillCounter:
         return 1
 
 
-# ---------------------------------------------------------------- pictures
+# ---------------------------------------------------------------- frames
 
 
 class Noise:
@@ -248,7 +248,7 @@ def mosaic(width, height, block, seed, spread, middle=128):
 
 
 def streams():
-    """Yields name, width, height, block_param, static_param and the pictures; None for static_param: not asked."""
+    """Yields name, width, height, block_param, static_param and the frames; None for static_param: not asked."""
     for level in range(256):
         yield f"uniform_{level}", 16, 16, 20, None, [i420(16, 16, lambda x, y, v=level: v)]
 
@@ -280,9 +280,9 @@ def streams():
 
     # Mosaics: what the block detector is for. Parameters below, at and above its fixed limit.
     for seed, (block, spread) in enumerate((b, s) for b in (4, 5, 6, 7, 8, 10, 12, 16, 20) for s in (40, 200)):
-        pictures = [mosaic(176, 144, block, seed, spread)]
+        frames = [mosaic(176, 144, block, seed, spread)]
         for param in (1, 3, 20, 60):
-            yield f"mosaic_{block}_{spread}_{param}", 176, 144, param, None, pictures
+            yield f"mosaic_{block}_{spread}_{param}", 176, 144, param, None, frames
     for width, height in ((161, 97), (150, 101), (31, 33), (18, 18), (16, 16), (17, 200), (200, 17), (15, 64)):
         yield f"mosaic_{width}x{height}", width, height, 4, None, [mosaic(width, height, 6, width, 220)]
     for i, amplitude in enumerate((4, 30, 255)):
@@ -296,7 +296,7 @@ def streams():
         grid = lambda x, y, p=pitch: 220 if x % p < 2 or y % p < 2 else 30
         yield f"grid_{pitch}", 160, 120, 20, None, [i420(160, 120, grid)]
 
-    # Runs of like pictures. Sizes whose compared area is not a quarter change what a step of 3 or 4 means.
+    # Runs of like frames. Sizes whose compared area is not a quarter change what a step of 3 or 4 means.
     for width, height in ((16, 16), (18, 18), (33, 21), (7, 5)):
         for limit in (1, 3, 10):
             levels = [0] * 3 + [2, 4, 6, 9, 12, 12, 12] + [100] * 12 + [104, 107, 109] + [109] * 21
@@ -306,12 +306,12 @@ def streams():
 
 def main(directory):
     directory.mkdir(parents=True, exist_ok=True)
-    with open(directory / "verdicts.txt", "w") as text, open(directory / "pictures.i420", "wb") as pixels:
-        for name, width, height, block_param, static_param, pictures in streams():
-            # A stream that is not about stillness has one picture and a limit which that cannot reach.
+    with open(directory / "verdicts.txt", "w") as text, open(directory / "frames.i420", "wb") as pixels:
+        for name, width, height, block_param, static_param, frames in streams():
+            # A stream that is not about stillness has one frame and a limit which that cannot reach.
             still = StillCounter(static_param or 1000)
             text.write(f"stream {name} {width} {height} {block_param} {still.limit}\n")
-            for data in pictures:
+            for data in frames:
                 screen, exposed = screen_and_exposure(data, width, height)
                 blocky = is_blocky(data, width, height, block_param)
                 text.write(f"{screen} {exposed} {blocky} {still.is_static(data[0], width, height)}\n")

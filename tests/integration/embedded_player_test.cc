@@ -69,15 +69,15 @@ TEST(EmbeddedPlayer, PlaysAFileAndTellsHowItWent) {
         clip);
     const Lines lines = play("'" + clip + "' '" + scratch.file("missing.mp4") + "'");
 
-    // Every picture is counted; under load some may be dropped before they are examined.
+    // Every frame is counted; under load some may be dropped before they are examined.
     EXPECT_EQ(sumOf(lines, "heartbeat:", "zel_vframes"), 50);
     EXPECT_EQ(sumOf(lines, "session:", "zel_vframes"), 50);
-    EXPECT_LE(lines.count("picture:"), 50U);
-    const long black = sumOf(lines, "picture:", "screen_type");
+    EXPECT_LE(lines.count("video:"), 50U);
+    const long black = sumOf(lines, "video:", "screen_type");
     EXPECT_GT(black, 0);
     EXPECT_LE(black, 25);
-    EXPECT_GE(lines.count("sound:"), 1U);
-    EXPECT_EQ(sumOf(lines, "sound:", "is_mute"), 0);
+    EXPECT_GE(lines.count("audio:"), 1U);
+    EXPECT_EQ(sumOf(lines, "audio:", "is_mute"), 0);
 
     // What went in by the token came out in the session's reports.
     EXPECT_GE(sumOf(lines, "heartbeat:", "player_bytes"), static_cast<long>(support::readFile(clip).size()));
@@ -93,14 +93,14 @@ TEST(EmbeddedPlayer, PlaysAFileAndTellsHowItWent) {
     EXPECT_EQ(assessments["PlayerBufferRate"]["version"], "1");
 }
 
-TEST(EmbeddedPlayer, RefusesPicturesTooSmallForChroma) {
+TEST(EmbeddedPlayer, RefusesFramesTooSmallForChroma) {
     const Lines lines =
         playMade("-f lavfi -i color=red:s=16x16:r=25:d=0.2 -vf format=rgb24,crop=1:1 -c:v ffv1", "one.mkv");
     EXPECT_LT(numberOf(lines, "playback:", "error_code"), 0);
     EXPECT_FALSE(lines.find("playback:")->second.contains("play_time"));
 }
 
-TEST(EmbeddedPlayer, PacesPicturesWithoutTimes) {
+TEST(EmbeddedPlayer, PacesFramesWithoutTimes) {
     const Lines lines = playMade("-f lavfi -i testsrc2=s=160x90:r=25:d=1 -c:v libx264", "raw.h264");
     EXPECT_EQ(sumOf(lines, "session:", "zel_vframes"), 25);
     EXPECT_GE(numberOf(lines, "playback:", "play_time"), 900);
@@ -126,7 +126,7 @@ TEST(EmbeddedPlayer, GoesOnWhenTimesStepBackAndTheSoundChanges) {
     EXPECT_GT(play_time - numberOf(lines, "playback:", "abnormal_total_time"), 1500);
 }
 
-TEST(EmbeddedPlayer, CountsTheFirstSoundWhereThereAreNoPictures) {
+TEST(EmbeddedPlayer, CountsTheFirstAudioFrameWhereThereIsNoVideo) {
     const Lines lines = playMade("-f lavfi -i sine=440:d=0.5", "sound.wav");
     EXPECT_GT(numberOf(lines, "playback:", "first_frame_rendering_time"), 0);
     EXPECT_GE(numberOf(lines, "playback:", "play_time"), 400);

@@ -47,7 +47,7 @@ ZELHandle* open(uint32_t interval) {
 }
 
 void feedOne(ZELHandle* handle) {
-    const std::vector<uint8_t> frame = support::flatPicture(16, 16, support::kMidGrey);
+    const std::vector<uint8_t> frame = support::flatFrame(16, 16, support::kMidGrey);
     EXPECT_TRUE(feed_video_frame(handle, frame.data(), 16, 16, 0));
 }
 

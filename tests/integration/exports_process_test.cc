@@ -32,7 +32,7 @@ class ExportsDeathTest : public testing::Test {
     }
 
     [[noreturn]] static void host(int count) {
-        const std::vector<uint8_t> frame = support::flatPicture(16, 16, support::kMidGrey);
+        const std::vector<uint8_t> frame = support::flatFrame(16, 16, support::kMidGrey);
         ZELHandle* const handle = init_handle();
         for (int i = 0; i < count; ++i) {
             feed_video_frame(handle, frame.data(), 16, 16, i);

@@ -9,7 +9,7 @@
 #include "judges/cell_kernels.h"
 #include "judges/cells.h"
 #include "judges/grid_kernels.h"
-#include "support/pictures.h"
+#include "support/patterns.h"
 #include "support/random.h"
 
 // Each fast kernel of the judges against its plain twin with every instruction set of this machine. Sources
@@ -59,9 +59,9 @@ TEST_P(JudgeKernels, MeasureBandsLikeTheirTwins) {
         const Pattern pattern = support::kPatterns[width % std::size(support::kPatterns)];
         const size_t stride = width + width % 5 * 7;
         const size_t bytes = 7 * stride + width;
-        const Bytes picture = support::picture(pattern, std::max<size_t>(stride, 1), 8, width);
+        const Bytes frame = support::patternPlane(pattern, std::max<size_t>(stride, 1), 8, width);
         const std::unique_ptr<uint8_t[]> exact(new uint8_t[bytes]);
-        std::copy_n(picture.begin(), bytes, exact.get());
+        std::copy_n(frame.begin(), bytes, exact.get());
         for (const bool strips : {false, true}) {
             Band want(width);
             Band have(width);
@@ -111,7 +111,7 @@ TEST_P(JudgeKernels, CountMoreCellsThanALaneHolds) {
 }
 
 void compareEdges(Pattern pattern, uint32_t width, uint32_t height) {
-    const Bytes luma = support::picture(pattern, width, height, width * 1000 + height);
+    const Bytes luma = support::patternPlane(pattern, width, height, width * 1000 + height);
     const Bytes chroma(static_cast<size_t>((width + 1) / 2) * ((height + 1) / 2), 128);
     ZELJudges::Cells cells;
     ZELJudges::Strips strips;

@@ -13,7 +13,7 @@
 #include "algo/video/luma_kernels.h"
 #include "algo/video/smoothing_kernels.h"
 #include "support/clip.h"
-#include "support/pictures.h"
+#include "support/patterns.h"
 #include "support/random.h"
 
 // Each fast kernel against its plain twin, byte for byte, with every instruction set of this machine. Sources
@@ -23,7 +23,7 @@
 namespace {
 
 using support::Pattern;
-using support::picture;
+using support::patternPlane;
 using Bytes = std::vector<uint8_t>;
 
 class VideoKernels : public hwy::TestWithParamTarget {
@@ -103,7 +103,7 @@ void compareEdges(Pattern pattern, size_t width, size_t height, size_t offset) {
     SCOPED_TRACE(testing::Message() << "pattern " << static_cast<int>(pattern) << ", " << width << "x"
                                     << height << ", offset " << offset);
     const size_t stride = width + offset % 3;
-    Bytes pixels = picture(pattern, stride, height, width * 100 + height);
+    Bytes pixels = patternPlane(pattern, stride, height, width * 100 + height);
     pixels.erase(pixels.end() - static_cast<std::ptrdiff_t>(stride - width),
                  pixels.end());  // no gap at the end
     compareEdges(Exact(pixels, offset), stride, width, height);
@@ -117,7 +117,7 @@ constexpr size_t kSkip = 9;
 constexpr size_t kSkip = 1;
 #endif
 
-TEST_P(VideoKernels, FindEdgesLikeTheirTwinsInSmallPictures) {
+TEST_P(VideoKernels, FindEdgesLikeTheirTwinsInSmallFrames) {
     // An instrumented build skips so that all remainders meet.
     for (size_t width = 1; width <= 70; ++width) {
         for (size_t height = 1 + width % kSkip; height <= 70;
@@ -136,7 +136,7 @@ TEST_P(VideoKernels, FindEdgesLikeTheirTwinsAtEveryAlignment) {
     }
 }
 
-TEST_P(VideoKernels, FindEdgesLikeTheirTwinsInLargePictures) {
+TEST_P(VideoKernels, FindEdgesLikeTheirTwinsInLargeFrames) {
     constexpr std::pair<size_t, size_t> kSizes[] = {
         {320, 180}, {640, 360}, {641, 363}, {960, 540}, {1920, 1080}};
     for (const auto& [width, height] : kSizes) {
@@ -184,14 +184,14 @@ TEST_P(VideoKernels, RoundLengthsLikeTheirTwin) {
 TEST_P(VideoKernels, CountSamplesLikeTheirTwins) {
     for (size_t count = 0; count < 300; ++count) {
         for (const Pattern pattern : {Pattern::kNoise, Pattern::kFlat, Pattern::kCheckerboard}) {
-            const Exact even(picture(pattern, 2 * count, 1, count), count % 64);
+            const Exact even(patternPlane(pattern, 2 * count, 1, count), count % 64);
             ASSERT_EQ(ZELAlgo::histogramOfEvenBytesScalar(even.data(), count),
                       ZELAlgo::histogramOfEvenBytes(even.data(), count))
                 << count;
             ASSERT_EQ(ZELAlgo::summaryOfEvenBytesScalar(even.data(), count),
                       ZELAlgo::summaryOfEvenBytes(even.data(), count))
                 << count;
-            Bytes pixels = picture(pattern, count > 0 ? 4 * count - 3 : 0, 1, count);
+            Bytes pixels = patternPlane(pattern, count > 0 ? 4 * count - 3 : 0, 1, count);
             for (uint8_t& pixel : pixels) {
                 pixel &= 0x81;  // a quarter of them zero
             }
@@ -203,7 +203,7 @@ TEST_P(VideoKernels, CountSamplesLikeTheirTwins) {
     }
 }
 
-TEST_P(VideoKernels, SummarizeTheDarkestAndBrightestPicturesLikeTheirTwin) {
+TEST_P(VideoKernels, SummarizeTheDarkestAndBrightestFramesLikeTheirTwin) {
     for (const int level : {0, 1, 29, 30, 60, 61, 127, 128, 199, 200, 255}) {
         const Bytes pixels(2 * 40'000, static_cast<uint8_t>(level));  // longer than the sums of 32 bits last
         ASSERT_EQ(ZELAlgo::summaryOfEvenBytesScalar(pixels.data(), 40'000),
@@ -223,12 +223,12 @@ TEST_P(VideoKernels, ReplaceAndCompareLikeTheirTwin) {
             cuts[i] = random.below(static_cast<uint32_t>(width) + 1);
         }
         std::sort(cuts.begin(), cuts.end());
-        Bytes pixels = picture(Pattern::kNoise, stride, rows, round);
+        Bytes pixels = patternPlane(Pattern::kNoise, stride, rows, round);
         pixels.resize(stride * (rows - 1) + width);
         const Exact current(pixels, round % 64);
         Bytes want(kGuard + width * rows + kGuard, 0xA5);
         const Bytes before =
-            picture(round % 5 == 0 ? Pattern::kFlat : Pattern::kNoise, width, rows, round + 1);
+            patternPlane(round % 5 == 0 ? Pattern::kFlat : Pattern::kNoise, width, rows, round + 1);
         std::copy(before.begin(), before.end(), want.begin() + kGuard);
         Bytes have = want;
         std::array<uint32_t, 7> want_sums{5, 0xFFFFFFFF};

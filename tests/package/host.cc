@@ -1,4 +1,4 @@
-// The smallest whole host: one stream, its heartbeat, ten black pictures. Built by strangers to the source
+// The smallest whole host: one stream, its heartbeat, ten black frames. Built by strangers to the source
 // tree.
 #include <zel/zel.h>
 

@@ -29,7 +29,7 @@ TEST(SessionsStress, FourStreamsFedStartedStoppedAndReleasedAtOnce) {
     const auto stream = [&](uint64_t seed) {
         support::Random random(seed);
         const auto width = static_cast<int32_t>(32 + 16 * seed);
-        const std::vector<uint8_t> frame = support::flatPicture(width, 32, support::kVideoBlack);
+        const std::vector<uint8_t> frame = support::flatFrame(width, 32, support::kVideoBlack);
         const std::vector<uint8_t> sound(960 * 2 * 2);
         for (int life = 0; life < kLives; ++life) {
             ZELHandle* const handle = init_handle_with_interval(1);

@@ -72,7 +72,7 @@ void upload(const char*, int, const char*, const char*, const char*, ReportMap* 
 }
 
 void liveTogether(int streams) {
-    static const std::vector<uint8_t> frame = support::flatPicture(320, 180, support::kVideoBlack);
+    static const std::vector<uint8_t> frame = support::flatFrame(320, 180, support::kVideoBlack);
     static const std::vector<uint8_t> packet(480 * 2 * 2);
     std::vector<ZELHandle*> handles;
     for (int i = 0; i < streams; ++i) {

@@ -18,7 +18,7 @@ namespace support {
 /// Frames that FFmpeg's filters make out of nothing, or out of a file that they read.
 class FilterSource {
   public:
-    /// `sink` is "buffersink" for pictures, "abuffersink" for sound. Throws std::runtime_error if there are
+    /// `sink` is "buffersink" for frames, "abuffersink" for sound. Throws std::runtime_error if there are
     /// no such filters.
     FilterSource(const std::string& filters, const std::string& sink) {
         av_log_set_level(std::min(av_log_get_level(), AV_LOG_ERROR));

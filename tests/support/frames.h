@@ -14,17 +14,17 @@ constexpr uint8_t kVideoBlack = 16;
 constexpr uint8_t kMidGrey = 128;
 
 /// An I420 frame of one luma value and neutral chroma.
-inline std::vector<uint8_t> flatPicture(int32_t width, int32_t height, uint8_t luma, uint8_t chroma = 128) {
+inline std::vector<uint8_t> flatFrame(int32_t width, int32_t height, uint8_t luma, uint8_t chroma = 128) {
     const auto luma_bytes = static_cast<size_t>(width) * static_cast<size_t>(height);
-    std::vector<uint8_t> picture(luma_bytes * 3 / 2, chroma);
-    std::fill_n(picture.begin(), luma_bytes, luma);
-    return picture;
+    std::vector<uint8_t> frame(luma_bytes * 3 / 2, chroma);
+    std::fill_n(frame.begin(), luma_bytes, luma);
+    return frame;
 }
 
 inline std::shared_ptr<ZEL::VideoFrame> flatVideoFrame(int32_t width, int32_t height, uint8_t luma) {
-    const std::vector<uint8_t> picture = flatPicture(width, height, luma);
-    auto copy = std::make_unique<uint8_t[]>(picture.size());
-    std::copy(picture.begin(), picture.end(), copy.get());
+    const std::vector<uint8_t> frame = flatFrame(width, height, luma);
+    auto copy = std::make_unique<uint8_t[]>(frame.size());
+    std::copy(frame.begin(), frame.end(), copy.get());
     return std::make_shared<ZEL::VideoFrame>(2, std::move(copy), width, height);
 }
 

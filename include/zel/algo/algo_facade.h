@@ -29,13 +29,13 @@ class AlgoFacade {
     /// frame tries again).
     bool detectVideo(const ZELVideoFrame& frame, ZELVideoResult& result);
 
-    /// The same for a picture that lies where a decoder left it, which spares a copy. False, with `result`
+    /// The same for a frame that lies where a decoder left it, which spares a copy. False, with `result`
     /// untouched, for a null plane, an odd size or a stride that is too small as well.
-    bool detectPlanes(const ZELVideoPlanes& picture, ZELVideoResult& result);
+    bool detectPlanes(const ZELVideoPlanes& frame, ZELVideoResult& result);
 
-    /// Takes in one block of sound and writes the status of the running period to `result`; what the period
-    /// gave is written with the block that completes it. The first block's sample rate holds for all. False,
-    /// with `result` untouched, if the detector cannot be created (the next block tries again).
+    /// Takes in one audio frame and writes the status of the running period to `result`; what the period
+    /// gave is written with the frame that completes it. The first frame's sample rate holds for all. False,
+    /// with `result` untouched, if the detector cannot be created (the next frame tries again).
     bool detectAudio(const ZELAudioFrame& frame, ZELAudioResult& result);
 
   private:
@@ -47,7 +47,7 @@ class AlgoFacade {
         void operator()(AudioAlgoHandle_t* handle) const;
     };
 
-    bool detect(const Planes& picture, ZELVideoResult& result);
+    bool detect(const Planes& frame, ZELVideoResult& result);
 
     ZELAlgoConfig config_;
     std::unique_ptr<VideoAlgoHandle_t, VideoDestroyer> video_;

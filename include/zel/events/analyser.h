@@ -76,8 +76,7 @@ class EventAnalyser {
     bool feedAudio(const ZELAlgo::ZELAudioFrame& frame, double time_s);
 
     /// The stream is over, and said that it would last `declared_s` seconds, if it said anything; what is not
-    /// finite says nothing. Ends and
-    /// clears what is open. A second call does nothing.
+    /// finite says nothing. Ends and clears what is open. A second call does nothing.
     void endOfStream(std::optional<double> declared_s = std::nullopt);
 
     /// Changes the rule for a kind, also for a run that has begun. False for a length that is negative or not

@@ -17,8 +17,8 @@ enum class StreamTrack : uint8_t { kVideo, kAudio };
 ///
 /// - *Discontinuity forward*: a gap, the stream goes on at the later timestamp.
 /// - *Discontinuity backward*, as where streams were joined: the stream goes on where it was. Both tracks
-/// jump
-///   there, one a little before the other; the new part begins for both where the longer one's old part ends.
+///   jump there, one a little before the other; the new part begins for both where the longer one's old part
+///   ends.
 /// - *Wrong timestamps* of single frames: they are placed as if nothing had happened. The first frame's is
 ///   wrong if the second one's lies before it.
 /// - *Wraparound*: see unwrapped(); a wrap that was not undone counts as a discontinuity backward.

@@ -55,7 +55,7 @@ void append(Corners& corners, Corner corner, const Arms& arms, uint64_t bit) {
 constexpr int32_t kClose = 20;  // places at most between the corners of one block
 constexpr int32_t kStep = 2;    // between the odd places where corners lie; so "at most 3" means 2
 
-/// The corners of a list as bits, one for each odd place, with room for looking beyond the picture.
+/// The corners of a list as bits, one for each odd place, with room for looking beyond the frame.
 class CornerGrid {
   public:
     static size_t bytes(size_t width, size_t height) {

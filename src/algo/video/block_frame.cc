@@ -46,14 +46,14 @@ BlockFrame_t* BlockCreate(uint32_t width, uint32_t height, uint32_t threshold) {
     return state;
 }
 
-int32_t BlockExecute(BlockFrame_t* state, const Planes& picture, bool& is_block) {
-    if (state == nullptr || picture.data[0] == nullptr) {
+int32_t BlockExecute(BlockFrame_t* state, const Planes& frame, bool& is_block) {
+    if (state == nullptr || frame.data[0] == nullptr) {
         ZEL::zel_log("BlockExecute input is Null \n");
         return 1;
     }
     is_block = false;
-    const size_t w = picture.width / 2;
-    const size_t h = picture.height / 2;
+    const size_t w = frame.width / 2;
+    const size_t h = frame.height / 2;
     if (w != state->w || h != state->h || !hasBuffers(*state)) {
         resize(*state, w, h);
     }
@@ -64,8 +64,8 @@ int32_t BlockExecute(BlockFrame_t* state, const Planes& picture, bool& is_block)
     uint8_t* const smoothed = state->smoothed.get();
     uint8_t* const magnitude = state->magnitude.get() + kSpareBytes;
 
-    const size_t stride = evenStride(picture);
-    smooth(state->kernel, picture.data[0] + h / 2 * stride + w / 2, stride, w, h, scratch, smoothed);
+    const size_t stride = evenStride(frame);
+    smooth(state->kernel, frame.data[0] + h / 2 * stride + w / 2, stride, w, h, scratch, smoothed);
     const uint8_t maximum = thinnedMagnitude(smoothed, w, h, scratch, magnitude);
     threshold(magnitude, smoothed, w, h, edgeLevels(maximum), scratch, state->edge_map.get());
     findCorners(state->edge_map.get(), w, h, state->corners);

@@ -11,10 +11,10 @@
 
 namespace ZELAlgo {
 
-/// Mosaic artefacts in the middle of a picture: smoothing, edges, corners, and pairs of corners that close
+/// Mosaic artefacts in the middle of a frame: smoothing, edges, corners, and pairs of corners that close
 /// small rectangles.
 struct BlockFrame_t {
-    size_t w;  ///< half the frame's width: the examined middle of the picture
+    size_t w;  ///< half the width of the frame, whose middle is examined
     size_t h;
     GaussianKernel kernel;
     std::unique_ptr<uint8_t[]> smoothed;   ///< the examined middle
@@ -29,9 +29,9 @@ struct BlockFrame_t {
 /// line too, and every frame asks for them again.
 BlockFrame_t* BlockCreate(uint32_t width, uint32_t height, uint32_t threshold);
 
-/// Writes whether the picture is blocky. Returns 0, or 1 for null input or if there is
+/// Writes whether the frame is blocky. Returns 0, or 1 for null input or if there is
 /// no memory for the buffers.
-int32_t BlockExecute(BlockFrame_t* state, const Planes& picture, bool& is_block);
+int32_t BlockExecute(BlockFrame_t* state, const Planes& frame, bool& is_block);
 
 void BlockDestroy(BlockFrame_t* state);
 

@@ -15,7 +15,7 @@ constexpr size_t magnitudeStride(size_t width) {
     return (width + 63) / 64 * 64 + kSpareBytes;
 }
 
-/// Bytes of scratch that thinnedMagnitude and threshold need for a width x height picture.
+/// Bytes of scratch that thinnedMagnitude and threshold need for a width x height frame.
 size_t edgeScratch(size_t width, size_t height);
 
 /// Length of the Sobel gradient of `smooth`, whose rows touch, at most 255; borders are repeated. Then every

@@ -15,23 +15,23 @@ namespace ZELAlgo {
 namespace {
 
 /// Calls `visit(first byte, samples)` for the bytes at even positions of the first half of the luma plane:
-/// the lower half of the picture is never looked at, which is intended.
+/// the lower half of the frame is never looked at, which is intended.
 template <typename Visit>
-void forEachLumaRun(const Planes& picture, const Visit& visit) {
-    forEachRun(picture.data[0], evenStride(picture), 2 * (picture.width / 2), picture.height / 2,
+void forEachLumaRun(const Planes& frame, const Visit& visit) {
+    forEachRun(frame.data[0], evenStride(frame), 2 * (frame.width / 2), frame.height / 2,
                [&visit](const uint8_t* run, size_t bytes) { visit(run, bytes / 2); });
 }
 
-LumaSummary lumaSummary(const Planes& picture) {
+LumaSummary lumaSummary(const Planes& frame) {
     LumaSummary sum;
-    forEachLumaRun(picture,
+    forEachLumaRun(frame,
                    [&sum](const uint8_t* run, size_t samples) { sum += summaryOfEvenBytes(run, samples); });
     return sum;
 }
 
-Histogram lumaHistogram(const Planes& picture) {
+Histogram lumaHistogram(const Planes& frame) {
     Histogram sum{};
-    forEachLumaRun(picture, [&sum](const uint8_t* run, size_t samples) {
+    forEachLumaRun(frame, [&sum](const uint8_t* run, size_t samples) {
         const Histogram part = histogramOfEvenBytes(run, samples);
         std::transform(sum.begin(), sum.end(), part.begin(), sum.begin(), std::plus<>());
     });
@@ -40,11 +40,11 @@ Histogram lumaHistogram(const Planes& picture) {
 
 /// How many of the first `samples` of every fourth chroma byte are zero. They are counted on from row to row
 /// and from one plane to the other.
-uint32_t zeroChroma(const Planes& picture, size_t samples) {
+uint32_t zeroChroma(const Planes& frame, size_t samples) {
     uint32_t zeros = 0;
     size_t skipped = 0;  // bytes before the next sample
     for (const size_t plane : {size_t{1}, size_t{2}}) {
-        forEachRun(picture.data[plane], picture.stride[plane], picture.width / 2, picture.height / 2,
+        forEachRun(frame.data[plane], frame.stride[plane], frame.width / 2, frame.height / 2,
                    [&](const uint8_t* run, size_t bytes) {
                        const size_t held = skipped < bytes ? (bytes - skipped + 3) / 4 : 0;
                        const size_t count = std::min(held, samples);
@@ -66,25 +66,25 @@ ExposureFrame_t* ExposureCreate(const ZELAlgoConfig& config) {
     return state;
 }
 
-int32_t ExposureExecute(ExposureFrame_t* state, const Planes& picture, uint32_t& screen_type,
+int32_t ExposureExecute(ExposureFrame_t* state, const Planes& frame, uint32_t& screen_type,
                         uint32_t& exposure_type) {
-    if (state == nullptr || picture.data[0] == nullptr) {
+    if (state == nullptr || frame.data[0] == nullptr) {
         ZEL::zel_log("ExposureExecute input is Null \n");
         return 1;
     }
     const ZELAlgoConfig& config = state->config;
 
-    const size_t samples = static_cast<size_t>(picture.width / 2) * (picture.height / 2);
+    const size_t samples = static_cast<size_t>(frame.width / 2) * (frame.height / 2);
     const auto count = static_cast<uint32_t>(samples);
-    const LumaSummary summary = lumaSummary(picture);
-    // A summary settles nearly every picture. Beside a limit, the value of each sample counts.
+    const LumaSummary summary = lumaSummary(frame);
+    // A summary settles nearly every frame. Beside a limit, the value of each sample counts.
     std::optional<Histogram> counted;
     const auto histogram = [&]() -> const Histogram& {
-        return counted ? *counted : counted.emplace(lumaHistogram(picture));
+        return counted ? *counted : counted.emplace(lumaHistogram(frame));
     };
 
     if (config.enable_green_screen && isLumaZero(summary.zero, count, config.green_screen_ratio)) {
-        const uint32_t zeros = zeroChroma(picture, samples / 2);
+        const uint32_t zeros = zeroChroma(frame, samples / 2);
         if (isChromaZero(zeros, count, config.green_screen_ratio)) {
             screen_type = kScreenGreen;
             exposure_type = kExposureNormal;

@@ -18,8 +18,8 @@ struct ExposureFrame_t {
 /// Null, with a log line, if there is no memory.
 ExposureFrame_t* ExposureCreate(const ZELAlgoConfig& config);
 
-/// Writes the verdicts on one picture; what is not examined is not written. 0, or 1 for null input.
-int32_t ExposureExecute(ExposureFrame_t* state, const Planes& picture, uint32_t& screen_type,
+/// Writes the verdicts on one frame; what is not examined is not written. 0, or 1 for null input.
+int32_t ExposureExecute(ExposureFrame_t* state, const Planes& frame, uint32_t& screen_type,
                         uint32_t& exposure_type);
 
 void ExposureDestroy(ExposureFrame_t* state);

@@ -35,7 +35,7 @@ bool isAboveZeroInSingle(double value) {
     return !(value <= 0x1p-150);
 }
 
-/// What the three models say. A well exposed picture is one for which the first and the last underflow to
+/// What the three models say. A well exposed frame is one for which the first and the last underflow to
 /// zero.
 struct Answers {
     bool may_be_under;
@@ -74,7 +74,7 @@ uint32_t typeOf(const Answers& answers) {
 }  // namespace
 
 ExposureFeatures exposureFeatures(const Histogram& histogram, uint32_t samples) {
-    uint32_t sum = 0;  // wraps for pictures beyond 33 million pixels, and the mean with it
+    uint32_t sum = 0;  // wraps for frames beyond 33 million pixels, and the mean with it
     for (uint32_t level = 0; level < histogram.size(); ++level) {
         sum += level * histogram[level];
     }

@@ -6,7 +6,7 @@
 
 namespace ZELAlgo {
 
-/// One I420 picture in memory: luma, Cb and Cr, their rows any distance apart. Even sizes, but for a picture
+/// One I420 frame in memory: luma, Cb and Cr, their rows any distance apart. Even sizes, but for a frame
 /// without gaps.
 struct Planes {
     uint32_t width;  ///< of the luma
@@ -15,7 +15,7 @@ struct Planes {
     size_t stride[3];  ///< bytes from one row to the next
 };
 
-/// The planes of a picture without gaps, also of an odd size: then its chroma counts as if the size were
+/// The planes of a frame without gaps, also of an odd size: then its chroma counts as if the size were
 /// rounded down, in bytes of luma as well, which is intended. All null if `data` is.
 inline Planes planesOf(const uint8_t* data, uint32_t width, uint32_t height) {
     const size_t chroma = static_cast<size_t>(width / 2) * (height / 2);
@@ -28,8 +28,8 @@ inline Planes planesOf(const uint8_t* data, uint32_t width, uint32_t height) {
 
 /// From row to row of the luma as all but the freeze detector count: an odd width makes it one byte short,
 /// which is intended.
-inline size_t evenStride(const Planes& picture) {
-    return picture.stride[0] - picture.width % 2;
+inline size_t evenStride(const Planes& frame) {
+    return frame.stride[0] - frame.width % 2;
 }
 
 /// Calls `visit(first byte, bytes)` for the first `rows` rows of `width` bytes that lie `stride` bytes apart:

@@ -7,7 +7,7 @@ namespace {
 
 constexpr size_t kDarkLevels = 30;  // luma 0 to 29; video black is 16
 
-// Not a number for an empty picture, so that every comparison with it fails.
+// Not a number for an empty frame, so that every comparison with it fails.
 float share(uint32_t count, uint32_t samples) {
     return static_cast<float>(count) / static_cast<float>(samples);
 }

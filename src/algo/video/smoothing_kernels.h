@@ -13,10 +13,10 @@ using GaussianKernel = std::array<double, 5>;
 /// A bell of one pixel's deviation, its weights adding up to one.
 GaussianKernel gaussianKernel();
 
-/// Bytes of scratch that smooth needs for a width x height picture.
+/// Bytes of scratch that smooth needs for a width x height frame.
 size_t smoothingScratch(size_t width, size_t height);
 
-/// Smooths the width x height picture at `source`, whose rows lie `stride` bytes apart, into `smooth`, whose
+/// Smooths the width x height frame at `source`, whose rows lie `stride` bytes apart, into `smooth`, whose
 /// rows touch: once along every row, with the ends reflected, then once more along the rows in place (see the
 /// plain definition for its order). Reads `width` bytes of each row and no others.
 void smooth(const GaussianKernel& kernel, const uint8_t* source, size_t stride, size_t width, size_t height,

@@ -52,7 +52,7 @@ void smoothScalar(const GaussianKernel& kernel, const uint8_t* source, size_t st
             smooth[y * width + x] = smoothedOnce(kernel, source + y * stride, width, x);
         }
     }
-    // The second pass runs along the rows as well, which is intended, column by column over the picture as
+    // The second pass runs along the rows as well, which is intended, column by column over the frame as
     // one linear array: near the ends of a row it reads its neighbours' pixels, and it reads what it has
     // written.
     for (size_t x = 0; x < width; ++x) {

@@ -121,16 +121,16 @@ StaticFrame_t* StaticFrameCreate(uint32_t width, uint32_t height, uint32_t limit
     return state;
 }
 
-int32_t StaticFrameExecute(StaticFrame_t* state, const Planes& picture, bool& is_static) {
-    if (state == nullptr || picture.data[0] == nullptr) {
+int32_t StaticFrameExecute(StaticFrame_t* state, const Planes& frame, bool& is_static) {
+    if (state == nullptr || frame.data[0] == nullptr) {
         ZEL::zel_log("StaticFrameExecute input is Null \n");
         return 1;
     }
-    if (picture.width != state->width || picture.height != state->height || !state->prev) {
-        resize(*state, picture.width, picture.height);
+    if (frame.width != state->width || frame.height != state->height || !state->prev) {
+        resize(*state, frame.width, frame.height);
     }
     if (state->prev) {
-        state->score = replaceAndScore(*state, picture.data[0], picture.stride[0]);
+        state->score = replaceAndScore(*state, frame.data[0], frame.stride[0]);
         state->still_count = state->score < kStillBelow ? state->still_count + 1 : 0;
     }
     if (state->still_count < state->limit) {

@@ -19,7 +19,7 @@ class OffsetGenerator {
     uint64_t state_ = 0;
 };
 
-/// Frozen picture: how many frames in a row hardly differed from their predecessor.
+/// Frozen frame: how many frames in a row hardly differed from their predecessor.
 struct StaticFrame_t {
     uint32_t width;
     uint32_t height;
@@ -33,13 +33,13 @@ struct StaticFrame_t {
 /// Null, with a log line, if there is no memory for the record.
 StaticFrame_t* StaticFrameCreate(uint32_t width, uint32_t height, uint32_t limit);
 
-/// Compares a picture with the one before. `is_static` becomes true when `limit` like pictures in a row have
+/// Compares a frame with the one before. `is_static` becomes true when `limit` like frames in a row have
 /// been seen, and their count starts anew. Returns 0 if it is false; 1 if it is true or an input is null.
-int32_t StaticFrameExecute(StaticFrame_t* state, const Planes& picture, bool& is_static);
+int32_t StaticFrameExecute(StaticFrame_t* state, const Planes& frame, bool& is_static);
 
 void StaticFrameDestroy(StaticFrame_t* state);
 
-/// Rows [top, bottom) and columns [left, right) of a picture.
+/// Rows [top, bottom) and columns [left, right) of a frame.
 struct Region {
     size_t top;
     size_t bottom;
@@ -47,10 +47,10 @@ struct Region {
     size_t right;
 };
 
-/// The middle of a width x height picture, moved along the diagonal by what `random` says; never leaves it.
+/// The middle of a width x height frame, moved along the diagonal by what `random` says; never leaves it.
 Region comparedRegion(uint32_t width, uint32_t height, uint32_t random);
 
-/// Mean difference over a region of a quarter of the picture, from its summed one; 32-bit, truncated.
+/// Mean difference over a region of a quarter of the frame, from its summed one; 32-bit, truncated.
 int32_t meanDifference(uint32_t sum, uint32_t width, uint32_t height);
 
 }  // namespace ZELAlgo

@@ -35,8 +35,8 @@ constexpr Step kSteps[] = {
          },
      .present = [](const VideoAlgoHandle_t& handle) { return handle.exposure != nullptr; },
      .execute =
-         [](VideoAlgoHandle_t& handle, const Planes& picture, ZELVideoResult& r) {
-             return ExposureExecute(handle.exposure.get(), picture, r.screen_type, r.exposure_type);
+         [](VideoAlgoHandle_t& handle, const Planes& frame, ZELVideoResult& r) {
+             return ExposureExecute(handle.exposure.get(), frame, r.screen_type, r.exposure_type);
          },
      .create_failed = "exposure_handle create failed\n",
      .execute_failed = "Exposure dete process fail ! \n"},
@@ -47,8 +47,8 @@ constexpr Step kSteps[] = {
              return handle.block != nullptr;
          },
      .present = [](const VideoAlgoHandle_t& handle) { return handle.block != nullptr; },
-     .execute = [](VideoAlgoHandle_t& handle, const Planes& picture,
-                   ZELVideoResult& r) { return BlockExecute(handle.block.get(), picture, r.is_block); },
+     .execute = [](VideoAlgoHandle_t& handle, const Planes& frame,
+                   ZELVideoResult& r) { return BlockExecute(handle.block.get(), frame, r.is_block); },
      .create_failed = "block_handle create failed\n",
      .execute_failed = "Block dete process fail ! \n"},
     // Returns failure for every frame that it finds static, and that is logged: intended.
@@ -60,8 +60,8 @@ constexpr Step kSteps[] = {
          },
      .present = [](const VideoAlgoHandle_t& handle) { return handle.static_frame != nullptr; },
      .execute =
-         [](VideoAlgoHandle_t& handle, const Planes& picture, ZELVideoResult& r) {
-             return StaticFrameExecute(handle.static_frame.get(), picture, r.is_staticframe);
+         [](VideoAlgoHandle_t& handle, const Planes& frame, ZELVideoResult& r) {
+             return StaticFrameExecute(handle.static_frame.get(), frame, r.is_staticframe);
          },
      .create_failed = "staticframe_handle create failed\n",
      .execute_failed = "Staticframe dete process fail ! \n"},
@@ -84,14 +84,12 @@ VideoAlgoHandle_t* VideoAlgoCreate(const ZELAlgoConfig& config, uint32_t width, 
     return handle;
 }
 
-int32_t VideoAlgoExecute(VideoAlgoHandle_t* handle, const Planes& picture, ZELVideoResult& result) {
-    result = {.status = result.status,
-              .screen_type = kScreenNormal,
-              .exposure_type = kExposureNormal,
-              .is_block = false,
-              .is_staticframe = false};
+int32_t VideoAlgoExecute(VideoAlgoHandle_t* handle, const Planes& frame, ZELVideoResult& result) {
+    const uint32_t status = result.status;
+    result = {};
+    result.status = status;
     for (const Step& step : kSteps) {
-        if (step.present(*handle) && step.execute(*handle, picture, result) != 0) {
+        if (step.present(*handle) && step.execute(*handle, frame, result) != 0) {
             ZEL::zel_log("%s", step.execute_failed);
             return -1;
         }

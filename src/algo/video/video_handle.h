@@ -30,10 +30,10 @@ struct VideoAlgoHandle_t {
 /// Null, with a log line that names the detector, if one of them cannot be created.
 VideoAlgoHandle_t* VideoAlgoCreate(const ZELAlgoConfig& config, uint32_t width, uint32_t height);
 
-/// Runs the detectors in their fixed order on one picture of any size and writes their verdicts, but not the
+/// Runs the detectors in their fixed order on one frame of any size and writes their verdicts, but not the
 /// status, to `result`. 0, or -1 with a log line as soon as one returns a failure; what was found by then
 /// stands, the rest is "nothing found".
-int32_t VideoAlgoExecute(VideoAlgoHandle_t* handle, const Planes& picture, ZELVideoResult& result);
+int32_t VideoAlgoExecute(VideoAlgoHandle_t* handle, const Planes& frame, ZELVideoResult& result);
 
 /// 0, for null as well.
 int32_t VideoAlgoDestroy(VideoAlgoHandle_t* handle);

@@ -12,7 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "support/log_capture.h"
-#include "support/pictures.h"
+#include "support/patterns.h"
 
 namespace {
 
@@ -30,10 +30,10 @@ using ZELAlgo::ZELVideoResult;
 
 constexpr const char* kStaticFailure = "Staticframe dete process fail ! \n";
 
-/// An I420 picture of one luma and one chroma value.
-class Picture {
+/// An I420 frame of one luma and one chroma value.
+class Frame {
   public:
-    Picture(uint32_t width, uint32_t height, uint8_t luma, uint8_t chroma = 128)
+    Frame(uint32_t width, uint32_t height, uint8_t luma, uint8_t chroma = 128)
         : width_(width), height_(height), bytes_(size_t{width} * height * 3 / 2, chroma) {
         std::fill_n(bytes_.begin(), size_t{width} * height, luma);
     }
@@ -46,9 +46,9 @@ class Picture {
     std::vector<uint8_t> bytes_;
 };
 
-ZELVideoResult detect(AlgoFacade& facade, const Picture& picture) {
+ZELVideoResult detect(AlgoFacade& facade, const Frame& frame) {
     ZELVideoResult result{7, 99, 99, true, true};
-    EXPECT_TRUE(facade.detectVideo(picture.frame(), result));
+    EXPECT_TRUE(facade.detectVideo(frame.frame(), result));
     EXPECT_EQ(result.status, 7U);
     return result;
 }
@@ -66,7 +66,7 @@ TEST(AlgoFacade, FindsNothingWithAllDetectorsOff) {
                                     .enable_exposure = false,
                                     .enable_green_screen = false,
                                     .enable_staticframe = false});
-    const Picture green(64, 64, 0, 0);
+    const Frame green(64, 64, 0, 0);
     for (int i = 0; i < 12; ++i) {
         const ZELVideoResult result = detect(facade, green);
         EXPECT_EQ(result.screen_type, kScreenNormal);
@@ -79,7 +79,7 @@ TEST(AlgoFacade, FindsNothingWithAllDetectorsOff) {
 TEST(AlgoFacade, TellsScreensAndExposuresApart) {
     AlgoFacade facade;
     const auto verdict = [&facade](uint8_t luma, uint8_t chroma) {
-        const ZELVideoResult result = detect(facade, Picture(64, 48, luma, chroma));
+        const ZELVideoResult result = detect(facade, Frame(64, 48, luma, chroma));
         return std::pair(result.screen_type, result.exposure_type);
     };
     EXPECT_EQ(verdict(0, 0), std::pair(kScreenGreen, kExposureNormal)) << "green goes before black";
@@ -92,15 +92,15 @@ TEST(AlgoFacade, TellsScreensAndExposuresApart) {
 
 TEST(AlgoFacade, LogsAFailureOnEveryStaticFrameAndStillReportsIt) {
     AlgoFacade facade;
-    const Picture picture(64, 64, 128);
+    const Frame frame(64, 64, 128);
     const support::LogCapture log;
     std::vector<int> found;
     for (int i = 1; i <= 31; ++i) {
-        if (detect(facade, picture).is_staticframe) {
+        if (detect(facade, frame).is_staticframe) {
             found.push_back(i);
         }
     }
-    // The first picture differs from the black one that every stream is compared with at first.
+    // The first frame differs from the black one that every stream is compared with at first.
     EXPECT_EQ(found, (std::vector<int>{11, 21, 31}));
     EXPECT_EQ(log.count(kStaticFailure), found.size());
     EXPECT_EQ(log.messages().size(), found.size());
@@ -109,7 +109,7 @@ TEST(AlgoFacade, LogsAFailureOnEveryStaticFrameAndStillReportsIt) {
 TEST(AlgoFacade, TakesItsConfigurationAtTheFirstFrame) {
     AlgoFacade facade;
     facade.setConfig({.staticframe_param = 2.9F});
-    const Picture black(64, 64, 0);
+    const Frame black(64, 64, 0);
     EXPECT_FALSE(detect(facade, black).is_staticframe);
     facade.setConfig({.staticframe_param = 100.0F});
     EXPECT_TRUE(detect(facade, black).is_staticframe);
@@ -119,8 +119,8 @@ TEST(AlgoFacade, AcceptsAnyFrameSizeInOneStream) {
     AlgoFacade facade;
     for (uint32_t width = 1; width < 12; ++width) {
         for (uint32_t height = 1; height < 12; ++height) {
-            const Picture picture(width, height, 128);
-            const ZELVideoResult result = detect(facade, picture);
+            const Frame frame(width, height, 128);
+            const ZELVideoResult result = detect(facade, frame);
             EXPECT_EQ(result.screen_type, kScreenNormal);
             EXPECT_EQ(result.exposure_type, kExposureNormal);
             EXPECT_FALSE(result.is_block);
@@ -128,7 +128,7 @@ TEST(AlgoFacade, AcceptsAnyFrameSizeInOneStream) {
     }
 }
 
-/// The planes of an I420 picture apart from each other, with `gap` bytes between rows and none after the
+/// The planes of an I420 frame apart from each other, with `gap` bytes between rows and none after the
 /// last.
 class Scattered {
   public:
@@ -154,21 +154,21 @@ class Scattered {
     ZELVideoPlanes planes_;
 };
 
-/// Pictures that bring every verdict about.
+/// Frames that bring every verdict about.
 std::vector<std::vector<uint8_t>> telling(uint32_t width, uint32_t height) {
     const size_t luma = size_t{width} * height;
-    std::vector<std::vector<uint8_t>> pictures;
+    std::vector<std::vector<uint8_t>> frames;
     for (const support::Pattern pattern : support::kPatterns) {
-        pictures.push_back(support::picture(pattern, width, height * 3 / 2, width));
-        pictures.push_back(pictures.back());
+        frames.push_back(support::patternPlane(pattern, width, height * 3 / 2, width));
+        frames.push_back(frames.back());
     }
-    pictures.emplace_back(luma * 3 / 2, 0);
+    frames.emplace_back(luma * 3 / 2, 0);
     std::vector<uint8_t> dark(luma * 3 / 2, 30);  // but for what is looked at
     for (size_t i = 0; i < luma / 2; i += 2) {
         dark[i] = 29;
     }
-    pictures.push_back(std::move(dark));
-    return pictures;
+    frames.push_back(std::move(dark));
+    return frames;
 }
 
 TEST(AlgoFacade, FindsGreenInEveryFourthChromaByteOnFromRowToRowAndPlaneToPlane) {
@@ -176,9 +176,9 @@ TEST(AlgoFacade, FindsGreenInEveryFourthChromaByteOnFromRowToRowAndPlaneToPlane)
         for (uint32_t height = 2; height <= 12; height += 2) {
             for (const size_t place : {size_t{0}, size_t{1}, size_t{2}, size_t{3}}) {
                 const size_t luma = size_t{width} * height;
-                std::vector<uint8_t> picture(luma * 3 / 2, 0);
+                std::vector<uint8_t> frame(luma * 3 / 2, 0);
                 for (size_t i = 0; i < luma / 2; ++i) {
-                    picture[luma + i] = i % 4 == place ? 0 : 1;
+                    frame[luma + i] = i % 4 == place ? 0 : 1;
                 }
                 // Each byte counts twice, and half of an odd count is rounded down.
                 const uint32_t want = place == 0 && luma / 4 % 2 == 0 ? 2 : 1;
@@ -187,7 +187,7 @@ TEST(AlgoFacade, FindsGreenInEveryFourthChromaByteOnFromRowToRowAndPlaneToPlane)
                 for (const size_t gap : {size_t{0}, size_t{1}, size_t{32}}) {
                     ZELVideoResult result{};
                     AlgoFacade facade(config);
-                    ASSERT_TRUE(facade.detectPlanes(Scattered(picture, width, height, gap).planes(), result));
+                    ASSERT_TRUE(facade.detectPlanes(Scattered(frame, width, height, gap).planes(), result));
                     ASSERT_EQ(result.screen_type, want) << width << "x" << height << " gap " << gap;
                 }
             }
@@ -204,11 +204,11 @@ TEST(AlgoFacade, SaysTheSameOfPlanesWhereverTheyLie) {
         for (const size_t gap : {size_t{0}, size_t{1}, size_t{32}}) {
             AlgoFacade packed(ZELAlgoConfig{.staticframe_param = 1.0F});
             AlgoFacade scattered(ZELAlgoConfig{.staticframe_param = 1.0F});
-            for (const std::vector<uint8_t>& picture : telling(width, height)) {
+            for (const std::vector<uint8_t>& frame : telling(width, height)) {
                 ZELVideoResult want{};
                 ZELVideoResult have{};
-                ASSERT_TRUE(packed.detectVideo({width, height, 0, picture.data()}, want));
-                ASSERT_TRUE(scattered.detectPlanes(Scattered(picture, width, height, gap).planes(), have));
+                ASSERT_TRUE(packed.detectVideo({width, height, 0, frame.data()}, want));
+                ASSERT_TRUE(scattered.detectPlanes(Scattered(frame, width, height, gap).planes(), have));
                 ASSERT_EQ(std::tie(want.screen_type, want.exposure_type, want.is_block, want.is_staticframe),
                           std::tie(have.screen_type, have.exposure_type, have.is_block, have.is_staticframe))
                     << width << "x" << height << ", " << gap << " between rows";
@@ -223,10 +223,10 @@ TEST(AlgoFacade, SaysTheSameOfPlanesWhereverTheyLie) {
 }
 
 TEST(AlgoFacade, RefusesPlanesThatCannotBeRead) {
-    const Scattered picture(std::vector<uint8_t>(16 * 8 * 3 / 2), 16, 8, 0);
-    const auto refuses = [&picture](auto change) {
+    const Scattered frame(std::vector<uint8_t>(16 * 8 * 3 / 2), 16, 8, 0);
+    const auto refuses = [&frame](auto change) {
         AlgoFacade facade;
-        ZELVideoPlanes planes = picture.planes();
+        ZELVideoPlanes planes = frame.planes();
         change(planes);
         ZELVideoResult result{7, 99, 99, true, true};
         return !facade.detectPlanes(planes, result) && result.screen_type == 99;
@@ -240,7 +240,7 @@ TEST(AlgoFacade, RefusesPlanesThatCannotBeRead) {
     }
 }
 
-TEST(AlgoFacade, RefusesPicturesTooLargeToCount) {
+TEST(AlgoFacade, RefusesFramesTooLargeToCount) {
     const uint8_t byte = 0;
     AlgoFacade facade;
     ZELVideoResult result{7, 99, 99, true, true};
@@ -255,7 +255,7 @@ TEST(AlgoFacade, RefusesPicturesTooLargeToCount) {
 TEST(AlgoFacade, TakesParametersThatNoIntegerHolds) {
     for (const float value : {1e20F, -1e20F, std::numeric_limits<float>::quiet_NaN(), -1.0F}) {
         AlgoFacade facade(ZELAlgoConfig{.block_param = value, .staticframe_param = value});
-        EXPECT_FALSE(detect(facade, Picture(64, 64, 0)).is_staticframe);
+        EXPECT_FALSE(detect(facade, Frame(64, 64, 0)).is_staticframe);
     }
 }
 

@@ -39,10 +39,10 @@ class Road {
             found.push_back({start_s, end_s, result});
         });
     }
-    /// All of it, in blocks of `block` samples from 5 s on.
-    void feed(const Samples& samples, size_t block) {
-        for (size_t at = 0; at < samples.size(); at += block) {
-            feed(samples.data() + at, std::min(block, samples.size() - at),
+    /// All of it, in frames of `frame` samples from 5 s on.
+    void feed(const Samples& samples, size_t frame) {
+        for (size_t at = 0; at < samples.size(); at += frame) {
+            feed(samples.data() + at, std::min(frame, samples.size() - at),
                  5.0 + static_cast<double>(at) / rate_);
         }
     }
@@ -97,12 +97,12 @@ TEST(AudioMeter, PeriodsAreThoseOfAFacadeThatIsFedTheirChunks) {
                 }
             }
             ASSERT_FALSE(want.empty());
-            for (const size_t block : {chunk, size_t{1}, size_t{1024}, sound.size()}) {
+            for (const size_t frame : {chunk, size_t{1}, size_t{1024}, sound.size()}) {
                 Road road(period_s, rate);
-                road.feed(sound, block);
-                ASSERT_EQ(road.found.size(), want.size()) << rate << ' ' << block;
+                road.feed(sound, frame);
+                ASSERT_EQ(road.found.size(), want.size()) << rate << ' ' << frame;
                 for (size_t i = 0; i < want.size(); ++i) {
-                    ASSERT_EQ(valuesOf(road.found[i].result), valuesOf(want[i])) << rate << ' ' << block;
+                    ASSERT_EQ(valuesOf(road.found[i].result), valuesOf(want[i])) << rate << ' ' << frame;
                 }
             }
         }

@@ -36,7 +36,7 @@ class SessionPc : public testing::Test {
 
     ZEL::HostServices host_;
     const std::shared_ptr<ZEL::MessageCenter> center_ = std::make_shared<ZEL::MessageCenter>();
-    const std::vector<uint8_t> frame_ = support::flatPicture(16, 8, support::kMidGrey);
+    const std::vector<uint8_t> frame_ = support::flatFrame(16, 8, support::kMidGrey);
 };
 
 TEST_F(SessionPc, SaysSoWhenItHasNoCoreOrIsGivenASecond) {
@@ -167,6 +167,30 @@ TEST_F(SessionPc, UnsubscribesItsCoreAtAStopUnlessToldNotTo) {
         EXPECT_GT(core.use_count(), unsubscribed);  // the centre holds its subscribers
         session->stop();
         EXPECT_EQ(core.use_count() > unsubscribed, leave);
+    }
+}
+
+TEST_F(SessionPc, SendsNoEndingHeartbeatAfterAStopFromTheSwitchThatAllowsIt) {
+    static ZELSessionPc* stopping;
+    static int uploads;
+    uploads = 0;
+    host_.upload.setCallback(
+        [](const char*, int, const char*, const char*, const char*, ReportMap*) { ++uploads; });
+    host_.switches.registerBool([](const char* key) {
+        if (ZELSessionPc* const inner = std::string(key) == "DisableEndingTimer" ? stopping : nullptr) {
+            stopping = nullptr;
+            inner->stop();
+        }
+        return false;
+    });
+    const auto session = withCore();
+    session->setInterval(3600);
+    session->setTimerSwitchListener([] { return true; });
+    for (const bool inside : {false, true}) {
+        stopping = inside ? session.get() : nullptr;
+        session->start();
+        session->stop();
+        EXPECT_EQ(uploads, 1) << "that of the stop from outside";
     }
 }
 

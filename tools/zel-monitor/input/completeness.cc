@@ -14,7 +14,7 @@ namespace zel_monitor {
 namespace {
 
 const char* contentOf(StreamTrack track) {
-    return track == StreamTrack::kVideo ? "pictures" : "sound";
+    return track == StreamTrack::kVideo ? "frames" : "sound";
 }
 
 const char* verbFor(StreamTrack track) {

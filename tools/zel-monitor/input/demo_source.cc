@@ -25,19 +25,19 @@ constexpr std::string_view kSpeech =
 
 constexpr Stretch faulty(int seconds, std::string_view kind, std::string_view source = {}) {
     const FaultFilter& fault = faultFilter(kind);
-    return {seconds, fault.seen, fault.filters, source};
+    return {seconds, fault.kind, fault.filters, source};
 }
 
 constexpr Stretch kFrames[] = {
-    {10, "normal picture"}, faulty(5, "black"),        faulty(5, "green"),       faulty(5, "block"),
-    faulty(5, "freeze"),    faulty(5, "underexposed"), faulty(5, "overexposed"), {12, "normal picture"},
+    {10, "good video"},  faulty(5, "black"),        faulty(5, "green"),       faulty(5, "block"),
+    faulty(5, "freeze"), faulty(5, "underexposed"), faulty(5, "overexposed"), {12, "good video"},
 };
 constexpr Stretch kSounds[] = {
     {10, "speech", "anull"},
     faulty(10, "mute", "anullsrc=r=16000:cl=mono"),  // no speech is made only to be muted
     faulty(10, "low-voice"),
     faulty(10, "high-voice"),
-    {12, "music without voice", "anull",
+    {12, "no-voice", "anull",
      "aevalsrc='0.2*sin(2*PI*220*t)*(0.5+0.5*sin(2*PI*0.4*t))+0.1*sin(2*PI*330*t)':s=16000"},
 };
 
@@ -73,8 +73,8 @@ std::string sequence(std::span<const Stretch> stretches, std::string_view base, 
     return chains + labels + fmt::format("concat=n={}:{}", stretches.size(), join);
 }
 
-/// Both streams of the demo. Sound comes in blocks of 10 ms, as real-time clients hand it over: digital
-/// silence takes one step of its period per block, however long the block is.
+/// Both streams of the demo. Audio comes in frames of 10 ms, as real-time clients hand it over: digital
+/// silence takes one step of its period per frame, however long the frame is.
 std::string demoGraph() {
     return sequence(kFrames, kFrame, "trim", "v=1:a=0,format=yuv420p[out0];") +
            sequence(kSounds, kSpeech, "atrim", "v=0:a=1,asetnsamples=160:p=0[out1]");

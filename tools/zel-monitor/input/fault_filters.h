@@ -10,21 +10,20 @@ namespace zel_monitor {
 /// How good material is made faulty. The demo stream and the clips of bench/accuracy are made with these.
 struct FaultFilter {
     std::string_view kind;     ///< the kind of event, by its name
-    std::string_view seen;     ///< what a person sees or hears
     std::string_view filters;  ///< of FFmpeg; a frame's size stays if it is a multiple of 8
 };
 
 inline constexpr std::array kFaultFilters = std::to_array<FaultFilter>({
-    {"black", "black picture", "drawbox=t=fill:c=black"},
-    {"green", "green picture", "lutyuv=y=0:u=0:v=0"},
-    {"block", "blocky picture",
+    {"black", "drawbox=t=fill:c=black"},
+    {"green", "lutyuv=y=0:u=0:v=0"},
+    {"block",
      "scale=iw/8:ih/8,noise=c0s=100:c0f=t,scale=8*iw:8*ih:flags=neighbor"},  // a decoder without references
-    {"freeze", "frozen picture", "loop=loop=-1:size=1"},
-    {"underexposed", "under-exposed picture", "lutyuv=y=16+(val-16)*0.3"},
-    {"overexposed", "over-exposed picture", "lutyuv=y=min(val+110\\,235)"},
-    {"mute", "mute", "volume=0"},
-    {"low-voice", "quiet speech", "volume=0.05"},
-    {"high-voice", "loud speech", "volume=40"},
+    {"freeze", "loop=loop=-1:size=1"},
+    {"underexposed", "lutyuv=y=16+(val-16)*0.3"},
+    {"overexposed", "lutyuv=y=min(val+110\\,235)"},
+    {"mute", "volume=0"},
+    {"low-voice", "volume=0.05"},
+    {"high-voice", "volume=40"},
 });
 
 /// Throws std::out_of_range for a kind that has none; in a constant, that does not compile.

@@ -30,7 +30,7 @@ class VideoFrameConverter {
 /// Turns decoded audio frames into interleaved 16-bit samples of the same rate and channels.
 class AudioFrameConverter {
   public:
-    /// A block without its time. Frames that are 16-bit interleaved already are shared, not copied. Throws
+    /// A frame without its time. Frames that are 16-bit interleaved already are shared, not copied. Throws
     /// FfmpegError for a frame that cannot be converted.
     AudioFrame convert(const AVFrame& frame);
 

@@ -42,7 +42,7 @@ struct VideoFrame {
     ItemNotes notes = {};
 };
 
-/// One block of decoded sound: `samples` times `channels` interleaved 16-bit samples.
+/// One decoded audio frame: `samples` times `channels` interleaved 16-bit samples.
 struct AudioFrame {
     double time;  ///< seconds since the start of the stream
     int sample_rate;

@@ -163,7 +163,7 @@ TEST(Threshold, DropsWeakPixelsAndThoseAmongStrongOnes) {
                                                                     "......."));
 }
 
-TEST(Threshold, KeepsTheSmoothedPictureInTheFirstRow) {
+TEST(Threshold, KeepsTheSmoothedFrameInTheFirstRow) {
     Bytes smooth(5 * 4, 7);
     smooth[2] = 0;
     EXPECT_THAT(edges(Bytes(20, 0), smooth, 5, 0), ElementsAre("##.##",  //
@@ -186,7 +186,7 @@ TEST(Threshold, HasLevelsInSinglePrecision) {
     }
 }
 
-TEST(Threshold, FindsNoEdgeInAFlatPicture) {
+TEST(Threshold, FindsNoEdgeInAFlatFrame) {
     EXPECT_THAT(edges(Bytes(25, 0), Bytes(25, 0), 5, 0), testing::Each("....."));
 }
 

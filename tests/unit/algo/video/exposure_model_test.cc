@@ -43,7 +43,7 @@ TEST(ExposureFeatures, WrapWhereThirtyTwoBitsEnd) {
 }
 
 TEST(ExposureModel, NormalIsWhereBothOuterModelsVanish) {
-    // Uniform pictures: without spread the mean alone decides, with limits worked out from the models'
+    // Uniform frames: without spread the mean alone decides, with limits worked out from the models'
     // biases.
     const auto uniform = [](int32_t mean) {
         return classifyExposure({.bright = mean >= 200 ? 1.0F : 0.0F,
@@ -86,8 +86,8 @@ TEST(ExposureModel, UnderAndOverAreToldApartByTheSecondModel) {
 TEST(ExposureModel, SaysTheSameFromASummaryWhereverThatIsClear) {
     support::Random random(11);
     int clear = 0;
-    constexpr int kPictures = 4000;
-    for (int i = 0; i < kPictures; ++i) {
+    constexpr int kFrames = 4000;
+    for (int i = 0; i < kFrames; ++i) {
         // Means around both limits, of any width.
         const uint32_t middle = (i % 2 == 0 ? 85 : 175) + random.below(25);
         const uint32_t span = 1 + random.below(80);
@@ -102,8 +102,8 @@ TEST(ExposureModel, SaysTheSameFromASummaryWhereverThatIsClear) {
             ASSERT_EQ(*type, classifyExposure(exposureFeatures(histogram, 400))) << i;
         }
     }
-    EXPECT_GT(clear, kPictures / 2);
-    EXPECT_LT(clear, kPictures);
+    EXPECT_GT(clear, kFrames / 2);
+    EXPECT_LT(clear, kFrames);
 }
 
 TEST(ExposureFrame, WritesNothingThatItWasNotAskedFor) {

@@ -45,7 +45,7 @@ TEST(ScreenType, LeavesDarkSharesBesideTheRatioToTheirRoundings) {
     EXPECT_EQ(isClearlyBlack(0, 0, 0.95F), std::nullopt);
 }
 
-TEST(ScreenType, NothingIsFoundInAnEmptyPicture) {
+TEST(ScreenType, NothingIsFoundInAnEmptyFrame) {
     const Histogram empty{};
     EXPECT_FALSE(isLumaZero(0, 0, 0.0F));
     EXPECT_FALSE(isChromaZero(0, 0, 0.0F));

@@ -19,8 +19,8 @@ Bytes smoothed(const Bytes& source, size_t width) {
     return smooth;
 }
 
-Bytes row(const Bytes& picture, size_t width, size_t y) {
-    const auto first = picture.begin() + static_cast<ptrdiff_t>(y * width);
+Bytes row(const Bytes& frame, size_t width, size_t y) {
+    const auto first = frame.begin() + static_cast<ptrdiff_t>(y * width);
     return {first, first + static_cast<ptrdiff_t>(width)};
 }
 

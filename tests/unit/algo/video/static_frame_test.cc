@@ -26,7 +26,7 @@ class StaticFrame : public testing::Test {
         bool flag = false;
         const int32_t status =
             StaticFrameExecute(state_.get(), ZELAlgo::planesOf(luma.data(), width, height), flag);
-        EXPECT_EQ(status, flag ? 1 : 0) << "a static picture is a failure, too";
+        EXPECT_EQ(status, flag ? 1 : 0) << "a static frame is a failure, too";
         return flag;
     }
 
@@ -35,7 +35,7 @@ class StaticFrame : public testing::Test {
     std::unique_ptr<StaticFrame_t, decltype(&ZELAlgo::StaticFrameDestroy)> state_;
 };
 
-TEST_F(StaticFrame, FlagsEveryThirdLikePictureFromTheBlackStartOn) {
+TEST_F(StaticFrame, FlagsEveryThirdLikeFrameFromTheBlackStartOn) {
     const Bytes black(kWidth * kHeight, 0);
     const Bytes grey(kWidth * kHeight, 3);
     for (const bool want : {false, false, true, false, false, true}) {
@@ -43,34 +43,34 @@ TEST_F(StaticFrame, FlagsEveryThirdLikePictureFromTheBlackStartOn) {
     }
     EXPECT_FALSE(isStatic(black));
     EXPECT_FALSE(isStatic(black));
-    EXPECT_FALSE(isStatic(grey)) << "one other picture starts the run anew";
+    EXPECT_FALSE(isStatic(grey)) << "one other frame starts the run anew";
     for (const bool want : {false, false, true}) {
         EXPECT_EQ(isStatic(grey), want);
     }
 }
 
 TEST_F(StaticFrame, TruncatesTheMeanDifferenceOfEachRegion) {
-    Bytes picture(kWidth * kHeight, 100);
-    isStatic(picture);
-    for (size_t i = 0; i < picture.size(); i += 2) {
-        picture[i] = 105;  // mean difference 2.5
+    Bytes frame(kWidth * kHeight, 100);
+    isStatic(frame);
+    for (size_t i = 0; i < frame.size(); i += 2) {
+        frame[i] = 105;  // mean difference 2.5
     }
-    isStatic(picture);
+    isStatic(frame);
     EXPECT_EQ(state_->score, 2.0F);
     EXPECT_EQ(state_->still_count, 1U);
 }
 
 TEST_F(StaticFrame, LooksAtTheMiddleOnly) {
-    Bytes picture(kWidth * kHeight, 0);
-    isStatic(picture);
+    Bytes frame(kWidth * kHeight, 0);
+    isStatic(frame);
     // Regions reach from 3 pixels above to 3 below the middle half.
     for (uint32_t y = 0; y < kHeight; ++y) {
         for (uint32_t x = 0; x < kWidth; ++x) {
             const bool middle = y >= 3 && y < 21 && x >= 5 && x < 27;
-            picture[y * kWidth + x] = middle ? 0 : 255;
+            frame[y * kWidth + x] = middle ? 0 : 255;
         }
     }
-    isStatic(picture);
+    isStatic(frame);
     EXPECT_EQ(state_->score, 0.0F);
 }
 
@@ -83,10 +83,10 @@ TEST_F(StaticFrame, KeepsTheBytesThatFitWhenTheSizeChanges) {
     std::fill_n(taller.begin() + 16 * 48, 16 * 48, uint8_t{0});
     isStatic(taller, 16, 96);
     EXPECT_EQ(state_->score, 0.0F);
-    EXPECT_TRUE(isStatic(Bytes(8 * 8, 200), 8, 8)) << "the third like picture";
+    EXPECT_TRUE(isStatic(Bytes(8 * 8, 200), 8, 8)) << "the third like frame";
 }
 
-TEST(ComparedRegion, StaysInsideEveryPicture) {
+TEST(ComparedRegion, StaysInsideEveryFrame) {
     support::Random random(3);
     for (uint32_t width = 0; width < 70; ++width) {
         for (uint32_t height = 0; height < 70; ++height) {

@@ -22,11 +22,11 @@ using Bytes = std::vector<uint8_t>;
 
 Bytes noise(uint32_t width, uint32_t height) {
     support::Random random(width * 1000 + height);
-    Bytes picture(size_t{width} * height * 3 / 2);
-    for (uint8_t& byte : picture) {
+    Bytes frame(size_t{width} * height * 3 / 2);
+    for (uint8_t& byte : frame) {
         byte = random.byte();
     }
-    return picture;
+    return frame;
 }
 
 TEST(VideoDetectors, RefuseNullWithALogLine) {
@@ -83,20 +83,20 @@ struct Failure {
 };
 
 Failure failFirstFrame(size_t nth) {
-    const Bytes picture = noise(64, 48);
+    const Bytes frame = noise(64, 48);
     const LogCapture log;
     ZELAlgo::AlgoFacade facade;
     ZELAlgo::ZELVideoResult result{};
     Failure failure{};
     {
         const FailingNew fail(nth);
-        failure.first = facade.detectVideo({64, 48, 0, picture.data()}, result);
+        failure.first = facade.detectVideo({64, 48, 0, frame.data()}, result);
         failure.happened = fail.happened();
     }
     for (const std::string& message : log.messages()) {
         failure.log += message;
     }
-    failure.second = facade.detectVideo({64, 48, 0, picture.data()}, result);
+    failure.second = facade.detectVideo({64, 48, 0, frame.data()}, result);
     return failure;
 }
 
@@ -117,7 +117,7 @@ TEST(VideoDetectors, SurviveEveryFailedAllocationAndTryAgainWithTheNextFrame) {
         return std::count(logs.begin(), logs.end(), text);
     };
     EXPECT_EQ(count(""), 2)
-        << "the handle itself; the plane of the previous picture, which the frame asks for again";
+        << "the handle itself; the plane of the previous frame, which the frame asks for again";
     EXPECT_EQ(count("ExposureFrame_t create fail ! \nexposure_handle create failed\n"), 1);
     EXPECT_EQ(count("BlockFrame_t create fail ! \nblock_handle create failed\n"), 1);
     EXPECT_EQ(count("BlockFrame_t create space fail !"), 4);
@@ -129,9 +129,9 @@ TEST(VideoDetectors, AllocateNothingPerFrame) {
     const Bytes small = noise(99, 51);
     ZELAlgo::AlgoFacade facade;
     ZELAlgo::ZELVideoResult result{};
-    const auto allocations = [&](const Bytes& picture, uint32_t width, uint32_t height) {
+    const auto allocations = [&](const Bytes& frame, uint32_t width, uint32_t height) {
         const size_t before = support::allocationCount();
-        EXPECT_TRUE(facade.detectVideo({width, height, 0, picture.data()}, result));
+        EXPECT_TRUE(facade.detectVideo({width, height, 0, frame.data()}, result));
         return support::allocationCount() - before;
     };
     EXPECT_GT(allocations(large, 320, 180), 0U);

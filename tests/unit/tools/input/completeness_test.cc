@@ -98,7 +98,7 @@ TEST_F(CompletenessTest, TellsWhatItCouldNotFollow) {
     ffmpeg(kSmallVideo + kTone + "-c:v libx264 -preset ultrafast -bsf:v noise=amount=1 -c:a aac",
            file("noise.mkv"));
     EXPECT_EQ(kindOf("noise.mkv"), Incomplete::kNothingDecoded);
-    EXPECT_EQ(shortfallOf("noise.mkv")->detail, "none of its pictures could be decoded");
+    EXPECT_EQ(shortfallOf("noise.mkv")->detail, "none of its frames could be decoded");
 }
 
 TEST_F(CompletenessTest, TellsAStreamThatIsListedButCannotBeUsed) {
@@ -128,7 +128,7 @@ TEST_F(CompletenessTest, TellsAStreamThatIsListedButCannotBeUsed) {
 TEST_F(CompletenessTest, TellsATrackThatIsEncrypted) {
     ffmpeg(kSmallVideo + kTone + "-c:v mpeg2video -c:a mp2", file("a.ts"));
     for (const auto& [pid, detail] :
-         {std::pair(0x100, "its pictures are encrypted"), std::pair(0x101, "its sound is encrypted")}) {
+         {std::pair(0x100, "its frames are encrypted"), std::pair(0x101, "its sound is encrypted")}) {
         clips::scramble(file("a.ts"), {pid}, file("scrambled.ts"));
         const auto shortfall = shortfallOf("scrambled.ts");
         ASSERT_TRUE(shortfall.has_value()) << pid;

@@ -1,5 +1,5 @@
-#ifndef ZEL_TESTS_SUPPORT_PICTURES_H_
-#define ZEL_TESTS_SUPPORT_PICTURES_H_
+#ifndef ZEL_TESTS_SUPPORT_PATTERNS_H_
+#define ZEL_TESTS_SUPPORT_PATTERNS_H_
 
 #include <algorithm>
 #include <cmath>
@@ -11,7 +11,7 @@
 
 namespace support {
 
-/// Kinds of grey pictures, each of which drives the video kernels through other branches.
+/// Kinds of grey planes, each of which drives the video kernels through other branches.
 enum class Pattern {
     kNoise,          ///< every byte for itself
     kFewLevels,      ///< noise of three neighbouring levels: many equal and diagonal gradients
@@ -23,7 +23,7 @@ enum class Pattern {
     kGrid,           ///< thin light frames on a dark ground
     kNearThreshold,  ///< steps whose gradients lie around each threshold
     kSteps,          ///< long rows of falling magnitudes: every second one is thinned
-    kClouds,         ///< noise of several scales, as in filmed pictures
+    kClouds,         ///< noise of several scales, as in filmed frames
 };
 constexpr Pattern kPatterns[] = {Pattern::kNoise,  Pattern::kFewLevels,    Pattern::kFlat,
                                  Pattern::kRamp,   Pattern::kDiagonalRamp, Pattern::kCheckerboard,
@@ -56,7 +56,7 @@ inline double cloud(uint64_t seed, size_t x, size_t y, size_t cell) {
 }  // namespace detail
 
 /// `width` x `height` bytes of a pattern, the same for the same seed everywhere.
-inline std::vector<uint8_t> picture(Pattern pattern, size_t width, size_t height, uint64_t seed) {
+inline std::vector<uint8_t> patternPlane(Pattern pattern, size_t width, size_t height, uint64_t seed) {
     Random random(seed);
     const uint32_t a = random.below(256);
     const uint32_t b = random.below(9);
@@ -110,4 +110,4 @@ inline std::vector<uint8_t> picture(Pattern pattern, size_t width, size_t height
 
 }  // namespace support
 
-#endif  // ZEL_TESTS_SUPPORT_PICTURES_H_
+#endif  // ZEL_TESTS_SUPPORT_PATTERNS_H_
