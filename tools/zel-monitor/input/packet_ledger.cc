@@ -9,7 +9,6 @@ namespace {
 constexpr int64_t kMostInDecoder = 100;  // frames that are put in order, and those of all threads
 constexpr size_t kMostKept = 1000;
 constexpr double kMostReorderS = 2.0;
-constexpr uint64_t kMostBefore = 2;   // packets that a stream which was cut out of another begins with
 constexpr double kMostApartS = 10.0;  // across a discontinuity the times of packets and frames tell nothing
 
 /// Whether it may come of frames that were never there.
@@ -111,16 +110,15 @@ std::vector<ItemComplaint> PacketLedger::finish() {
     return complaints;
 }
 
-/// A stream that was cut out of another one may begin in the middle of something, and some coders do not get
-/// their first frame quite right. Whatever a decoder makes of that is no damage.
+/// A stream that was cut out of another one may begin in the middle of something. Whatever a decoder makes of
+/// that is no damage, unless the first frame is made up in part.
 void PacketLedger::forgiveBeginning() {
-    if (nature_.begins_anywhere || refusals_ <= kMostBefore) {
-        refusals_ = 0;
+    if (!nature_.begins_anywhere) {
+        return;
     }
+    refusals_ = 0;
     for (auto it = packets_.begin(); it != packets_.end() && it->first <= first_; ++it) {
-        const bool is_forgiven = nature_.begins_anywhere || first_ <= static_cast<int64_t>(kMostBefore) + 1;
-        const bool is_concealed = it->second.complaints.contains(ComplaintReason::kConcealed);
-        if (is_forgiven && (it->first < first_ || !is_concealed)) {
+        if (it->first < first_ || !it->second.complaints.contains(ComplaintReason::kConcealed)) {
             std::erase_if(it->second.complaints,
                           [](const auto& complaint) { return isOfReferences(complaint.first); });
         }
