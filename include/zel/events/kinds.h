@@ -124,7 +124,7 @@ inline constexpr auto kEventKindTable = std::to_array<EventKindInfo>({
      .name = "damage",
      .source = EventSource::kInput,
      .rule = {.min_s = 0.0, .gap_s = 1.0},
-     .unit = "share that is hit of half a second, or of one frame",
+     .unit = "share that is hit: of half a second, one frame or the stream",
      .meaning = "data that is missing, or that its demuxer or decoder finds broken",
      .colour = "#7f1d1d"},
     {.kind = EventKind::kStall,

@@ -23,13 +23,19 @@ bool isNoticed(const Complaint& complaint) {
            complaint.share > kLeastOfFrame;
 }
 
-/// Share of half a second that is hit, or of one frame, against the least that counts.
-ZEL::Evidence evidenceOf(const Complaint& complaint) {
-    const bool is_of_slice = complaint.slice_share > kLeastOfSlice || !isOfFrames(complaint.reason);
-    const double of_slice =
-        complaint.reason == ComplaintReason::kSmallGaps ? complaint.share : complaint.slice_share;
-    return is_of_slice ? ZEL::Evidence{of_slice, kLeastOfSlice}
-                       : ZEL::Evidence{complaint.share, kLeastOfFrame};
+/// How much is hit, of half a second, of one frame or, where that is known, of the whole stream; none if it
+/// is not known to be much.
+std::optional<ZEL::Evidence> evidenceOf(const Complaint& complaint) {
+    const bool is_of_stream = complaint.reason == ComplaintReason::kSmallGaps ||
+                              complaint.reason == ComplaintReason::kMissingEnd ||
+                              complaint.reason == ComplaintReason::kUnaccounted;
+    const ZEL::Evidence of_slice{is_of_stream ? complaint.share : complaint.slice_share, kLeastOfSlice};
+    const ZEL::Evidence of_frame{complaint.share, kLeastOfFrame};
+    if (of_slice.value >= of_slice.limit) {
+        return of_slice;
+    }
+    return isOfFrames(complaint.reason) && of_frame.value > of_frame.limit ? std::optional(of_frame)
+                                                                           : std::nullopt;
 }
 
 /// An event, and for how long there was anything wrong in it.
@@ -42,9 +48,9 @@ struct Stretch {
         add(first);
     }
     void add(const Complaint& complaint) {
-        const ZEL::Evidence evidence = evidenceOf(complaint);
+        const auto evidence = evidenceOf(complaint);
         const auto& known = event.evidence;
-        if (!known || evidence.value * known->limit > known->value * evidence.limit) {
+        if (evidence && (!known || evidence->value * known->limit > known->value * evidence->limit)) {
             event.evidence = evidence;
         }
         double& end_s = event.span.end_s;
@@ -76,7 +82,7 @@ std::vector<ZEL::Event> damageEvents(const std::vector<Complaint>& complaints, Z
     std::transform(stretches.begin(), stretches.end(), std::back_inserter(events),
                    [](const Stretch& stretch) { return stretch.event; });
     if (gaps) {
-        gaps->event.share = gaps->event.evidence->value;
+        gaps->event.share = gaps->event.evidence ? gaps->event.evidence->value : 1.0;
         events.push_back(gaps->event);
     }
     std::erase_if(events,

@@ -49,8 +49,10 @@ TEST(DamageEvents, AreWhatSomebodyNotices) {
     Complaint packet = complaint(1.0, 1.04, ComplaintReason::kBrokenPacket);
     EXPECT_TRUE(damageEvents({packet}, {}).empty());
     packet.count = 2;
-    EXPECT_EQ(1U, damageEvents({packet}, {}).size());
-    packet = {complaint(1.0, 1.04, ComplaintReason::kBrokenPacket)};
+    packet.slice_share = 0.0;
+    ASSERT_EQ(1U, damageEvents({packet}, {}).size());
+    EXPECT_FALSE(damageEvents({packet}, {})[0].evidence) << "nobody knows how much";
+    packet = complaint(1.0, 1.04, ComplaintReason::kBrokenPacket);
     packet.track = ZEL::StreamTrack::kAudio;
     EXPECT_EQ(1U, damageEvents({packet}, {}).size());
 }
