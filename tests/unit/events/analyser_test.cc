@@ -140,12 +140,14 @@ TEST(EventAnalyser, ChannelsAreHeardTogetherAndRatesMayChange) {
         }
     };
     hear(48'000, {900, 900}, 2.0);
-    hear(48'000, {900, -900}, 2.0);  // the mean is silent
+    hear(48'000, {900, -900}, 3.0);  // the mean is silent, the channels are not
     hear(44'100, {500, 500, 500, 500, 500, 500}, 2.0);
     hear(8'000, {0}, 2.0);
     feeding.end();
     EXPECT_THAT(feeding.heard.eventsOf(EventKind::kMute),
-                ElementsAre(isEvent(EventKind::kMute, 2.0, 4.0), isEvent(EventKind::kMute, 6.0, 8.0, true)));
+                ElementsAre(isEvent(EventKind::kMute, 7.0, 9.0, true)));
+    ASSERT_EQ(feeding.heard.eventsOf(EventKind::kAntiphase).size(), 1U);
+    EXPECT_NEAR(feeding.heard.eventsOf(EventKind::kAntiphase)[0].span.start_s, 2.0, 0.3);
 }
 
 TEST(EventAnalyser, GapsAreToldForEachTrackAndTheMissingEndForTheStream) {

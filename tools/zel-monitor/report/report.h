@@ -26,9 +26,16 @@ struct Totals {
 /// From which length an event of a kind is a violation; kinds without a value are tolerated.
 using Policy = ZEL::PerEventKind<std::optional<double>>;
 
+/// Which kinds are reported.
+using Wanted = ZEL::PerEventKind<bool>;
+
+/// The faults. A look is reported to who asks for it.
+Wanted wantedUnasked();
+
 /// How a scan was set.
 struct ScanSettings {
     ZEL::EventRules rules = ZEL::defaultEventRules();
+    Wanted wanted = wantedUnasked();
     Policy policy{};
 };
 
@@ -43,6 +50,13 @@ struct DamageNote {
     double share;    ///< of the frame that is hit worst, or of the whole input
 };
 
+/// How loud an input is, by EBU R 128. What is silent or too short for a measure has none.
+struct Loudness {
+    std::optional<double> integrated_lufs;
+    std::optional<double> short_term_max_lufs;  ///< the loudest three seconds
+    std::optional<double> true_peak_dbtp;
+};
+
 /// What was found in one input.
 struct InputReport {
     MediaFacts facts;
@@ -50,6 +64,7 @@ struct InputReport {
     double length_s = 0.0;               ///< of what was analysed
     std::vector<ZEL::Event> events;      ///< by their start
     std::vector<DamageNote> damage;      ///< by its start
+    std::optional<Loudness> loudness;    ///< if there was sound
     std::optional<std::string> problem;  ///< why it could not be analysed to its end
 };
 
