@@ -31,14 +31,14 @@ std::optional<double> statedStart(const AVFormatContext& format) {
 
 StreamNature natureOf(const AVFormatContext& format) {
     constexpr std::array<std::string_view, 6> kCutAnywhere{"mpegts", "mpeg", "hls", "rtsp", "rtp", "sdp"};
-    constexpr std::array<std::string_view, 11> kBare{"h264", "hevc", "mpegvideo", "m4v",  "vc1", "obu",
-                                                     "aac",  "mp3",  "ac3",       "eac3", "dts"};
+    constexpr std::array<std::string_view, 6> kBareVideo{"h264", "hevc", "mpegvideo", "m4v", "vc1", "obu"};
+    constexpr std::array<std::string_view, 5> kBareAudio{"aac", "mp3", "ac3", "eac3", "dts"};
     const std::string_view name = format.iformat->name;
     const auto isOneOf = [&](const auto& names) {
         return std::find(names.begin(), names.end(), name) != names.end();
     };
-    const bool has_timestamps = !isOneOf(kBare) && name != "avi";
-    return {.begins_anywhere = isOneOf(kBare) || isOneOf(kCutAnywhere),
+    const bool has_timestamps = !isOneOf(kBareVideo) && !isOneOf(kBareAudio) && name != "avi";
+    return {.begins_anywhere = isOneOf(kBareAudio) || isOneOf(kCutAnywhere),
             .has_timestamps = has_timestamps,
             .is_uneven = !has_timestamps || name == "matroska,webm"};
 }
