@@ -14,6 +14,17 @@ function(zel_instrument target)
   endif()
 endfunction()
 
+# zel_harden(<target>): what Debian asks of its packages, so that a fault ends the process and not the host's secrets.
+# Executables must be position independent: see CMAKE_POSITION_INDEPENDENT_CODE in CMakeLists.txt.
+function(zel_harden target)
+  target_compile_options(${target} PRIVATE -fstack-protector-strong -fstack-clash-protection
+    $<$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},x86_64>:-fcf-protection>
+    $<$<STREQUAL:${CMAKE_SYSTEM_PROCESSOR},aarch64>:-mbranch-protection=standard>
+    # The checks of sizes need the optimiser; Debian's own flags may have asked for them already.
+    $<$<CONFIG:Release,RelWithDebInfo>:-U_FORTIFY_SOURCE> $<$<CONFIG:Release,RelWithDebInfo>:-D_FORTIFY_SOURCE=3>)
+  target_link_options(${target} PRIVATE LINKER:-z,relro LINKER:-z,now LINKER:-z,noexecstack)
+endfunction()
+
 # zel_target_defaults(<target>): language, visibility, arithmetic, warnings.
 function(zel_target_defaults target)
   target_compile_features(${target} PRIVATE cxx_std_20)
@@ -32,4 +43,7 @@ function(zel_target_defaults target)
     # GCC 12 sees overlapping copies in std::string = "literal" (GCC bug 105651).
     $<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,13>>:-Wno-restrict>)
   zel_instrument(${target})
+  if(ZEL_HARDEN)
+    zel_harden(${target})
+  endif()
 endfunction()

@@ -95,6 +95,9 @@ TEST(SerialCollector, CountsOnlySamplesStrictlyInsideTheBounds) {
     EXPECT_EQ(fields.at("k_sd"), "1.000000");
     EXPECT_EQ(fields.at("k_lt_2sd_rate"), "0.750000");
     EXPECT_EQ(fields.at("k_lt_3sd_rate"), "1.000000");
+    collector->addSerialData("outlier",
+                             {8.0F, 0.0F, 0.0F, 0.0F, 0.0F, 0.0F, 0.0F, 0.0F});  // 2.6 deviations away
+    EXPECT_EQ(collector->collect().at("outlier_lt_3sd_rate"), "1.000000");
 }
 
 TEST(SerialCollector, RoundsSumsOnceAndEverythingElseToFloat) {
