@@ -9,7 +9,7 @@ std::optional<EventKind> eventKindByName(std::string_view name) {
 }
 
 std::string_view nameOf(EventSource source) {
-    constexpr std::array<std::string_view, 3> kNames{"video", "audio", "timestamps"};
+    constexpr std::array<std::string_view, 4> kNames{"video", "audio", "timestamps", "input"};
     return kNames.at(static_cast<size_t>(source));
 }
 

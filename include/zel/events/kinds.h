@@ -12,7 +12,7 @@
 namespace ZEL {
 
 /// Where a kind's verdicts come from.
-enum class EventSource : uint8_t { kVideo, kAudio, kTimestamps };
+enum class EventSource : uint8_t { kVideo, kAudio, kTimestamps, kInput };
 
 /// Whether a kind is told unasked. A fault is wrong in any stream; a look may be as it was meant to be, as a
 /// night scene and music without words are.
@@ -41,6 +41,7 @@ enum class EventKind : uint8_t {
     kLowVoice,
     kHighVoice,
     kNoVoice,
+    kDamage,
     kStall,
     kShort
 };
@@ -153,6 +154,13 @@ inline constexpr auto kEventKindTable = std::to_array<EventKindInfo>({
      .unit = "seconds of voiced sound in a row",
      .meaning = "sound, but nobody speaks",
      .colour = "#2aa3a3"},
+    {.kind = EventKind::kDamage,
+     .name = "damage",
+     .source = EventSource::kInput,
+     .rule = {.min_s = 0.0, .gap_s = 1.0},
+     .unit = "share that is hit: of half a second, one frame or the stream",
+     .meaning = "data that is missing, or that its demuxer or decoder finds broken",
+     .colour = "#7f1d1d"},
     {.kind = EventKind::kStall,
      .name = "stall",
      .source = EventSource::kTimestamps,
@@ -198,7 +206,7 @@ constexpr const EventKindInfo& infoOf(EventKind kind) {
 /// Nothing for a name that no kind has.
 std::optional<EventKind> eventKindByName(std::string_view name);
 
-/// "video", "audio" or "timestamps".
+/// "video", "audio", "timestamps" or "input".
 std::string_view nameOf(EventSource source);
 
 /// "fault" or "look".

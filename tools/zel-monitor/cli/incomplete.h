@@ -17,6 +17,7 @@ enum class Incomplete : uint8_t {
     kCutOff,          ///< by what its container says bytes are missing at its end
     kEndsEarly,       ///< its frames end before its declared length
     kReadError,       ///< reading broke off with an error
+    kUnusableStream,  ///< it lists a stream that says too little of itself to be decoded
     kNothingDecoded,  ///< none of its frames, or of one of its streams, came out of the decoder
     kStreamChange,    ///< it goes on with a stream that could not be followed
     kUnreadableEnd,   ///< it goes on with something of which nothing could be read

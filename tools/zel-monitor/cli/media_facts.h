@@ -37,7 +37,7 @@ struct MediaCounts {
     uint64_t bytes_read = 0;
     uint64_t video_frames = 0;
     uint64_t audio_frames = 0;
-    uint64_t damaged = 0;  ///< packets that a decoder refused, and frames that it marked as damaged
+    uint64_t damaged = 0;  ///< packets, frames and stretches of bytes, once for each thing wrong with them
 };
 
 }  // namespace zel_monitor

@@ -55,8 +55,30 @@ void Completeness::streamMissed(StreamTrack track) {
         fmt::format("some of its {} {} in a stream that was not examined", contentOf(track), verbFor(track)));
 }
 
-void Completeness::inputEnded(const Demuxer& demuxer, const MediaFacts& facts, const MediaCounts& counts,
-                              double reached_s) {
+void Completeness::streamBrokeOff(StreamTrack track, const AVStream* stream, int64_t unanswered,
+                                  int64_t place) {
+    constexpr int64_t kLeastPackets = 50;
+    if (!lanes_[track].gave_anything || lanes_[track].encrypted) {
+        return;  // which is told in other words
+    }
+    if (unanswered >= kLeastPackets ||
+        (stream != nullptr && place >= 0 && goesOnUndecoded(input_.format(), *stream, place))) {
+        add(Incomplete::kUnreadableEnd,
+            fmt::format("its {} {} on in a way that could not be decoded", contentOf(track),
+                        track == StreamTrack::kVideo ? "go" : "goes"));
+    }
+}
+
+void Completeness::streamUnusable(StreamTrack track, const std::string& reason) {
+    add(Incomplete::kUnusableStream, fmt::format("its {} cannot be decoded: {}", contentOf(track), reason));
+}
+
+void Completeness::streamUnknown() {
+    add(Incomplete::kUnusableStream, "it lists a stream of an unknown kind");
+}
+
+void Completeness::inputEnded(const Demuxer& demuxer, const StructureFaults& faults, const MediaFacts& facts,
+                              const MediaCounts& counts, double reached_s) {
     for (const StreamTrack track : kTracks) {
         if (counts.damaged == 0 && lanes_[track].gave_anything) {
             continue;
@@ -74,8 +96,11 @@ void Completeness::inputEnded(const Demuxer& demuxer, const MediaFacts& facts, c
     if (shortfall_) {
         return;
     }
-    if (isCutOff(demuxer, facts)) {
+    if (isCutOff(demuxer, faults, facts)) {
         add(Incomplete::kCutOff, "it is cut off before its end");
+    }
+    if (faults.unreadable_track) {
+        add(Incomplete::kUnusableStream, "its index lists a stream that cannot be read");
     }
     for (const StreamTrack track : kTracks) {
         if (demuxer.streamOf(track) != nullptr &&
@@ -98,13 +123,15 @@ std::optional<std::string> Completeness::encrypted() const {
     return std::nullopt;
 }
 
-bool Completeness::isCutOff(const Demuxer& demuxer, const MediaFacts& facts) const {
+bool Completeness::isCutOff(const Demuxer& demuxer, const StructureFaults& faults,
+                            const MediaFacts& facts) const {
     const AVFormatContext& format = input_.format();
     const auto declared = input_.declaredBytes();
     // Where the container does not know its end, the last packet is as long as the file lasts.
     const bool end_is_known =
         facts.duration && format.duration_estimation_method != AVFMT_DURATION_FROM_BITRATE;
-    return (declared && endsBefore(*format.pb, *declared)) || (end_is_known && demuxer.endsCorrupt());
+    return faults.ends_early || (declared && endsBefore(*format.pb, *declared)) ||
+           (end_is_known && demuxer.endsCorrupt());
 }
 
 }  // namespace zel_monitor

@@ -7,6 +7,7 @@
 
 #include "cli/incomplete.h"
 #include "cli/media_facts.h"
+#include "input/container/structure.h"
 #include "input/demuxer.h"
 #include "input/opened_input.h"
 #include "input/per_track.h"
@@ -24,10 +25,17 @@ class Completeness {
     void streamEnded(StreamTrack track, bool gave_anything);
     void streamRefused(const std::string& reason);
     void streamMissed(StreamTrack track);
+    /// At the end: the last packets of the track's stream, as many as `unanswered`, gave nothing; the last
+    /// that gave something lies at `place`.
+    void streamBrokeOff(StreamTrack track, const AVStream* stream, int64_t unanswered, int64_t place);
+    /// The track's stream is listed, but `reason`.
+    void streamUnusable(StreamTrack track, const std::string& reason);
+    /// A stream is listed of which not even the kind can be told.
+    void streamUnknown();
     void stopped() { shortfall_ = {Incomplete::kStopped, "stopped before its end"}; }
     /// All has come out that can, with so much counted, up to `reached_s` of stream time.
-    void inputEnded(const Demuxer& demuxer, const MediaFacts& facts, const MediaCounts& counts,
-                    double reached_s);
+    void inputEnded(const Demuxer& demuxer, const StructureFaults& faults, const MediaFacts& facts,
+                    const MediaCounts& counts, double reached_s);
 
     const std::optional<Shortfall>& shortfall() const { return shortfall_; }
 
@@ -39,7 +47,7 @@ class Completeness {
 
     void add(Incomplete kind, const std::string& detail);
     std::optional<std::string> encrypted() const;
-    bool isCutOff(const Demuxer& demuxer, const MediaFacts& facts) const;
+    bool isCutOff(const Demuxer& demuxer, const StructureFaults& faults, const MediaFacts& facts) const;
 
     const OpenedInput& input_;
     PerTrack<Lane> lanes_{};

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string>
 #include <string_view>
 #include <utility>
 
 #include "input/container/encryption.h"
+#include "input/container/library_log.h"
 #include "input/media_type.h"
 
 namespace zel_monitor {
@@ -31,6 +33,17 @@ bool belongTogether(AVFormatContext& format, int a, int b) {
         in_another = true;
     }
     return !in_another || av_find_program_from_stream(&format, nullptr, b) == nullptr;
+}
+
+/// What a stream lacks that nothing can be decoded without.
+std::string lackOf(const AVCodecParameters& stream) {
+    if (stream.codec_id == AV_CODEC_ID_NONE) {
+        return "it does not say how it is coded";
+    }
+    if (stream.codec_type == AVMEDIA_TYPE_VIDEO) {
+        return "it states no size of its frames";
+    }
+    return stream.sample_rate > 0 ? "it states no channels" : "it states no sample rate";
 }
 
 /// When a packet is due, in seconds on the input's own clock.
@@ -69,7 +82,11 @@ void Demuxer::choose(StreamTrack track) {
     if (index == AVERROR_DECODER_NOT_FOUND) {
         throw noDecoderFor(track);
     }
-    if (index < 0 || (related >= 0 && !belongTogether(format_, index, related))) {
+    if (index < 0) {
+        lanes_[track].unusable = whyUnusable(track, related);
+        return;
+    }
+    if (related >= 0 && !belongTogether(format_, index, related)) {
         return;
     }
     AVStream* const stream = format_.streams[index];
@@ -77,6 +94,27 @@ void Demuxer::choose(StreamTrack track) {
         lanes_[track].stream = stream;
         stream->discard = AVDISCARD_DEFAULT;
     }
+}
+
+bool Demuxer::listsUnknown() const {
+    const bool states_kinds = std::string_view(format_.iformat->name) == "avi";
+    return states_kinds &&
+           std::any_of(format_.streams, format_.streams + format_.nb_streams, [](const AVStream* stream) {
+               return stream->codecpar->codec_type == AVMEDIA_TYPE_UNKNOWN;
+           });
+}
+
+/// Of the streams that would do if they could be decoded, what the first one lacks.
+std::optional<std::string> Demuxer::whyUnusable(StreamTrack track, int related) const {
+    for (unsigned i = 0; i < format_.nb_streams; ++i) {
+        const AVStream& stream = *format_.streams[i];
+        const bool is_cover = (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
+        if (trackOf(stream) == track && !is_cover &&
+            (related < 0 || belongTogether(format_, stream.index, related))) {
+            return lackOf(*stream.codecpar);
+        }
+    }
+    return std::nullopt;
 }
 
 std::optional<Demuxer::Packet> Demuxer::next(PerTrack<bool> hungry) {
@@ -100,7 +138,11 @@ std::optional<Demuxer::Packet> Demuxer::next(PerTrack<bool> hungry) {
 /// Reads one packet. None if it is of no chosen stream, or has to wait, and at the end.
 std::optional<Demuxer::Packet> Demuxer::read() {
     PacketHandle packet(orOutOfMemory(av_packet_alloc()));
-    if (const int result = av_read_frame(&format_, packet.get()); result < 0) {
+    const int result = [&] {
+        const DemuxerLog log(complaints_);
+        return av_read_frame(&format_, packet.get());
+    }();
+    if (result < 0) {
         end_reason_ = result;
         for (const StreamTrack track : kTracks) {
             follow(track, true);
@@ -139,9 +181,19 @@ std::optional<Demuxer::Packet> Demuxer::waiting(StreamTrack track) {
 }
 
 Demuxer::Packet Demuxer::handOut(StreamTrack track, PacketHandle packet) {
-    lanes_[track].corrupt_last = (packet->flags & AV_PKT_FLAG_CORRUPT) != 0;
+    const bool is_corrupt = (packet->flags & AV_PKT_FLAG_CORRUPT) != 0;
+    lanes_[track].corrupt_last = is_corrupt;
     const bool is_encrypted = isEncrypted(*packet) || isEncrypted(format_, streamOf(*packet));
-    return {.track = track, .packet = std::move(packet), .is_encrypted = is_encrypted};
+    auto complaints = std::exchange(complaints_, {});
+    // Whether the input ends too early is told by its container, which may not know its end.
+    const bool is_last = format_.pb != nullptr && format_.pb->eof_reached != 0;
+    if (is_corrupt && !is_last) {
+        complaints.push_back(ComplaintReason::kBrokenPacket);
+    }
+    return {.track = track,
+            .packet = std::move(packet),
+            .is_encrypted = is_encrypted,
+            .complaints = std::move(complaints)};
 }
 
 /// The track that wants a stream's type.

@@ -4,8 +4,10 @@
 #include <cstdint>
 #include <deque>
 #include <optional>
+#include <string>
 #include <vector>
 
+#include "input/complaint.h"
 #include "input/ffmpeg_handles.h"
 #include "input/per_track.h"
 #include "input/stream_switch.h"
@@ -25,7 +27,8 @@ class Demuxer {
     struct Packet {
         StreamTrack track;
         PacketHandle packet;
-        bool is_encrypted;  ///< cannot be decoded without a key
+        bool is_encrypted;                        ///< cannot be decoded without a key
+        std::vector<ComplaintReason> complaints;  ///< about it, or what lies between the one before and it
     };
     /// The next packet, of a hungry track as soon as there is one; packets that turned out to be wanted late
     /// wait until their track is. None at the end of the input.
@@ -34,12 +37,19 @@ class Demuxer {
     /// Null if the track has none.
     const AVStream* streamOf(StreamTrack track) const { return lanes_[track].stream; }
     const AVStream& streamOf(const AVPacket& packet) const { return *format_.streams[packet.stream_index]; }
+    /// What is wrong with a stream of the track that is listed, but cannot be chosen.
+    const std::optional<std::string>& unusable(StreamTrack track) const { return lanes_[track].unusable; }
+    /// Whether there are streams of which not even the kind can be told, where such a thing does not happen
+    /// to whole inputs.
+    bool listsUnknown() const;
     /// The track's stream, or if none was chosen those that might have been if libavformat had made them out.
     std::vector<const AVStream*> candidates(StreamTrack track) const;
     /// Whether a stream may be about to take over. It is known for one track a little before the other.
     bool isUndecided(StreamTrack track) const { return lanes_[track].stream_switch.isUndecided(); }
     uint64_t bytesRead() const;
 
+    /// At the end: what was wrong after the last packet.
+    const std::vector<ComplaintReason>& lastComplaints() const { return complaints_; }
     /// At the end: what ended the reading, AVERROR_EOF or FFmpeg's code for what went wrong.
     int endReason() const;
     /// At the end: whether the last packet of either stream could not be filled.
@@ -53,6 +63,7 @@ class Demuxer {
     struct Lane {
         bool wanted;
         AVStream* stream = nullptr;
+        std::optional<std::string> unusable = {};
         StreamSwitch stream_switch = {};
         std::deque<PacketHandle> waiting = {};
         int64_t furthest = 0;
@@ -60,6 +71,7 @@ class Demuxer {
     };
 
     void choose(StreamTrack track);
+    std::optional<std::string> whyUnusable(StreamTrack track, int related) const;
     std::optional<StreamTrack> trackOf(const AVStream& stream) const;
     std::optional<Packet> read();
     std::optional<Packet> waiting(StreamTrack track);
@@ -70,6 +82,7 @@ class Demuxer {
     AVFormatContext& format_;
     PerTrack<Lane> lanes_;
     bool streams_change_;
+    std::vector<ComplaintReason> complaints_;  // since the last packet of a track
     uint64_t packet_bytes_ = 0;
     std::optional<int> end_reason_;
 };

@@ -12,8 +12,7 @@ constexpr double kLatestS = 1.0;
 }  // namespace
 
 void ItemPlacer::take(MediaItem item) {
-    const StreamTrack track =
-        std::holds_alternative<VideoFrame>(item) ? StreamTrack::kVideo : StreamTrack::kAudio;
+    const StreamTrack track = trackOf(item);
     const double time_s = timeOf(item);
     const double length_s = durationOf(item);
     held_[track].push_back(std::move(item));

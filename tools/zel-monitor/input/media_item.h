@@ -6,6 +6,9 @@
 #include <cstdint>
 #include <memory>
 #include <variant>
+#include <vector>
+
+#include "input/complaint.h"
 
 struct AVBufferRef;
 struct AVFrame;
@@ -24,12 +27,19 @@ struct FrameRelease {
 /// One reference to a frame's content; may be released on any thread.
 using FrameReference = std::unique_ptr<AVFrame, FrameRelease>;
 
+/// What is known of an item beside its content.
+struct ItemNotes {
+    int64_t place = -1;  ///< where its packet lies in the input; negative: not known
+    std::vector<ItemComplaint> complaints = {};
+};
+
 /// One decoded frame as I420.
 struct VideoFrame {
     double time;                     ///< seconds since the start of the stream
     double duration;                 ///< seconds; 0 if the stream does not say
     ZELAlgo::ZELVideoPlanes planes;  ///< an odd last column or row is left out
     FrameReference frame;            ///< keeps the planes alive
+    ItemNotes notes = {};
 };
 
 /// One decoded audio frame: `samples` times `channels` interleaved 16-bit samples.
@@ -40,6 +50,7 @@ struct AudioFrame {
     int samples;  ///< per channel
     const int16_t* data;
     BufferHandle buffer;  ///< keeps `data` alive
+    ItemNotes notes = {};
 };
 
 using MediaItem = std::variant<VideoFrame, AudioFrame>;
@@ -55,6 +66,14 @@ inline double durationOf(const AudioFrame& sound) {
 }
 inline double durationOf(const MediaItem& item) {
     return std::visit([](const auto& content) { return durationOf(content); }, item);
+}
+
+inline const ItemNotes& notesOf(const MediaItem& item) {
+    return std::visit([](const auto& content) -> const ItemNotes& { return content.notes; }, item);
+}
+
+inline ZEL::StreamTrack trackOf(const MediaItem& item) {
+    return std::holds_alternative<VideoFrame>(item) ? ZEL::StreamTrack::kVideo : ZEL::StreamTrack::kAudio;
 }
 
 inline double timeOf(const MediaItem& item) {

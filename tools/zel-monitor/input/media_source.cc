@@ -1,5 +1,6 @@
 #include "input/media_source.h"
 
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -10,6 +11,7 @@
 #include "input/interleaver.h"
 #include "input/item_placer.h"
 #include "input/per_track.h"
+#include "input/stream_damage.h"
 #include "input/stream_facts.h"
 #include "input/track.h"
 
@@ -21,32 +23,46 @@ class MediaSource::Reader : public TrackListener {
   public:
     Reader(const std::string& input, const MediaOptions& options)
         : interrupted_(options.interrupted),
+          threads_(options.threads),
+          begins_anew_(options.begins_anew),
           input_(input, options),
           demuxer_(demuxerFor({options.video, options.audio})),
           origin_(statedStart(input_.format())),
-          completeness_(input_) {
+          completeness_(input_),
+          damage_(natureOf(input_.format())) {
         facts_.input = options.label.empty() ? input : options.label;
         openTracks();
         gatherFacts(options);
+        damage_.atEnd(input_.complaints());  // of nothing so far
     }
 
     const MediaFacts& facts() const { return facts_; }
     const std::optional<Shortfall>& shortfall() const { return completeness_.shortfall(); }
+    bool mustBeginAnew() const { return state_ == State::kUnsteady; }
+
+    std::vector<Complaint> complaints() const { return damage_.list(); }
 
     MediaCounts counts() const {
         MediaCounts counts = counts_;
+        counts.damaged = damage_.count();
         counts.bytes_read = demuxer_.bytesRead();
         return counts;
     }
 
+    /// None too where the input is to be decoded anew.
     std::optional<MediaItem> next() {
         while (true) {
             if (interrupted_ != nullptr && interrupted_->load()) {
                 completeness_.stopped();
                 return std::nullopt;
             }
+            if (isUnsteady()) {
+                state_ = State::kUnsteady;
+                return std::nullopt;
+            }
             if (auto item = placer_.next()) {
-                ++(std::holds_alternative<VideoFrame>(*item) ? counts_.video_frames : counts_.audio_frames);
+                ++(trackOf(*item) == StreamTrack::kVideo ? counts_.video_frames : counts_.audio_frames);
+                damage_.saw(*item);
                 return item;
             }
             if (state_ == State::kEnded) {
@@ -57,7 +73,8 @@ class MediaSource::Reader : public TrackListener {
     }
 
   private:
-    enum class State { kReading, kDecoded, kPlaced, kEnded };  // how far all of the input has come
+    /// How far all of the input has come.
+    enum class State { kReading, kDecoded, kPlaced, kEnded, kUnsteady };
 
     Demuxer demuxerFor(PerTrack<bool> wanted) {
         try {
@@ -75,7 +92,7 @@ class MediaSource::Reader : public TrackListener {
                 continue;
             }
             try {
-                tracks_[track].emplace(track, *stream, origin_, *this);
+                tracks_[track].emplace(track, input_.format(), *stream, threads_, origin_, *this);
             } catch (const FfmpegError& error) {
                 throw input_.errorFor(error);
             }
@@ -111,6 +128,14 @@ class MediaSource::Reader : public TrackListener {
         }
     }
 
+    /// Whether what comes from here on might be different the next time, and need not.
+    bool isUnsteady() {
+        const bool may_differ = std::any_of(kTracks.begin(), kTracks.end(), [this](StreamTrack track) {
+            return tracks_[track] && tracks_[track]->isUnsteady();
+        });
+        return may_differ && begins_anew_ && input_.fileBytes();
+    }
+
     /// One step on: an item from the interleaver to the clock, or a packet from the input to its decoder.
     void advance() {
         for (const StreamTrack track : kTracks) {
@@ -135,7 +160,8 @@ class MediaSource::Reader : public TrackListener {
         if (packet.is_encrypted) {
             completeness_.sawEncrypted(packet.track);
         } else {
-            tracks_[packet.track]->decode(*packet.packet, demuxer_.streamOf(*packet.packet));
+            tracks_[packet.track]->decode(*packet.packet, demuxer_.streamOf(*packet.packet),
+                                          packet.complaints);
         }
     }
 
@@ -157,30 +183,50 @@ class MediaSource::Reader : public TrackListener {
         if (const int reason = demuxer_.endReason(); reason != AVERROR_EOF) {
             throw MediaError(facts_.input, {Incomplete::kReadError, FfmpegError(reason).what()}, reason);
         }
-        completeness_.inputEnded(demuxer_, facts_, counts_, placer_.reached());
+        const StructureFaults faults = input_.structureFaults();
+        for (const StreamTrack track : kTracks) {
+            if (tracks_[track]) {
+                damage_.atEnd(track, tracks_[track]->rest());
+                completeness_.streamBrokeOff(track, demuxer_.streamOf(track), tracks_[track]->unanswered(),
+                                             damage_.furthest(track));
+            } else if (const auto& reason = demuxer_.unusable(track)) {
+                completeness_.streamUnusable(track, *reason);
+            }
+        }
+        if (demuxer_.listsUnknown()) {
+            completeness_.streamUnknown();
+        }
+        damage_.atEnd(demuxer_.lastComplaints());
+        StreamDamage::Stated stated{.whole_s = facts_.duration_estimated ? std::nullopt : facts_.duration};
+        for (const StreamTrack track : kTracks) {
+            if (const AVStream* const stream = demuxer_.streamOf(track)) {
+                stated.counted_s[track] = countedLength(input_.format(), *stream);
+            }
+        }
+        damage_.conclude(faults, input_.fileBytes().value_or(0), stated);
+        completeness_.inputEnded(demuxer_, faults, facts_, counts(), placer_.reached());
         if (counts_.video_frames + counts_.audio_frames > 0) {
             return;
         }
-        const FfmpegError damage =
-            last_damage_.value_or(FfmpegError(AVERROR_INVALIDDATA, "nothing in it could be decoded"));
+        const FfmpegError reason =
+            last_refusal_.value_or(FfmpegError(AVERROR_INVALIDDATA, "nothing in it could be decoded"));
         const bool is_encrypted = shortfall() && shortfall()->kind == Incomplete::kEncrypted;
         throw MediaError(facts_.input,
                          is_encrypted ? Shortfall{Incomplete::kEncrypted, "it is encrypted"}
-                                      : Shortfall{Incomplete::kNothingDecoded, damage.what()},
-                         damage.code());
+                                      : Shortfall{Incomplete::kNothingDecoded, reason.what()},
+                         reason.code());
     }
 
     void onItem(StreamTrack track, MediaItem item) override { interleaver_.put(track, std::move(item)); }
-    void onDamage(const FfmpegError& damage) override {
-        ++counts_.damaged;
-        last_damage_ = damage;
-    }
+    void onRefusal(const FfmpegError& reason) override { last_refusal_ = reason; }
     void onStreamEnd(StreamTrack track, bool gave_anything) override {
         completeness_.streamEnded(track, gave_anything);
     }
     void onStreamRefused(const FfmpegError& reason) override { completeness_.streamRefused(reason.what()); }
 
     const std::atomic<bool>* interrupted_;
+    int threads_;
+    bool begins_anew_;
     OpenedInput input_;
     Demuxer demuxer_;
     StreamOrigin origin_;
@@ -190,12 +236,13 @@ class MediaSource::Reader : public TrackListener {
     Completeness completeness_;
     MediaFacts facts_;
     MediaCounts counts_;
-    std::optional<FfmpegError> last_damage_;  // why a packet or a frame was skipped last
+    StreamDamage damage_;
+    std::optional<FfmpegError> last_refusal_;  // why a packet or a frame was skipped last
     State state_ = State::kReading;
 };
 
 MediaSource::MediaSource(const std::string& input, const MediaOptions& options)
-    : reader_(std::make_unique<Reader>(input, options)) {}
+    : input_(input), options_(options), reader_(std::make_unique<Reader>(input, options)) {}
 MediaSource::MediaSource(MediaSource&&) noexcept = default;
 MediaSource& MediaSource::operator=(MediaSource&&) noexcept = default;
 MediaSource::~MediaSource() = default;
@@ -208,8 +255,26 @@ MediaCounts MediaSource::counts() const {
     return reader_->counts();
 }
 
+std::vector<Complaint> MediaSource::complaints() const {
+    return reader_->complaints();
+}
+
 std::optional<MediaItem> MediaSource::next() {
-    return reader_->next();
+    while (auto item = reader_->next()) {
+        uint64_t& skipped = to_skip_[trackOf(*item)];
+        if (skipped == 0) {
+            ++given_[trackOf(*item)];
+            return item;
+        }
+        --skipped;
+    }
+    if (!reader_->mustBeginAnew()) {
+        return std::nullopt;
+    }
+    options_.threads = 1;
+    to_skip_ = given_;
+    reader_ = std::make_unique<Reader>(input_, options_);
+    return next();
 }
 
 const std::optional<Shortfall>& MediaSource::shortfall() const {

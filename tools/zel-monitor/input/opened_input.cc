@@ -6,6 +6,7 @@
 #include "cli/file_names.h"
 #include "input/container/declared_size.h"
 #include "input/container/encryption.h"
+#include "input/container/library_log.h"
 #include "input/container/unopened.h"
 
 extern "C" {
@@ -84,6 +85,7 @@ void OpenedInput::open(const MediaOptions& options) {
         format->interrupt_callback = {.callback = &isInterrupted,
                                       .opaque = const_cast<std::atomic<bool>*>(options.interrupted)};
     }
+    format->error_recognition |= AV_EF_CRCCHECK;
     format->correct_ts_overflow = 0;  // it takes a jump back for a wrap; the tracks tell the two apart
     if (polled_) {
         format->pb = polled_->context();
@@ -94,12 +96,29 @@ void OpenedInput::open(const MediaOptions& options) {
     }
     const std::string url = (is_file_ ? "file:" : "") + (input_ == "-" ? "pipe:0" : input_);
     // On failure the context is freed and the pointer cleared.
-    const int result = avformat_open_input(&format, url.c_str(), forced, &settings);
+    const int result = [&] {
+        const DemuxerLog log(complaints_);
+        return avformat_open_input(&format, url.c_str(), forced, &settings);
+    }();
     av_dict_free(&settings);
     format_.reset(format);
     checked(result);
     declared_bytes_ = declaredSize(*format_, polled_ ? polled_->beginning() : std::span<const uint8_t>());
     checked(avformat_find_stream_info(format_.get(), nullptr));
+}
+
+std::optional<int64_t> OpenedInput::fileBytes() const {
+    const AVIOContext* const file = format_->pb;
+    const bool is_there =
+        is_file_ && !polled_ && file != nullptr && (file->seekable & AVIO_SEEKABLE_NORMAL) != 0;
+    const int64_t bytes = is_there ? avio_size(format_->pb) : -1;
+    return bytes >= 0 ? std::optional(bytes) : std::nullopt;
+}
+
+StructureFaults OpenedInput::structureFaults() const {
+    const auto bytes = fileBytes();
+    return bytes ? faultsOfStructure(format_->iformat->name, readerOf(*format_->pb), *bytes)
+                 : StructureFaults{};
 }
 
 MediaError OpenedInput::errorFor(const FfmpegError& failure) const {

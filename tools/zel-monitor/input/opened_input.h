@@ -5,7 +5,10 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
+#include "input/complaint.h"
+#include "input/container/structure.h"
 #include "input/ffmpeg_handles.h"
 #include "input/media_error.h"
 #include "input/polled_input.h"
@@ -18,6 +21,10 @@ struct MediaOptions {
     double duration = 0;      ///< seconds, for inputs that do not say it themselves; 0: not known either
     bool video = true;
     bool audio = true;
+    int threads = 0;  ///< of each decoder; 0: as many as there are processors
+    /// Whether a damaged file is decoded from its beginning once more, without threads, so that the same
+    /// comes out of it every time. What is shown as it plays cannot wait for that.
+    bool begins_anew = true;
     /// Once it is true, blocking reads end, an opening fails and the source ends. It outlives the source.
     const std::atomic<bool>* interrupted = nullptr;
 };
@@ -31,6 +38,12 @@ class OpenedInput {
     AVFormatContext& format() const { return *format_; }
     /// How many bytes there are at least by the input's own header; see declaredSize().
     std::optional<int64_t> declaredBytes() const { return declared_bytes_; }
+    /// What the demuxer complained of in the header.
+    const std::vector<ComplaintReason>& complaints() const { return complaints_; }
+    /// How many bytes it has; none if it is not a file, which can be read as often as one likes.
+    std::optional<int64_t> fileBytes() const;
+    /// See faultsOfStructure(); none are looked for in what is not a file. Leaves the input elsewhere.
+    StructureFaults structureFaults() const;
 
     /// What to tell people of a failure, in better words than FFmpeg's where the input has them.
     MediaError errorFor(const FfmpegError& failure) const;
@@ -45,6 +58,7 @@ class OpenedInput {
     std::optional<PolledInput> polled_;  // outlives format_
     FormatHandle format_;
     std::optional<int64_t> declared_bytes_;
+    std::vector<ComplaintReason> complaints_;
 };
 
 }  // namespace zel_monitor

@@ -1,5 +1,7 @@
 #include "input/stream_facts.h"
 
+#include <algorithm>
+#include <array>
 #include <string_view>
 
 extern "C" {
@@ -25,6 +27,20 @@ std::optional<double> statedStart(const AVFormatContext& format) {
     return format.start_time != AV_NOPTS_VALUE
                ? std::optional(static_cast<double>(format.start_time) / AV_TIME_BASE)
                : std::nullopt;
+}
+
+StreamNature natureOf(const AVFormatContext& format) {
+    constexpr std::array<std::string_view, 6> kCutAnywhere{"mpegts", "mpeg", "hls", "rtsp", "rtp", "sdp"};
+    constexpr std::array<std::string_view, 6> kBareVideo{"h264", "hevc", "mpegvideo", "m4v", "vc1", "obu"};
+    constexpr std::array<std::string_view, 5> kBareAudio{"aac", "mp3", "ac3", "eac3", "dts"};
+    const std::string_view name = format.iformat->name;
+    const auto isOneOf = [&](const auto& names) {
+        return std::find(names.begin(), names.end(), name) != names.end();
+    };
+    const bool has_timestamps = !isOneOf(kBareVideo) && !isOneOf(kBareAudio) && name != "avi";
+    return {.begins_anywhere = isOneOf(kBareAudio) || isOneOf(kCutAnywhere),
+            .has_timestamps = has_timestamps,
+            .is_uneven = !has_timestamps || name == "matroska,webm"};
 }
 
 double frameRateOf(const AVStream& stream) {

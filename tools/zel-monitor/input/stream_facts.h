@@ -11,6 +11,14 @@ namespace zel_monitor {
 /// The timestamp, in seconds, at which the input says that it starts.
 std::optional<double> statedStart(const AVFormatContext& format);
 
+/// What the streams of a format are like to whoever looks for damage.
+struct StreamNature {
+    bool begins_anywhere;  ///< its first frames may need some that were never in it
+    bool has_timestamps;   ///< of single frames, which tell where some are missing
+    bool is_uneven;        ///< frames that repeat the one before may be left out of the video
+};
+StreamNature natureOf(const AVFormatContext& format);
+
 /// Frames per second; 0 if the stream does not say.
 double frameRateOf(const AVStream& stream);
 

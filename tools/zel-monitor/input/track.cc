@@ -1,5 +1,6 @@
 #include "input/track.h"
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -9,14 +10,16 @@
 namespace zel_monitor {
 namespace {
 
-CodecHandle openDecoder(StreamTrack track, const AVStream& stream) {
+CodecHandle openDecoder(StreamTrack track, const AVStream& stream, int threads, PacketLedger& ledger) {
     const AVCodec* const decoder = avcodec_find_decoder(stream.codecpar->codec_id);
     if (decoder == nullptr) {
         throw noDecoderFor(track);
     }
     CodecHandle codec(orOutOfMemory(avcodec_alloc_context3(decoder)));
     codec->pkt_timebase = stream.time_base;
-    codec->thread_count = 0;  // as many as there are processors
+    codec->thread_count = threads;
+    codec->err_recognition |= AV_EF_CRCCHECK;
+    listenTo(*codec, ledger);
     checked(avcodec_parameters_to_context(codec.get(), stream.codecpar));
     checked(avcodec_open2(codec.get(), decoder, nullptr));
     return codec;
@@ -28,26 +31,43 @@ double secondsOf(int64_t ticks, const AVStream& stream) {
 
 }  // namespace
 
-Track::Track(StreamTrack track, const AVStream& stream, StreamOrigin& origin, TrackListener& listener)
+Track::Track(StreamTrack track, const AVFormatContext& format, const AVStream& stream, int threads,
+             StreamOrigin& origin, TrackListener& listener)
     : track_(track),
       stream_(&stream),
+      threads_(threads),
       origin_(origin),
       listener_(listener),
-      codec_(openDecoder(track, stream)) {}
+      ledger_(natureOf(format)) {
+    open();
+}
 
-void Track::decode(const AVPacket& packet, const AVStream& stream) {
+void Track::open() {
+    codec_ = openDecoder(track_, *stream_, threads_, ledger_);
+    has_threads_ = has_threads_ || codec_->active_thread_type != 0;
+}
+
+void Track::decode(const AVPacket& packet, const AVStream& stream,
+                   const std::vector<ComplaintReason>& complaints) {
     if (&stream != stream_) {
         finish();
         stream_ = &stream;
         gave_anything_ = false;
         codec_.reset();
         try {
-            codec_ = openDecoder(track_, stream);
+            open();
         } catch (const FfmpegError& reason) {
             listener_.onStreamRefused(reason);
         }
     }
     if (codec_) {
+        const auto time_s = origin_.isKnown() ? meaningOf(packet.pts) : std::nullopt;
+        codec_->reordered_opaque = ledger_.send(time_s.value_or(next_time_s_),
+                                                secondsOf(std::max<int64_t>(packet.duration, 0), stream),
+                                                (packet.flags & AV_PKT_FLAG_KEY) != 0);
+        for (const ComplaintReason reason : complaints) {
+            ledger_.complain(reason);
+        }
         feed(&packet);
     }
 }
@@ -63,38 +83,51 @@ void Track::finish() {
 void Track::feed(const AVPacket* packet) {
     int result = avcodec_send_packet(codec_.get(), packet);
     if (result < 0) {
-        listener_.onDamage(FfmpegError(result));
+        refused(FfmpegError(result));
     }
     while ((result = avcodec_receive_frame(codec_.get(), frame_.get())) != AVERROR(EAGAIN) &&
            result != AVERROR_EOF) {
         if (result >= 0) {
             take(*frame_);
         } else {
-            listener_.onDamage(FfmpegError(result));
+            refused(FfmpegError(result));
         }
     }
 }
 
+void Track::refused(const FfmpegError& reason) {
+    ledger_.refused();
+    listener_.onRefusal(reason);
+}
+
 void Track::take(const AVFrame& frame) {
     try {
-        if (frame.decode_error_flags != 0 || (frame.flags & AV_FRAME_FLAG_CORRUPT) != 0) {
-            listener_.onDamage(FfmpegError(AVERROR_INVALIDDATA));
-        }
         if (track_ == StreamTrack::kVideo) {
             VideoFrame converted = frames_.convert(frame);
             converted.duration = videoDuration(frame);
             converted.time = place(frame, durationOf(converted));
-            listener_.onItem(track_, std::move(converted));
-            gave_anything_ = true;
+            give(frame, std::move(converted));
         } else if (frame.nb_samples > 0 && frame.sample_rate > 0) {
             AudioFrame sound = sounds_.convert(frame);
             sound.time = place(frame, durationOf(sound));
-            listener_.onItem(track_, std::move(sound));
-            gave_anything_ = true;
+            give(frame, std::move(sound));
         }
     } catch (const FfmpegError& error) {
-        listener_.onDamage(error);
+        refused(error);
     }
+}
+
+void Track::give(const AVFrame& frame, MediaItem item) {
+    const bool is_damaged = frame.decode_error_flags != 0 || (frame.flags & AV_FRAME_FLAG_CORRUPT) != 0;
+    std::visit(
+        [&](auto& content) {
+            content.notes.place = frame.pkt_pos;
+            content.notes.complaints =
+                ledger_.receive(frame.reordered_opaque, content.time, durationOf(content), is_damaged);
+        },
+        item);
+    listener_.onItem(track_, std::move(item));
+    gave_anything_ = true;
 }
 
 double Track::videoDuration(const AVFrame& frame) const {
@@ -105,14 +138,18 @@ double Track::videoDuration(const AVFrame& frame) const {
     return rate > 0 ? 1 / rate : 0.0;
 }
 
+/// When it is that a timestamp of the stream stands for.
+std::optional<double> Track::meaningOf(int64_t stamp) {
+    if (stamp == AV_NOPTS_VALUE) {
+        return std::nullopt;
+    }
+    const double turn_s = std::ldexp(av_q2d(stream_->time_base), stream_->pts_wrap_bits);
+    return ZEL::StreamClock::unwrapped(origin_.since(secondsOf(stamp, *stream_)), next_time_s_, turn_s);
+}
+
 /// When the frame begins, which lasts `duration_s`.
 double Track::place(const AVFrame& frame, double duration_s) {
-    double time_s = next_time_s_;
-    if (frame.best_effort_timestamp != AV_NOPTS_VALUE) {
-        const double turn_s = std::ldexp(av_q2d(stream_->time_base), stream_->pts_wrap_bits);
-        time_s = ZEL::StreamClock::unwrapped(origin_.since(secondsOf(frame.best_effort_timestamp, *stream_)),
-                                             next_time_s_, turn_s);
-    }
+    const double time_s = meaningOf(frame.best_effort_timestamp).value_or(next_time_s_);
     next_time_s_ = time_s + duration_s;
     return time_s;
 }

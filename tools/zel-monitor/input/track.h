@@ -3,10 +3,12 @@
 
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "input/ffmpeg_handles.h"
 #include "input/frame_converter.h"
 #include "input/media_item.h"
+#include "input/packet_ledger.h"
 #include "input/per_track.h"
 
 namespace zel_monitor {
@@ -16,6 +18,7 @@ namespace zel_monitor {
 class StreamOrigin {
   public:
     explicit StreamOrigin(std::optional<double> stated_s) : origin_s_(stated_s) {}
+    bool isKnown() const { return origin_s_.has_value(); }
     double since(double stamp_s) { return stamp_s - (origin_s_ ? *origin_s_ : origin_s_.emplace(stamp_s)); }
 
   private:
@@ -31,8 +34,8 @@ class TrackListener {
     virtual ~TrackListener() = default;
 
     virtual void onItem(StreamTrack track, MediaItem item) = 0;
-    /// A packet was refused, or a frame is damaged or cannot be converted.
-    virtual void onDamage(const FfmpegError& damage) = 0;
+    /// A packet was refused, or a frame cannot be converted.
+    virtual void onRefusal(const FfmpegError& reason) = 0;
     /// The stream at hand is over and its decoder empty.
     virtual void onStreamEnd(StreamTrack track, bool gave_anything) = 0;
     /// A track would go on with a stream that cannot be decoded; nothing of it will be.
@@ -43,28 +46,48 @@ class TrackListener {
 /// in seconds since the origin as the timestamps say, but for their wraparound.
 class Track {
   public:
-    /// Begins with `stream`. What is referred to outlives this object. Throws FfmpegError if the stream
-    /// cannot be decoded.
-    Track(StreamTrack track, const AVStream& stream, StreamOrigin& origin, TrackListener& listener);
+    /// Begins with `stream` of an input in `format`, with so many threads, or with 0 as many as there are
+    /// processors. What is referred to outlives this object. Throws FfmpegError if the stream cannot be
+    /// decoded.
+    Track(StreamTrack track, const AVFormatContext& format, const AVStream& stream, int threads,
+          StreamOrigin& origin, TrackListener& listener);
+    Track(const Track&) = delete;
+    Track& operator=(const Track&) = delete;
 
-    /// Decodes a packet of `stream`; if that is not the one at hand, goes on with it.
-    void decode(const AVPacket& packet, const AVStream& stream);
+    /// Decodes a packet of `stream`; if that is not the one at hand, goes on with it. `complaints` are about
+    /// the packet.
+    void decode(const AVPacket& packet, const AVStream& stream,
+                const std::vector<ComplaintReason>& complaints);
     /// No more packets come.
     void finish();
 
+    /// At the end: what is wrong with what should have come after the last item, seen from its end.
+    std::vector<ItemComplaint> rest() { return ledger_.finish(); }
+    /// At the end: how many packets, the last ones, gave nothing.
+    int64_t unanswered() const { return ledger_.unanswered(); }
+    /// Whether what comes out from here on may be different the next time: the threads of a decoder make
+    /// different things of the same damage.
+    bool isUnsteady() { return has_threads_ && ledger_.isDisturbed(); }
     const AVCodecContext& decoder() const { return *codec_; }
 
   private:
+    void open();
     void feed(const AVPacket* packet);
     void take(const AVFrame& frame);
+    void give(const AVFrame& frame, MediaItem item);
+    void refused(const FfmpegError& reason);
     double videoDuration(const AVFrame& frame) const;
+    std::optional<double> meaningOf(int64_t stamp);
     double place(const AVFrame& frame, double duration_s);
 
     StreamTrack track_;
     const AVStream* stream_;
+    int threads_;
     StreamOrigin& origin_;
     TrackListener& listener_;
-    CodecHandle codec_;  // null after a stream was refused
+    PacketLedger ledger_;
+    CodecHandle codec_;         // null after a stream was refused; complains to the ledger
+    bool has_threads_ = false;  // a decoder of this track
     FrameHandle frame_{orOutOfMemory(av_frame_alloc())};
     VideoFrameConverter frames_;
     AudioFrameConverter sounds_;

@@ -4,6 +4,7 @@
 #include <zel/events/event.h>
 #include <zel/events/kinds.h>
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -40,6 +41,15 @@ struct ScanSettings {
 
 enum class Verdict { kNone, kPass, kFail, kIncomplete };
 
+/// What was wrong with the data of an input in one stretch of it.
+struct DamageNote {
+    std::string_view what;   ///< in words
+    std::string_view track;  ///< "video", "audio", or empty: of either
+    ZEL::TimeSpan span;
+    uint64_t count;  ///< packets, frames or stretches of bytes that are hit
+    double share;    ///< of the frame that is hit worst, or of the whole input
+};
+
 /// How loud an input is, by EBU R 128. What is silent or too short for a measure has none.
 struct Loudness {
     std::optional<double> integrated_lufs;
@@ -53,6 +63,7 @@ struct InputReport {
     MediaCounts counts;
     double length_s = 0.0;               ///< of what was analysed
     std::vector<ZEL::Event> events;      ///< by their start
+    std::vector<DamageNote> damage;      ///< by its start
     std::optional<Loudness> loudness;    ///< if there was sound
     std::optional<std::string> problem;  ///< why it could not be analysed to its end
 };

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 #include "cli/time_text.h"
 
@@ -11,6 +12,8 @@ namespace zel_monitor {
 namespace {
 
 using Json = nlohmann::ordered_json;
+
+constexpr size_t kMostDamageNotes = 100;
 
 /// To the microsecond; null for what is not finite.
 Json number(double value) {
@@ -52,6 +55,22 @@ Json settingsJson(const ScanSettings& settings) {
               {"voice_period_s", number(ZEL::EventAnalyser::kVoicePeriodS)}}}};
 }
 
+Json damageJson(const std::vector<DamageNote>& damage) {
+    Json notes = Json::array();
+    for (const DamageNote& note : damage) {
+        if (notes.size() == kMostDamageNotes) {
+            break;
+        }
+        notes.push_back({{"what", note.what},
+                         {"track", note.track.empty() ? Json(nullptr) : Json(note.track)},
+                         {"start_s", number(note.span.start_s)},
+                         {"end_s", number(note.span.end_s)},
+                         {"count", note.count},
+                         {"share", number(note.share)}});
+    }
+    return notes;
+}
+
 Json streamJson(const InputReport& report) {
     const MediaFacts& facts = report.facts;
     Json video = nullptr;
@@ -75,6 +94,7 @@ Json streamJson(const InputReport& report) {
             {"declared_duration_is_estimate", facts.duration_estimated},
             {"analysed_duration_s", number(report.length_s)},
             {"damaged", report.counts.damaged},
+            {"damage", damageJson(report.damage)},
             {"video", std::move(video)},
             {"audio", std::move(audio)}};
 }

@@ -136,7 +136,8 @@ Json streamSchema() {
          {"declared_duration_is_estimate", type("boolean")},
          {"analysed_duration_s", ref("number")},
          {"damaged",
-          described(ref("count"), "Packets that a decoder refused, and frames that it marked as damaged.")},
+          described(ref("count"), "Packets, frames and stretches of bytes that are damaged, in all.")},
+         {"damage", described(arrayOf(ref("damage")), "The first stretches with something damaged in them.")},
          {"video", orNull(ref("video"))},
          {"audio", orNull(ref("audio"))}});
 }
@@ -180,6 +181,13 @@ Json definitions() {
                           {"sample_rate", ref("count")},
                           {"channels", ref("count")},
                           {"frames", ref("count")}})},
+        {"damage",
+         object({{"what", type("string")},
+                 {"track", described(anyOf({nullptr, "video", "audio"}), "Null: either.")},
+                 {"start_s", ref("number")},
+                 {"end_s", ref("number")},
+                 {"count", ref("count")},
+                 {"share", described(ref("share"), "Of the frame that is hit worst, or of the input.")}})},
         {"stream", streamSchema()},
         {"input", statusSchema({{"input", type("string")}},
                                {{"violations", arrayOf(type("string"))},

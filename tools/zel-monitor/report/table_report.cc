@@ -46,6 +46,30 @@ void appendEvents(std::string& text, const std::vector<ZEL::Event>& events) {
     }
 }
 
+/// One line for everything of one sort that is wrong with the input's data.
+void appendDamage(std::string& text, const std::vector<DamageNote>& damage) {
+    struct Sort {
+        const DamageNote* first;
+        uint64_t count;
+    };
+    std::vector<Sort> sorts;
+    for (const DamageNote& note : damage) {
+        const auto known = std::find_if(sorts.begin(), sorts.end(), [&](const Sort& sort) {
+            return sort.first->what == note.what && sort.first->track == note.track;
+        });
+        if (known == sorts.end()) {
+            sorts.push_back({&note, note.count});
+        } else {
+            known->count += note.count;
+        }
+    }
+    for (const Sort& sort : sorts) {
+        text += fmt::format("  damaged {}: {}, {} in all, first at {}\n",
+                            sort.first->track.empty() ? "input" : sort.first->track, sort.first->what,
+                            sort.count, clockText(sort.first->span.start_s));
+    }
+}
+
 std::string loudnessText(const Loudness& loudness) {
     const auto text = [](const std::optional<double>& value, const char* unit) {
         return value ? fmt::format("{:.1f} {}", *value, unit) : std::string("none");
@@ -69,9 +93,7 @@ std::string inputTable(const InputReport& report, const Policy& policy) {
         appendTotals(text, totalsOf(report));
         appendEvents(text, report.events);
     }
-    if (report.counts.damaged > 0) {
-        text += fmt::format("  {} damaged packets or frames in the input\n", report.counts.damaged);
-    }
+    appendDamage(text, report.damage);
     if (report.problem) {
         text += "  NOT ANALYSED TO ITS END: " + *report.problem + "\n";
     }

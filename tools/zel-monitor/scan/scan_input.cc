@@ -10,6 +10,7 @@
 
 #include "input/decode_ahead.h"
 #include "input/demo_source.h"
+#include "scan/damage_events.h"
 #include "scan/loudness_meter.h"
 
 namespace zel_monitor {
@@ -36,7 +37,12 @@ class Findings : public ZEL::EventListener {
         }
     }
     void onCleared(const ZEL::Event& event) override {
-        if (!event.counts() || !wanted_[indexOf(event.kind)]) {
+        if (event.counts()) {
+            take(event);
+        }
+    }
+    void take(const ZEL::Event& event) {
+        if (!wanted_[indexOf(event.kind)]) {
             return;
         }
         scan_.report.events.push_back(event);
@@ -101,6 +107,21 @@ void feed(Stations& stations, const AudioFrame& sound) {
                                 sound.time);
 }
 
+std::vector<DamageNote> notesOn(const std::vector<Complaint>& complaints) {
+    std::vector<DamageNote> notes;
+    for (const Complaint& complaint : complaints) {
+        const char* const track = !complaint.track                               ? ""
+                                  : *complaint.track == ZEL::StreamTrack::kVideo ? "video"
+                                                                                 : "audio";
+        notes.push_back({.what = wordsFor(complaint.reason),
+                         .track = track,
+                         .span = complaint.span,
+                         .count = complaint.count,
+                         .share = complaint.share});
+    }
+    return notes;
+}
+
 void analyse(MediaSource& source, const ZEL::EventRules& rules, InputScan& scan, Progress::Slot& progress,
              Findings& findings, const std::atomic<bool>& stop) {
     InputReport& report = scan.report;
@@ -127,6 +148,11 @@ void analyse(MediaSource& source, const ZEL::EventRules& rules, InputScan& scan,
         anything && !stop && !report.facts.duration_estimated ? report.facts.duration : std::nullopt;
     analyser.endOfStream(declared_s);
     report.length_s = analyser.reached();
+    const std::vector<Complaint> complaints = source.complaints();
+    for (const ZEL::Event& event : damageEvents(complaints, rules[indexOf(ZEL::EventKind::kDamage)])) {
+        findings.take(event);
+    }
+    report.damage = notesOn(complaints);
     report.loudness = stations.loudness.loudness();
     if (!report.problem && source.shortfall()) {
         report.problem = source.shortfall()->detail;

@@ -36,7 +36,8 @@ class Watch {
         : console_(console),
           stop_(stop),
           playback_(steady_clock::now()),
-          source_(openInput(options.input, {.audio = options.audio, .interrupted = &stop})),
+          source_(
+              openInput(options.input, {.audio = options.audio, .begins_anew = false, .interrupted = &stop})),
           writer_(options.format->make(console)),
           has_captions_(options.input == kDemoInput),
           pacer_(options.speed),

@@ -1,5 +1,7 @@
 #include "input/completeness.h"
 
+#include <algorithm>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -51,11 +53,16 @@ TEST_F(CompletenessTest, TellsAnInputThatIsCutOff) {
              std::pair("a.w64", kTone),
              std::pair("a.caf", kTone),
              std::pair("a.wma", kTone),
+             std::pair("a.aiff", kTone),
+             std::pair("a.flv", kSmallVideo + kTone + "-c:v flv1 -c:a libmp3lame"),
+             std::pair("a.mkv", kSmallVideo + kTone + "-c:v mpeg4 -c:a mp2"),
+             std::pair("a.ogg", kTone + "-c:a libvorbis"),
+             std::pair("a.mp3", kTone),
              std::pair("a.mp4", kSmallVideo + "-c:v mpeg4 -g 10 -movflags frag_keyframe+empty_moov"),
          }) {
         ffmpeg(arguments, file(name));
         EXPECT_EQ(kindOf(name), std::nullopt) << name;
-        cut(name, 60);
+        cut(name, 95);
         EXPECT_EQ(kindOf(name), Incomplete::kCutOff) << name;
     }
     for (const std::string format : {"wav", "caf", "asf"}) {
@@ -74,6 +81,14 @@ TEST_F(CompletenessTest, TellsWhatItCouldNotFollow) {
     clips::join(file("a.ts"), file("b.ts"), file("recoded.ts"));
     EXPECT_EQ(kindOf("recoded.ts"), Incomplete::kUnreadableEnd);
 
+    // One stream only: the other one is the same in both parts.
+    clips::broadcast("-c:v libx264 -c:a mp2", 0x100, file("c.ts"));
+    clips::join(file("b.ts"), file("c.ts"), file("recoded.ts"));
+    EXPECT_EQ(kindOf("recoded.ts"), Incomplete::kUnreadableEnd);
+    EXPECT_THAT(shortfallOf("recoded.ts")->detail, HasSubstr("sound"));
+    clips::join(file("c.ts"), file("c.ts"), file("again.ts"));
+    EXPECT_EQ(kindOf("again.ts"), std::nullopt);
+
     ffmpeg("-f lavfi -i testsrc2=s=160x90:r=25:d=12 " + kTone +
                "-filter_complex [1:a]asetpts=PTS+10/TB -map 0 -c:v mpeg2video -c:a mp2",
            file("late.ts"));
@@ -84,6 +99,30 @@ TEST_F(CompletenessTest, TellsWhatItCouldNotFollow) {
            file("noise.mkv"));
     EXPECT_EQ(kindOf("noise.mkv"), Incomplete::kNothingDecoded);
     EXPECT_EQ(shortfallOf("noise.mkv")->detail, "none of its frames could be decoded");
+}
+
+TEST_F(CompletenessTest, TellsAStreamThatIsListedButCannotBeUsed) {
+    ffmpeg(kSmallVideo + kTone + "-c:v mpeg4 -c:a aac -movflags +faststart", file("whole.mp4"));
+    const auto whole = support::readFile(file("whole.mp4"));
+    const auto changed = [&](std::string_view text, size_t skipped, char change) {
+        auto bytes = whole;
+        const auto found = std::search(bytes.begin(), bytes.end(), text.begin(), text.end());
+        *(found + static_cast<std::ptrdiff_t>(skipped)) ^= change;
+        support::writeFile(file("changed.mp4"), bytes);
+        return shortfallOf("changed.mp4");
+    };
+    for (const char* box : {"trak", "mdia", "soun"}) {
+        const auto shortfall = changed(box, 1, 4);
+        EXPECT_EQ(shortfall ? std::optional(shortfall->kind) : std::nullopt, Incomplete::kUnusableStream)
+            << box;
+    }
+    const auto no_channels = changed("\x05\x80\x80\x80\x05", 6, 0x08);  // in the decoder's configuration
+    ASSERT_TRUE(no_channels.has_value());
+    EXPECT_EQ(no_channels->detail, "its sound cannot be decoded: it states no channels");
+    MediaSource pictures(file("changed.mp4"), {.audio = false});
+    while (pictures.next()) {
+    }
+    EXPECT_EQ(pictures.shortfall().has_value(), false) << "nobody asked for the sound";
 }
 
 TEST_F(CompletenessTest, TellsATrackThatIsEncrypted) {

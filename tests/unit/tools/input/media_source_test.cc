@@ -1,14 +1,18 @@
 #include "input/media_source.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
+#include <functional>
 #include <map>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "support/random.h"
 #include "unit/tools/input/clips.h"
 
 extern "C" {
@@ -120,6 +124,72 @@ TEST(MediaSource, SkipsAndCountsWhatIsDamaged) {
     const Collected all = collect(source);
     EXPECT_GT(all.frame_times.size(), 25U);
     EXPECT_GT(source.counts().damaged, 0U);
+    ASSERT_FALSE(source.complaints().empty());
+    for (const auto& complaint : source.complaints()) {  // from a third to a half of two seconds
+        if (complaint.reason == zel_monitor::ComplaintReason::kSmallGaps) {
+            continue;
+        }
+        EXPECT_GT(complaint.span.start_s, 0.5) << wordsFor(complaint.reason);
+        EXPECT_LT(complaint.span.end_s, 1.2) << wordsFor(complaint.reason);
+        EXPECT_EQ(complaint.track, ZEL::StreamTrack::kVideo);
+    }
+}
+
+/// All that comes out of each track of a file, and what is said of it.
+std::vector<std::string> everythingIn(const std::string& path, const MediaOptions& options) {
+    MediaSource source(path, options);
+    std::vector<std::string> frames;
+    std::vector<std::string> all;
+    while (const auto item = source.next()) {
+        std::string content;
+        const bool is_video = trackOf(*item) == ZEL::StreamTrack::kVideo;
+        if (const auto* const frame = std::get_if<VideoFrame>(&*item)) {
+            for (uint32_t row = 0; row < frame->planes.height; ++row) {
+                content.append(
+                    reinterpret_cast<const char*>(frame->planes.data[0] + row * frame->planes.stride[0]),
+                    frame->planes.width);
+            }
+        } else {
+            const auto& sound = std::get<AudioFrame>(*item);
+            content.append(reinterpret_cast<const char*>(sound.data),
+                           sizeof(int16_t) * static_cast<size_t>(sound.samples * sound.channels));
+        }
+        (is_video ? frames : all)
+            .push_back(std::to_string(timeOf(*item)) + ' ' +
+                       std::to_string(std::hash<std::string>()(content)));
+    }
+    all.insert(all.end(), frames.begin(), frames.end());
+    for (const auto& complaint : source.complaints()) {
+        all.push_back(std::to_string(complaint.span.start_s) + ' ' + std::string(wordsFor(complaint.reason)) +
+                      ' ' + std::to_string(complaint.count) + ' ' + std::to_string(complaint.share));
+    }
+    return all;
+}
+
+TEST(MediaSource, GivesTheSameEveryTimeWhateverTheNumberOfThreads) {
+    const ScratchDir scratch;
+    ffmpeg("-f lavfi -i testsrc2=s=320x180:r=25:d=4 " + kTone + "-c:v libx264 -b:v 300k -c:a mp2",
+           scratch.file("h264.ts"));
+    ffmpeg("-f lavfi -i testsrc2=s=320x180:r=25:d=4 -c:v mpeg4 -g 50", scratch.file("mpeg4.mkv"));
+    ffmpeg("-f lavfi -i testsrc2=s=64x64:r=1:d=30 -f lavfi -i sine=d=30 -c:v libx264 -c:a libopus",
+           scratch.file("slow.mkv"));
+    support::Random random(3);
+    for (const std::string name : {"h264.ts", "mpeg4.mkv", "slow.mkv"}) {
+        if (name != "slow.mkv") {
+            auto bytes = support::readFile(scratch.file(name));
+            for (int i = 0; i < 20; ++i) {
+                bytes[bytes.size() / 3 + random.next() % (bytes.size() / 2)] ^= 4;
+            }
+            support::writeFile(scratch.file(name), bytes);
+        }
+        const auto first = everythingIn(scratch.file(name), {.threads = 1});
+        EXPECT_GT(first.size(), 30U);
+        for (int run = 0; run < 20; ++run) {
+            const int threads = std::array{1, 2, 4, 16}[static_cast<size_t>(run % 4)];
+            EXPECT_EQ(first, everythingIn(scratch.file(name), {.threads = threads}))
+                << name << " with " << threads;
+        }
+    }
 }
 
 TEST(MediaSource, DeliversWhatATruncatedFileStillHolds) {

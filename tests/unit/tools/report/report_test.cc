@@ -108,10 +108,19 @@ TEST(ReportFormats, TableTellsOfDamageAndOfTheContainerByItsUsualName) {
     InputReport report = reportOf({});
     EXPECT_THAT(textOf(formatOf(nullptr), report), testing::Not(HasSubstr("damaged")));
     report.counts.damaged = 225;
+    for (const double start_s : {3.0, 61.0}) {
+        report.damage.push_back({.what = "packets that cannot be decoded",
+                                 .track = "audio",
+                                 .span = {start_s, start_s + 1.0},
+                                 .count = 25,
+                                 .share = 1.0});
+    }
     report.facts.container = "mov,mp4,m4a,3gp,3g2,mj2";
-    EXPECT_THAT(textOf(formatOf(nullptr), report, failOn(ZEL::EventKind::kBlack, 2.0)),
-                testing::AllOf(HasSubstr("225 damaged packets or frames"), HasSubstr("PASS"),
-                               HasSubstr("MP4/MOV, 0:01:40.000 analysed")));
+    EXPECT_THAT(
+        textOf(formatOf(nullptr), report, failOn(ZEL::EventKind::kBlack, 2.0)),
+        testing::AllOf(
+            HasSubstr("damaged audio: packets that cannot be decoded, 50 in all, first at 0:00:03.000"),
+            HasSubstr("PASS"), HasSubstr("MP4/MOV, 0:01:40.000 analysed")));
     EXPECT_EQ(containerName("mpegts"), "MPEG-TS");
     EXPECT_EQ(containerName("png_pipe"), "PNG image");
     EXPECT_EQ(containerName("no such"), "no such");

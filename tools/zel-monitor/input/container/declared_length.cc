@@ -68,4 +68,15 @@ std::optional<DeclaredLength> declaredLength(const AVFormatContext& format, doub
     return DeclaredLength{all_known && end > start ? std::min(end - start, whole) : whole, estimated};
 }
 
+std::optional<double> countedLength(const AVFormatContext& format, const AVStream& stream) {
+    const std::string_view name = format.iformat->name;
+    const bool is_video = stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO;
+    const bool is_counted = name == "flac" || name == "mxf" || (name == "avi" && is_video);
+    if (!is_counted || format.duration_estimation_method != AVFMT_DURATION_FROM_STREAM ||
+        stream.duration == AV_NOPTS_VALUE || stream.duration <= 0) {
+        return std::nullopt;
+    }
+    return static_cast<double>(stream.duration) * av_q2d(stream.time_base);
+}
+
 }  // namespace zel_monitor

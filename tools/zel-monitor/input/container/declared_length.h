@@ -19,6 +19,10 @@ struct DeclaredLength {
 std::optional<DeclaredLength> declaredLength(const AVFormatContext& format, double start,
                                              const std::vector<const AVStream*>& chosen);
 
+/// How long the stream is for certain, in seconds, where the container counts its frames or samples: AVI
+/// (video), FLAC and MXF.
+std::optional<double> countedLength(const AVFormatContext& format, const AVStream& stream);
+
 }  // namespace zel_monitor
 
 #endif  // ZEL_TOOLS_INPUT_CONTAINER_DECLARED_LENGTH_H_

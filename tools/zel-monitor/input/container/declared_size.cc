@@ -8,6 +8,9 @@
 #include <utility>
 #include <vector>
 
+#include "input/container/flv_extent.h"
+#include "input/container/matroska_extent.h"
+
 extern "C" {
 #include <libavutil/intreadwrite.h>
 }
@@ -15,6 +18,7 @@ extern "C" {
 namespace zel_monitor {
 namespace {
 
+constexpr int64_t kLeastHeaderBytes = int64_t{4} << 10;  // some demuxers stop early
 constexpr int64_t kMostHeaderBytes = int64_t{64} << 10;
 using Header = std::span<const uint8_t>;
 
@@ -24,6 +28,11 @@ std::optional<int64_t> riffSize(Header header) {
     constexpr uint32_t kLeastUnknown = 0x7fff0000;
     const uint32_t size = header.size() >= 8 ? AV_RL32(header.data() + 4) : 0;
     return size > 0 && size < kLeastUnknown ? std::optional(int64_t{size} - 1) : std::nullopt;
+}
+
+std::optional<int64_t> aiffSize(Header header) {
+    const uint32_t size = header.size() >= 8 ? AV_RB32(header.data() + 4) : 0;
+    return size > 0 ? std::optional(int64_t{size} + 8 - 1) : std::nullopt;  // some leave a last pad byte out
 }
 
 std::optional<int64_t> wave64Size(Header header) {
@@ -69,8 +78,15 @@ using SizeReader = std::optional<int64_t> (*)(Header);
 
 /// For a container by libavformat's name; null if libavformat can be relied on.
 SizeReader sizeReaderOf(std::string_view container) {
-    constexpr std::array<std::pair<std::string_view, SizeReader>, 5> kReaders{
-        {{"wav", &riffSize}, {"avi", &riffSize}, {"w64", &wave64Size}, {"asf", &asfSize}, {"caf", &cafSize}}};
+    constexpr std::array<std::pair<std::string_view, SizeReader>, 8> kReaders{
+        {{"wav", &riffSize},
+         {"avi", &riffSize},
+         {"aiff", &aiffSize},
+         {"w64", &wave64Size},
+         {"asf", &asfSize},
+         {"caf", &cafSize},
+         {"flv", &flvSize},
+         {"matroska,webm", &matroskaSize}}};
     const auto* const found = std::find_if(kReaders.begin(), kReaders.end(),
                                            [&](const auto& reader) { return reader.first == container; });
     return found != kReaders.end() ? found->second : nullptr;
@@ -79,7 +95,7 @@ SizeReader sizeReaderOf(std::string_view container) {
 /// The header of a file, through which libavformat has just gone.
 std::vector<uint8_t> headerOf(AVIOContext& input) {
     const int64_t place = avio_tell(&input);
-    std::vector<uint8_t> header(static_cast<size_t>(std::clamp<int64_t>(place, 0, kMostHeaderBytes)));
+    std::vector<uint8_t> header(static_cast<size_t>(std::clamp(place, kLeastHeaderBytes, kMostHeaderBytes)));
     const bool begins = avio_seek(&input, 0, SEEK_SET) == 0;
     const int read = begins ? avio_read(&input, header.data(), static_cast<int>(header.size())) : 0;
     header.resize(static_cast<size_t>(std::max(read, 0)));
