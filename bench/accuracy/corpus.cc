@@ -295,8 +295,8 @@ void addChannels(std::vector<Case>& cases) {
     add(cases, EventKind::kDeadChannel,
         {{"dead-right", kEasy, "the right channel is silent", kMiddle, panned("c0=c0|c1=0*c1")},
          {"dead-none", kEasy, "both channels sound", kNever, stereo(room)},
-         {"dead-hum", kHard, "the left channel has nothing but the right one's crosstalk 46 dB below",
-          kMiddle, panned("c0=0.005*c1|c1=c1")},
+         {"dead-hum", kHard, "the right channel has nothing but the left one's crosstalk 46 dB below",
+          kMiddle, panned("c0=c0|c1=0.005*c0")},
          {"dead-panned", kHard, "the right channel is 20 dB quieter, which is no fault", kNever,
           panned("c0=c0|c1=0.1*c1")}});
     add(cases, EventKind::kAntiphase,
