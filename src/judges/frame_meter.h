@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "judges/cells.h"
 #include "judges/frame_planes.h"
@@ -33,6 +34,7 @@ class FrameMeter {
     std::optional<double> looked_s_;  // when edges were looked for last
     size_t passed_over_ = 0;          // frames since then
     Strips strips_;
+    std::vector<uint8_t> marks_;
 };
 
 }  // namespace ZELJudges

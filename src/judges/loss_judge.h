@@ -16,23 +16,28 @@ namespace ZELJudges {
 /// thread at a time.
 class LossJudge {
   public:
-    /// The next frame, shown from `time_s` for `duration_s`. Returns its verdict, valid until the next call:
-    /// the value is the share of lost cells, the limit how much makes a fault.
+    /// Whether the luma of a frame leaves open that part of it is lost. `marks` is memory to work in.
+    static bool needsChroma(const Cells& cells, std::vector<uint8_t>& marks);
+
+    /// The next frame, with its chroma if that is needed, shown from `time_s` for `duration_s`. Returns its
+    /// verdict, valid until the next call: the value is the share of lost cells, the limit how much makes a
+    /// fault.
     std::span<const Stretch> feed(const Cells& cells, double time_s, double duration_s);
 
     /// The end of the stream: begins anew.
     void finish();
 
   private:
-    size_t markBlank(const Cells& cells);
+    size_t unmarkColoured(const Cells& cells);
     bool liesInRows(size_t columns) const;
     bool restGoesOn(const Cells& cells) const;
 
     bool lost_ = false;
     size_t columns_ = 0;
-    std::vector<uint16_t> luma_;         // of the frame before
-    std::vector<uint8_t> blank_;         // cells that are flat and of a decoder's colour
+    std::vector<uint16_t> luma_;  // of the frame before
+    std::vector<uint8_t> blank_;  // cells that are flat and, where chroma is known, of a decoder's colour
     std::vector<uint8_t> blank_before_;  // of the frame before
+    std::vector<uint8_t> chroma_;        // the same of cells of chroma
     Stretch last_{};
 };
 
