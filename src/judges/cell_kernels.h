@@ -26,7 +26,7 @@ struct BandMeasures {
 void measureBand(const uint8_t* band, size_t stride, size_t width, const BandMeasures& measures);
 void measureBandScalar(const uint8_t* band, size_t stride, size_t width, const BandMeasures& measures);
 
-/// The sums of measureBand alone.
+/// About the sums of measureBand: twice those of every second row, which costs half.
 void sumBand(const uint8_t* band, size_t stride, size_t width, uint16_t* sums);
 void sumBandScalar(const uint8_t* band, size_t stride, size_t width, uint16_t* sums);
 

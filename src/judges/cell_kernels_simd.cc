@@ -123,10 +123,10 @@ void sumBandSimd(const uint8_t* band, size_t stride, size_t width, uint16_t* sum
     size_t x = 0;
     for (; x + step <= width; x += step) {
         auto sum = hn::Zero(kCells);
-        for (size_t y = 0; y < kCellSide; ++y) {
+        for (size_t y = 0; y < kCellSide; y += 2) {
             sum = hn::Add(sum, hn::SumsOf8(hn::LoadU(kBytes, band + y * stride + x)));
         }
-        hn::StoreU(hn::TruncateTo(kCellSums, sum), kCellSums, sums + x / kCellSide);
+        hn::StoreU(hn::TruncateTo(kCellSums, hn::Add(sum, sum)), kCellSums, sums + x / kCellSide);
     }
     sumBandScalar(band + x, stride, width - x, sums + x / kCellSide);
 }
