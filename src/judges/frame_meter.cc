@@ -17,7 +17,8 @@ void FrameMeter::measure(const FramePlanes& frame, double time_s, MeasuredFrame&
     measured.height = frame.height;
     measured.has_edges = wantsEdges(time_s);
     measureLuma(frame, measured.cells, measured.has_edges ? &strips_ : nullptr);
-    if (BlackJudge::needsChroma(measured.cells) || LossJudge::needsChroma(measured.cells, marks_)) {
+    const bool may_be_lost = blank_luma_.turnsUp(measured.cells);
+    if (may_be_lost || BlackJudge::needsChroma(measured.cells)) {
         measureChroma(frame, measured.cells);
     }
     if (measured.has_edges) {

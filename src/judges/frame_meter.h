@@ -4,11 +4,11 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <vector>
 
 #include "judges/cells.h"
 #include "judges/frame_planes.h"
 #include "judges/grid_kernels.h"
+#include "judges/loss_judge.h"
 
 namespace ZELJudges {
 
@@ -34,7 +34,7 @@ class FrameMeter {
     std::optional<double> looked_s_;  // when edges were looked for last
     size_t passed_over_ = 0;          // frames since then
     Strips strips_;
-    std::vector<uint8_t> marks_;
+    BlankLuma blank_luma_;
 };
 
 }  // namespace ZELJudges

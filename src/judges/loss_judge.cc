@@ -39,29 +39,51 @@ double shareOf(size_t count, const Cells& cells) {
     return static_cast<double>(count) / static_cast<double>(std::max<size_t>(cells.luma.size(), 1));
 }
 
+bool hasMoved(int now, int before) {
+    return std::abs(now - before) > kMostOff;
+}
+
 bool isMuch(size_t count, const Cells& cells) {
     return shareOf(count, cells) >= kLeastShare;
 }
 
 }  // namespace
 
-bool LossJudge::needsChroma(const Cells& cells, std::vector<uint8_t>& marks) {
-    return isMuch(markBlankLuma(cells, marks), cells);
+bool BlankLuma::turnsUp(const Cells& cells) {
+    std::swap(marks_, marks_before_);
+    size_t fresh = markBlankLuma(cells, marks_);
+    if (isMuch(fresh, cells) && marks_before_.size() == marks_.size()) {
+        fresh = 0;
+        for (size_t i = 0; i < marks_.size(); ++i) {
+            const bool is_same = marks_[i] == marks_before_[i] && !hasMoved(cells.luma[i], luma_[i]);
+            fresh += marks_[i] != 0 && !is_same ? 1U : 0U;
+        }
+    }
+    luma_.assign(cells.luma.begin(), cells.luma.end());
+    return isMuch(fresh, cells);
 }
 
 std::span<const Stretch> LossJudge::feed(const Cells& cells, double time_s, double duration_s) {
     const bool has_before = cells.columns == columns_ && cells.luma.size() == luma_.size();
     std::swap(blank_, blank_before_);
     size_t blank = markBlankLuma(cells, blank_);
+    if (!has_before) {
+        chroma_.clear();
+    }
+    if (cells.has_chroma) {
+        noteChroma(cells);
+    }
     if (isMuch(blank, cells)) {
         blank = unmarkColoured(cells);
     }
     if (!isMuch(blank, cells) || !has_before) {
         lost_ = false;
-    } else if (!lost_) {
+    } else if (!lost_ && cells.has_chroma) {
         size_t fresh = 0;
         for (size_t i = 0; i < blank_.size(); ++i) {
-            fresh += blank_[i] != 0 && blank_before_[i] == 0 ? 1U : 0U;
+            const bool is_fresh =
+                blank_[i] != 0 && blank_before_[i] == 0 && hasMoved(cells.luma[i], luma_[i]);
+            fresh += is_fresh ? 1U : 0U;
         }
         lost_ = isMuch(fresh, cells) && liesInRows(cells.columns) && restGoesOn(cells);
     }
@@ -77,12 +99,7 @@ void LossJudge::finish() {
     lost_ = false;
 }
 
-/// Takes the marks from cells whose chroma shows that something was decoded; returns how many keep theirs.
-size_t LossJudge::unmarkColoured(const Cells& cells) {
-    if (cells.cb.empty()) {  // too small for cells of chroma
-        std::fill(blank_.begin(), blank_.end(), uint8_t{0});
-        return 0;
-    }
+void LossJudge::noteChroma(const Cells& cells) {
     chroma_.resize(cells.cb.size());
     for (size_t i = 0; i < chroma_.size(); ++i) {
         const int cb = cells.cb[i];
@@ -91,13 +108,22 @@ size_t LossJudge::unmarkColoured(const Cells& cells) {
         const bool is_green = std::max(cb, cr) <= kMostGreen;
         chroma_[i] = static_cast<uint8_t>((is_grey ? kGreyMark : 0) | (is_green ? kDarkMark : 0));
     }
+    chroma_columns_ = cells.chroma_columns;
+}
+
+/// Takes the marks from cells whose chroma shows that something was decoded; returns how many keep theirs.
+size_t LossJudge::unmarkColoured(const Cells& cells) {
+    if (chroma_.empty()) {  // not needed yet, or too small a frame
+        std::fill(blank_.begin(), blank_.end(), uint8_t{0});
+        return 0;
+    }
+    const size_t chroma_rows = chroma_.size() / chroma_columns_;
     size_t kept = 0;
     for (size_t y = 0; y < cells.rows; ++y) {
-        const uint8_t* const chroma =
-            chroma_.data() + std::min(y / 2, cells.chroma_rows - 1) * cells.chroma_columns;
+        const uint8_t* const chroma = chroma_.data() + std::min(y / 2, chroma_rows - 1) * chroma_columns_;
         uint8_t* const marks = blank_.data() + y * cells.columns;
         for (size_t x = 0; x < cells.columns; ++x) {
-            marks[x] &= chroma[std::min(x / 2, cells.chroma_columns - 1)];
+            marks[x] &= chroma[std::min(x / 2, chroma_columns_ - 1)];
             kept += marks[x] != 0 ? 1U : 0U;
         }
     }
