@@ -120,7 +120,7 @@ size_t steps(double time_s, double per_second) {
 TEST(FreezeJudge, TellsFramesThatStayLikeTheFirst) {
     const std::pair<const char*, Draw> kOnTop[] = {
         {"nothing", [](Canvas&, double) {}},
-        {"noise", [](Canvas& canvas, double) { canvas.noise(6); }},
+        {"noise", [](Canvas& canvas, double) { canvas.noise(14); }},
         {"clock", [](Canvas& canvas, double time_s) {
              canvas.box(264, 8, 40, 16, static_cast<uint8_t>(steps(time_s, 25) * 37 % 256));
          }}};
