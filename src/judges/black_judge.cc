@@ -4,6 +4,8 @@
 #include <array>
 #include <cstdlib>
 
+#include "judges/cell_kernels.h"
+
 namespace ZELJudges {
 namespace {
 
@@ -17,6 +19,14 @@ constexpr double kCornerWidth = 0.4;   // of the frame
 constexpr double kCornerHeight = 0.25;
 constexpr int kMostCorners = 2;
 constexpr double kMostColoured = 0.1;  // of the cells of chroma
+
+CellSum sumDark(const Cells& cells) {
+    return sumUpTo(cells.luma.data(), cells.luma.size(), kMostLuma);
+}
+
+double darkShare(const Cells& cells, const CellSum& dark) {
+    return static_cast<double>(dark.count) / static_cast<double>(std::max<size_t>(cells.luma.size(), 1));
+}
 
 bool isDark(int mean) {
     return mean <= kMostLuma;
@@ -61,17 +71,15 @@ bool isColourless(const Cells& cells) {
 
 }  // namespace
 
+bool BlackJudge::needsChroma(const Cells& cells) {
+    return darkShare(cells, sumDark(cells)) >= kLeastShare;
+}
+
 std::span<const Stretch> BlackJudge::feed(const Cells& cells, double time_s, double duration_s) {
-    size_t dark = 0;
-    int64_t sum = 0;
-    for (const uint16_t mean : cells.luma) {
-        dark += isDark(mean) ? 1U : 0U;
-        sum += isDark(mean) ? mean : 0;
-    }
-    const auto all = static_cast<double>(std::max<size_t>(cells.luma.size(), 1));
-    const double share = static_cast<double>(dark) / all;
+    const CellSum dark = sumDark(cells);
+    const double share = darkShare(cells, dark);
     const bool black = share >= kLeastShare && isColourless(cells) &&
-                       restIsLogo(cells, static_cast<int>(sum / static_cast<int64_t>(dark)));
+                       restIsLogo(cells, static_cast<int>(dark.sum / dark.count));
     last_ = {time_s, time_s + duration_s, black, static_cast<float>(share), static_cast<float>(kLeastShare)};
     return {&last_, 1};
 }

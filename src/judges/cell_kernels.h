@@ -26,7 +26,7 @@ struct BandMeasures {
 void measureBand(const uint8_t* band, size_t stride, size_t width, const BandMeasures& measures);
 void measureBandScalar(const uint8_t* band, size_t stride, size_t width, const BandMeasures& measures);
 
-/// The sums of measureBand alone.
+/// About the sums of measureBand: twice those of every second row, which costs half.
 void sumBand(const uint8_t* band, size_t stride, size_t width, uint16_t* sums);
 void sumBandScalar(const uint8_t* band, size_t stride, size_t width, uint16_t* sums);
 
@@ -39,6 +39,39 @@ size_t countLikeScalar(const uint16_t* now, const uint16_t* then, size_t count, 
 size_t markUnlike(const uint16_t* now, const uint16_t* then, size_t count, uint16_t limit, uint16_t* marks);
 size_t markUnlikeScalar(const uint16_t* now, const uint16_t* then, size_t count, uint16_t limit,
                         uint16_t* marks);
+
+struct CellSum {
+    size_t count;
+    uint64_t sum;
+
+    bool operator==(const CellSum&) const = default;
+};
+
+/// How many of `count` cells are at most `limit`, and their sum. Values below 32768.
+CellSum sumUpTo(const uint16_t* cells, size_t count, uint16_t limit);
+CellSum sumUpToScalar(const uint16_t* cells, size_t count, uint16_t limit);
+
+struct PlainCells {
+    const uint16_t* luma;  ///< below 32768
+    const uint8_t* darkest;
+    const uint8_t* brightest;
+    size_t count;
+};
+
+struct PlainLimits {
+    uint8_t most_uneven;  ///< from the darkest to the brightest sample
+    uint16_t most_dark;
+    uint16_t least_grey;
+    uint16_t most_grey;
+};
+
+inline constexpr uint8_t kDarkMark = 1;
+inline constexpr uint8_t kGreyMark = 2;
+
+/// Marks cells that are even and whose luma is dark or grey, sets other marks to 0, and counts those that are
+/// not. Grey is brighter than dark.
+size_t markPlain(const PlainCells& cells, const PlainLimits& limits, uint8_t* marks);
+size_t markPlainScalar(const PlainCells& cells, const PlainLimits& limits, uint8_t* marks);
 
 }  // namespace ZELJudges
 

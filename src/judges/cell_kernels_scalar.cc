@@ -37,12 +37,12 @@ void measureBandScalar(const uint8_t* band, size_t stride, size_t width, const B
 void sumBandScalar(const uint8_t* band, size_t stride, size_t width, uint16_t* sums) {
     for (size_t cell = 0; cell < width / kCellSide; ++cell) {
         unsigned sum = 0;
-        for (size_t y = 0; y < kCellSide; ++y) {
+        for (size_t y = 0; y < kCellSide; y += 2) {
             for (size_t i = 0; i < kCellSide; ++i) {
                 sum += band[y * stride + cell * kCellSide + i];
             }
         }
-        sums[cell] = static_cast<uint16_t>(sum);
+        sums[cell] = static_cast<uint16_t>(2 * sum);
     }
 }
 
@@ -61,6 +61,30 @@ size_t markUnlikeScalar(const uint16_t* now, const uint16_t* then, size_t count,
         if (std::abs(now[i] - then[i]) > limit) {
             marks[i] = 0xFFFF;
         }
+        marked += marks[i] != 0 ? 1U : 0U;
+    }
+    return marked;
+}
+
+CellSum sumUpToScalar(const uint16_t* cells, size_t count, uint16_t limit) {
+    CellSum sum{.count = 0, .sum = 0};
+    for (size_t i = 0; i < count; ++i) {
+        if (cells[i] <= limit) {
+            ++sum.count;
+            sum.sum += cells[i];
+        }
+    }
+    return sum;
+}
+
+size_t markPlainScalar(const PlainCells& cells, const PlainLimits& limits, uint8_t* marks) {
+    size_t marked = 0;
+    for (size_t i = 0; i < cells.count; ++i) {
+        const uint16_t luma = cells.luma[i];
+        const bool is_even = cells.brightest[i] - cells.darkest[i] <= limits.most_uneven;
+        const bool is_grey = luma >= limits.least_grey && luma <= limits.most_grey;
+        const uint8_t mark = luma <= limits.most_dark ? kDarkMark : is_grey ? kGreyMark : 0;
+        marks[i] = is_even ? mark : 0;
         marked += marks[i] != 0 ? 1U : 0U;
     }
     return marked;

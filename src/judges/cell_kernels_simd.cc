@@ -34,6 +34,14 @@ size_t markUnlikeSimd(const uint16_t* now, const uint16_t* then, size_t count, u
     return markUnlikeScalar(now, then, count, limit, marks);
 }
 
+CellSum sumUpToSimd(const uint16_t* cells, size_t count, uint16_t limit) {
+    return sumUpToScalar(cells, count, limit);
+}
+
+size_t markPlainSimd(const PlainCells& cells, const PlainLimits& limits, uint8_t* marks) {
+    return markPlainScalar(cells, limits, marks);
+}
+
 #else
 
 constexpr hn::ScalableTag<uint8_t> kBytes{};
@@ -42,6 +50,7 @@ constexpr hn::Repartition<uint16_t, decltype(kBytes)> kColumns{};
 constexpr hn::Rebind<uint16_t, decltype(kCells)> kCellSums{};
 constexpr hn::Rebind<uint8_t, decltype(kCells)> kCellBytes{};
 constexpr hn::ScalableTag<int16_t> kShorts{};
+constexpr hn::ScalableTag<int32_t> kInts{};
 using Bytes = hn::VFromD<decltype(kBytes)>;
 using Cells = hn::VFromD<decltype(kCells)>;
 using Shorts = hn::VFromD<decltype(kShorts)>;
@@ -114,10 +123,10 @@ void sumBandSimd(const uint8_t* band, size_t stride, size_t width, uint16_t* sum
     size_t x = 0;
     for (; x + step <= width; x += step) {
         auto sum = hn::Zero(kCells);
-        for (size_t y = 0; y < kCellSide; ++y) {
+        for (size_t y = 0; y < kCellSide; y += 2) {
             sum = hn::Add(sum, hn::SumsOf8(hn::LoadU(kBytes, band + y * stride + x)));
         }
-        hn::StoreU(hn::TruncateTo(kCellSums, sum), kCellSums, sums + x / kCellSide);
+        hn::StoreU(hn::TruncateTo(kCellSums, hn::Add(sum, sum)), kCellSums, sums + x / kCellSide);
     }
     sumBandScalar(band + x, stride, width - x, sums + x / kCellSide);
 }
@@ -134,11 +143,10 @@ HWY_INLINE Shorts unlike(const uint16_t* now, const uint16_t* then, Shorts limit
 
 /// Sum of all lanes, none of them negative.
 HWY_INLINE size_t total(Shorts counts) {
-    const hn::Repartition<int32_t, decltype(kShorts)> ints;
-    auto others = hn::Zero(ints);
+    auto others = hn::Zero(kInts);
     const auto sums =
-        hn::ReorderWidenMulAccumulate(ints, counts, hn::Set(kShorts, 1), hn::Zero(ints), others);
-    return static_cast<size_t>(hn::GetLane(hn::SumOfLanes(ints, hn::Add(sums, others))));
+        hn::ReorderWidenMulAccumulate(kInts, counts, hn::Set(kShorts, 1), hn::Zero(kInts), others);
+    return static_cast<size_t>(hn::GetLane(hn::SumOfLanes(kInts, hn::Add(sums, others))));
 }
 
 constexpr size_t kMostRounds = 32767;  // what a lane can count
@@ -177,6 +185,63 @@ size_t markUnlikeSimd(const uint16_t* now, const uint16_t* then, size_t count, u
     return marked + markUnlikeScalar(now + i, then + i, count - i, limit, marks + i);
 }
 
+CellSum sumUpToSimd(const uint16_t* cells, size_t count, uint16_t limit) {
+    constexpr size_t kMostSummed = 256;  // rounds: two values below 2^15 each, in up to 64 lanes
+    const size_t lanes = hn::Lanes(kShorts);
+    const auto limits = hn::Set(kShorts, static_cast<int16_t>(limit));
+    CellSum all{.count = 0, .sum = 0};
+    size_t i = 0;
+    while (i + lanes <= count) {
+        const size_t first = i;
+        auto beyond = hn::Zero(kShorts);
+        auto sums = hn::Zero(kInts);
+        auto others = sums;
+        for (size_t round = 0; round < kMostSummed && i + lanes <= count; ++round, i += lanes) {
+            const auto values = loadShorts(cells + i);
+            const auto is_beyond = hn::VecFromMask(kShorts, hn::Gt(values, limits));
+            beyond = hn::Sub(beyond, is_beyond);
+            sums = hn::ReorderWidenMulAccumulate(kInts, hn::AndNot(is_beyond, values), hn::Set(kShorts, 1),
+                                                 sums, others);
+        }
+        all.count += i - first - total(beyond);
+        all.sum += static_cast<uint64_t>(hn::GetLane(hn::SumOfLanes(kInts, hn::Add(sums, others))));
+    }
+    const CellSum rest = sumUpToScalar(cells + i, count - i, limit);
+    return {.count = all.count + rest.count, .sum = all.sum + rest.sum};
+}
+
+size_t markPlainSimd(const PlainCells& cells, const PlainLimits& limits, uint8_t* marks) {
+    const hn::Rebind<uint8_t, decltype(kShorts)> half_bytes;
+    const size_t lanes = hn::Lanes(kShorts);
+    const auto set = [](int value) HWY_ATTR { return hn::Set(kShorts, static_cast<int16_t>(value)); };
+    size_t marked = 0;
+    size_t i = 0;
+    while (i + lanes <= cells.count) {
+        auto counts = hn::Zero(kShorts);
+        for (size_t round = 0; round < kMostRounds && i + lanes <= cells.count; ++round, i += lanes) {
+            const auto luma = loadShorts(cells.luma + i);
+            const auto dark = hn::PromoteTo(kShorts, hn::LoadU(half_bytes, cells.darkest + i));
+            const auto bright = hn::PromoteTo(kShorts, hn::LoadU(half_bytes, cells.brightest + i));
+            const auto is_dark = hn::Gt(set(limits.most_dark + 1), luma);
+            const auto is_grey =
+                hn::And(hn::Gt(luma, set(limits.least_grey - 1)), hn::Gt(set(limits.most_grey + 1), luma));
+            const auto is_even =
+                hn::VecFromMask(kShorts, hn::Gt(set(limits.most_uneven + 1), hn::Sub(bright, dark)));
+            const auto mark =
+                hn::And(is_even, hn::Or(hn::And(hn::VecFromMask(kShorts, is_dark), set(kDarkMark)),
+                                        hn::And(hn::VecFromMask(kShorts, is_grey), set(kGreyMark))));
+            hn::StoreU(hn::DemoteTo(half_bytes, mark), half_bytes, marks + i);
+            counts = hn::Sub(counts, hn::VecFromMask(kShorts, hn::Gt(mark, hn::Zero(kShorts))));
+        }
+        marked += total(counts);
+    }
+    const PlainCells rest{.luma = cells.luma + i,
+                          .darkest = cells.darkest + i,
+                          .brightest = cells.brightest + i,
+                          .count = cells.count - i};
+    return marked + markPlainScalar(rest, limits, marks + i);
+}
+
 #endif  // HWY_TARGET
 
 }  // namespace ZELJudges::HWY_NAMESPACE
@@ -189,6 +254,8 @@ HWY_EXPORT(measureBandSimd);
 HWY_EXPORT(sumBandSimd);
 HWY_EXPORT(countLikeSimd);
 HWY_EXPORT(markUnlikeSimd);
+HWY_EXPORT(sumUpToSimd);
+HWY_EXPORT(markPlainSimd);
 
 void measureBand(const uint8_t* band, size_t stride, size_t width, const BandMeasures& measures) {
     HWY_DYNAMIC_DISPATCH(measureBandSimd)(band, stride, width, measures);
@@ -204,6 +271,14 @@ size_t countLike(const uint16_t* now, const uint16_t* then, size_t count, uint16
 
 size_t markUnlike(const uint16_t* now, const uint16_t* then, size_t count, uint16_t limit, uint16_t* marks) {
     return HWY_DYNAMIC_DISPATCH(markUnlikeSimd)(now, then, count, limit, marks);
+}
+
+CellSum sumUpTo(const uint16_t* cells, size_t count, uint16_t limit) {
+    return HWY_DYNAMIC_DISPATCH(sumUpToSimd)(cells, count, limit);
+}
+
+size_t markPlain(const PlainCells& cells, const PlainLimits& limits, uint8_t* marks) {
+    return HWY_DYNAMIC_DISPATCH(markPlainSimd)(cells, limits, marks);
 }
 
 }  // namespace ZELJudges
@@ -227,6 +302,14 @@ size_t countLike(const uint16_t* now, const uint16_t* then, size_t count, uint16
 
 size_t markUnlike(const uint16_t* now, const uint16_t* then, size_t count, uint16_t limit, uint16_t* marks) {
     return markUnlikeScalar(now, then, count, limit, marks);
+}
+
+CellSum sumUpTo(const uint16_t* cells, size_t count, uint16_t limit) {
+    return sumUpToScalar(cells, count, limit);
+}
+
+size_t markPlain(const PlainCells& cells, const PlainLimits& limits, uint8_t* marks) {
+    return markPlainScalar(cells, limits, marks);
 }
 
 }  // namespace ZELJudges

@@ -13,10 +13,7 @@ void resize(Cells& cells, const FramePlanes& frame) {
     cells.luma.resize(count);
     cells.darkest.resize(count);
     cells.brightest.resize(count);
-    cells.chroma_columns = (frame.width + 1) / 2 / kCellSide;
-    cells.chroma_rows = (frame.height + 1) / 2 / kCellSide;
-    cells.cb.resize(cells.chroma_columns * cells.chroma_rows);
-    cells.cr.resize(cells.cb.size());
+    cells.has_chroma = false;
 }
 
 void resize(Strips& strips, const FramePlanes& frame) {
@@ -40,7 +37,7 @@ void sumPlane(const uint8_t* plane, size_t stride, size_t columns, size_t rows, 
 
 }  // namespace
 
-void measure(const FramePlanes& frame, Cells& cells, Strips* strips) {
+void measureLuma(const FramePlanes& frame, Cells& cells, Strips* strips) {
     resize(cells, frame);
     if (strips != nullptr) {
         resize(*strips, frame);
@@ -60,6 +57,14 @@ void measure(const FramePlanes& frame, Cells& cells, Strips* strips) {
         }
         measureBand(frame.data[0] + y * kCellSide * frame.stride[0], frame.stride[0], frame.width, measures);
     }
+}
+
+void measureChroma(const FramePlanes& frame, Cells& cells) {
+    cells.has_chroma = true;
+    cells.chroma_columns = (frame.width + 1) / 2 / kCellSide;
+    cells.chroma_rows = (frame.height + 1) / 2 / kCellSide;
+    cells.cb.resize(cells.chroma_columns * cells.chroma_rows);
+    cells.cr.resize(cells.cb.size());
     sumPlane(frame.data[1], frame.stride[1], cells.chroma_columns, cells.chroma_rows, cells.cb.data());
     sumPlane(frame.data[2], frame.stride[2], cells.chroma_columns, cells.chroma_rows, cells.cr.data());
 }

@@ -21,6 +21,7 @@ struct Cells {
     std::vector<uint16_t> luma;      ///< mean, in 64ths
     std::vector<uint8_t> darkest;    ///< luma sample
     std::vector<uint8_t> brightest;  ///< luma sample
+    bool has_chroma = false;  ///< most frames need none; what follows is then what an earlier frame left
     size_t chroma_columns = 0;
     size_t chroma_rows = 0;
     std::vector<uint16_t> cb;  ///< mean, in 64ths
@@ -39,8 +40,11 @@ struct Strips {
     std::vector<uint16_t> rows;  ///< height / 8 * 8 rows of width / 8 sums
 };
 
-/// Measures a frame; memory is taken only when the size has changed. `strips` may be null.
-void measure(const FramePlanes& frame, Cells& cells, Strips* strips);
+/// Measures the luma of a frame; memory is taken only when the size has changed. `strips` may be null.
+void measureLuma(const FramePlanes& frame, Cells& cells, Strips* strips);
+
+/// Measures the chroma of the same frame.
+void measureChroma(const FramePlanes& frame, Cells& cells);
 
 }  // namespace ZELJudges
 

@@ -1,10 +1,13 @@
 #include "judges/frame_meter.h"
 
+#include "judges/black_judge.h"
+#include "judges/loss_judge.h"
+
 namespace ZELJudges {
 namespace {
 
 constexpr double kSlackS = 1e-3;
-constexpr double kLookS = 0.075;        // from look to look at least: every second frame at 25 a second
+constexpr double kLookS = 0.155;        // from look to look at least: every fourth frame at 25 a second
 constexpr size_t kMostPassedOver = 15;  // however little the timestamps grow
 
 }  // namespace
@@ -13,7 +16,11 @@ void FrameMeter::measure(const FramePlanes& frame, double time_s, MeasuredFrame&
     measured.width = frame.width;
     measured.height = frame.height;
     measured.has_edges = wantsEdges(time_s);
-    ZELJudges::measure(frame, measured.cells, measured.has_edges ? &strips_ : nullptr);
+    measureLuma(frame, measured.cells, measured.has_edges ? &strips_ : nullptr);
+    const bool may_be_lost = blank_luma_.turnsUp(measured.cells);
+    if (may_be_lost || BlackJudge::needsChroma(measured.cells)) {
+        measureChroma(frame, measured.cells);
+    }
     if (measured.has_edges) {
         measured.column_edges.clear(strips_.width);
         measured.row_edges.clear(strips_.height / 8 * 8);

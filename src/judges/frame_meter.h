@@ -8,6 +8,7 @@
 #include "judges/cells.h"
 #include "judges/frame_planes.h"
 #include "judges/grid_kernels.h"
+#include "judges/loss_judge.h"
 
 namespace ZELJudges {
 
@@ -33,6 +34,7 @@ class FrameMeter {
     std::optional<double> looked_s_;  // when edges were looked for last
     size_t passed_over_ = 0;          // frames since then
     Strips strips_;
+    BlankLuma blank_luma_;
 };
 
 }  // namespace ZELJudges

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "judges/cell_kernels.h"
+
 namespace ZELJudges {
 namespace {
 
@@ -20,32 +22,74 @@ constexpr int kMostMotion = 12 * kMeanScale;
 constexpr double kLeastGoingOn = 0.6;  // share of the cells that are not lost
 constexpr double kLeastRest = 0.05;    // of the cells are not lost
 
-bool isBlank(int luma, int cb, int cr) {
-    const bool grey = std::abs(luma - kGreyLuma) <= kMostOff && std::abs(cb - kGrey) <= kMostOff &&
-                      std::abs(cr - kGrey) <= kMostOff;
-    return grey || std::max({luma, cb, cr}) <= kMostGreen;
+size_t markBlankLuma(const Cells& cells, std::vector<uint8_t>& marks) {
+    marks.resize(cells.luma.size());
+    return markPlain({.luma = cells.luma.data(),
+                      .darkest = cells.darkest.data(),
+                      .brightest = cells.brightest.data(),
+                      .count = cells.luma.size()},
+                     {.most_uneven = kMostUneven,
+                      .most_dark = kMostGreen,
+                      .least_grey = kGreyLuma - kMostOff,
+                      .most_grey = kGreyLuma + kMostOff},
+                     marks.data());
+}
+
+double shareOf(size_t count, const Cells& cells) {
+    return static_cast<double>(count) / static_cast<double>(std::max<size_t>(cells.luma.size(), 1));
+}
+
+bool hasMoved(int now, int before) {
+    return std::abs(now - before) > kMostOff;
+}
+
+bool isMuch(size_t count, const Cells& cells) {
+    return shareOf(count, cells) >= kLeastShare;
 }
 
 }  // namespace
 
+bool BlankLuma::turnsUp(const Cells& cells) {
+    std::swap(marks_, marks_before_);
+    size_t fresh = markBlankLuma(cells, marks_);
+    if (isMuch(fresh, cells) && marks_before_.size() == marks_.size()) {
+        fresh = 0;
+        for (size_t i = 0; i < marks_.size(); ++i) {
+            const bool is_same = marks_[i] == marks_before_[i] && !hasMoved(cells.luma[i], luma_[i]);
+            fresh += marks_[i] != 0 && !is_same ? 1U : 0U;
+        }
+    }
+    luma_.assign(cells.luma.begin(), cells.luma.end());
+    return isMuch(fresh, cells);
+}
+
 std::span<const Stretch> LossJudge::feed(const Cells& cells, double time_s, double duration_s) {
     const bool has_before = cells.columns == columns_ && cells.luma.size() == luma_.size();
-    const auto all = static_cast<double>(std::max<size_t>(cells.luma.size(), 1));
-    const auto is_much = [all](size_t count) { return static_cast<double>(count) >= kLeastShare * all; };
     std::swap(blank_, blank_before_);
-    const size_t blank = markBlank(cells);
-    if (!is_much(blank) || !has_before) {
+    size_t blank = markBlankLuma(cells, blank_);
+    if (!has_before) {
+        chroma_.clear();
+    }
+    if (cells.has_chroma) {
+        noteChroma(cells);
+    }
+    if (isMuch(blank, cells)) {
+        blank = unmarkColoured(cells);
+    }
+    if (!isMuch(blank, cells) || !has_before) {
         lost_ = false;
-    } else if (!lost_) {
+    } else if (!lost_ && cells.has_chroma) {
         size_t fresh = 0;
         for (size_t i = 0; i < blank_.size(); ++i) {
-            fresh += blank_[i] & ~blank_before_[i] & 1U;
+            const bool is_fresh =
+                blank_[i] != 0 && blank_before_[i] == 0 && hasMoved(cells.luma[i], luma_[i]);
+            fresh += is_fresh ? 1U : 0U;
         }
-        lost_ = is_much(fresh) && liesInRows(cells.columns) && restGoesOn(cells);
+        lost_ = isMuch(fresh, cells) && liesInRows(cells.columns) && restGoesOn(cells);
     }
     columns_ = cells.columns;
     luma_.assign(cells.luma.begin(), cells.luma.end());
-    last_ = {time_s, time_s + duration_s, lost_, static_cast<float>(static_cast<double>(blank) / all),
+    last_ = {time_s, time_s + duration_s, lost_, static_cast<float>(shareOf(blank, cells)),
              static_cast<float>(kLeastShare)};
     return {&last_, 1};
 }
@@ -55,26 +99,35 @@ void LossJudge::finish() {
     lost_ = false;
 }
 
-/// Marks and counts the cells that show nothing decoded.
-size_t LossJudge::markBlank(const Cells& cells) {
-    blank_.assign(cells.luma.size(), 0);
-    if (cells.cb.empty()) {
+void LossJudge::noteChroma(const Cells& cells) {
+    chroma_.resize(cells.cb.size());
+    for (size_t i = 0; i < chroma_.size(); ++i) {
+        const int cb = cells.cb[i];
+        const int cr = cells.cr[i];
+        const bool is_grey = std::abs(cb - kGrey) <= kMostOff && std::abs(cr - kGrey) <= kMostOff;
+        const bool is_green = std::max(cb, cr) <= kMostGreen;
+        chroma_[i] = static_cast<uint8_t>((is_grey ? kGreyMark : 0) | (is_green ? kDarkMark : 0));
+    }
+    chroma_columns_ = cells.chroma_columns;
+}
+
+/// Takes the marks from cells whose chroma shows that something was decoded; returns how many keep theirs.
+size_t LossJudge::unmarkColoured(const Cells& cells) {
+    if (chroma_.empty()) {  // not needed yet, or too small a frame
+        std::fill(blank_.begin(), blank_.end(), uint8_t{0});
         return 0;
     }
-    size_t count = 0;
+    const size_t chroma_rows = chroma_.size() / chroma_columns_;
+    size_t kept = 0;
     for (size_t y = 0; y < cells.rows; ++y) {
-        const size_t chroma_row = std::min(y / 2, cells.chroma_rows - 1) * cells.chroma_columns;
+        const uint8_t* const chroma = chroma_.data() + std::min(y / 2, chroma_rows - 1) * chroma_columns_;
+        uint8_t* const marks = blank_.data() + y * cells.columns;
         for (size_t x = 0; x < cells.columns; ++x) {
-            const size_t i = y * cells.columns + x;
-            const size_t chroma = chroma_row + std::min(x / 2, cells.chroma_columns - 1);
-            if (cells.brightest[i] - cells.darkest[i] <= kMostUneven &&
-                isBlank(cells.luma[i], cells.cb[chroma], cells.cr[chroma])) {
-                blank_[i] = 1;
-                ++count;
-            }
+            marks[x] &= chroma[std::min(x / 2, chroma_columns_ - 1)];
+            kept += marks[x] != 0 ? 1U : 0U;
         }
     }
-    return count;
+    return kept;
 }
 
 /// Slices run along rows of blocks, so what is lost with them does.
@@ -82,7 +135,7 @@ bool LossJudge::liesInRows(size_t columns) const {
     size_t cells = 0;
     size_t runs = 0;
     for (size_t i = 0; i < blank_.size(); ++i) {
-        cells += blank_[i];
+        cells += blank_[i] != 0 ? 1U : 0U;
         runs += blank_[i] != 0 && (i % columns == 0 || blank_[i - 1] == 0) ? 1U : 0U;
     }
     return static_cast<double>(cells) >= kLeastRun * static_cast<double>(columns) * static_cast<double>(runs);

@@ -11,28 +11,44 @@
 
 namespace ZELJudges {
 
+/// Watches the luma of frames for cells that may show nothing decoded. One thread at a time.
+class BlankLuma {
+  public:
+    /// Whether so much of it has turned up in the next frame that the loss judge needs its chroma.
+    bool turnsUp(const Cells& cells);
+
+  private:
+    std::vector<uint16_t> luma_;  // of the frame before
+    std::vector<uint8_t> marks_;
+    std::vector<uint8_t> marks_before_;
+};
+
 /// Tells stretches in which part of the frame was never decoded: areas along rows of blocks that turn at
 /// once, while the rest of the frame goes on, into the one flat grey or green that decoders start from. One
 /// thread at a time.
 class LossJudge {
   public:
-    /// The next frame, shown from `time_s` for `duration_s`. Returns its verdict, valid until the next call:
-    /// the value is the share of lost cells, the limit how much makes a fault.
+    /// The next frame, with its chroma if BlankLuma asked for it, shown from `time_s` for `duration_s`.
+    /// Returns its verdict, valid until the next call: the value is the share of lost cells, the limit how
+    /// much makes a fault.
     std::span<const Stretch> feed(const Cells& cells, double time_s, double duration_s);
 
     /// The end of the stream: begins anew.
     void finish();
 
   private:
-    size_t markBlank(const Cells& cells);
+    void noteChroma(const Cells& cells);
+    size_t unmarkColoured(const Cells& cells);
     bool liesInRows(size_t columns) const;
     bool restGoesOn(const Cells& cells) const;
 
     bool lost_ = false;
     size_t columns_ = 0;
-    std::vector<uint16_t> luma_;         // of the frame before
-    std::vector<uint8_t> blank_;         // cells that are flat and of a decoder's colour
+    size_t chroma_columns_ = 0;
+    std::vector<uint16_t> luma_;  // of the frame before
+    std::vector<uint8_t> blank_;  // cells that are flat and, where chroma is known, of a decoder's colour
     std::vector<uint8_t> blank_before_;  // of the frame before
+    std::vector<uint8_t> chroma_;        // cells of chroma of a decoder's colour, as last measured
     Stretch last_{};
 };
 

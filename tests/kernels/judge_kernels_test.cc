@@ -101,6 +101,31 @@ TEST_P(JudgeKernels, CompareCellsLikeTheirTwins) {
     }
 }
 
+TEST_P(JudgeKernels, TellDarkAndPlainCellsLikeTheirTwins) {
+    constexpr ZELJudges::PlainLimits kLimits{
+        .most_uneven = 8, .most_dark = 1536, .least_grey = 7872, .most_grey = 8384};
+    support::Random random(4);
+    for (size_t count = 0; count < 200; ++count) {
+        Shorts luma(count);
+        Bytes darkest(count);
+        Bytes brightest(count);
+        for (size_t i = 0; i < count; ++i) {
+            const uint32_t limits[] = {1536, 7872, 8384, random.below(16320) + 1};
+            luma[i] = static_cast<uint16_t>(limits[random.below(4)] + random.below(3) - 1);
+            darkest[i] = random.byte();
+            brightest[i] = static_cast<uint8_t>(std::min(255U, darkest[i] + 7 + random.below(3)));
+        }
+        const ZELJudges::PlainCells cells{luma.data(), darkest.data(), brightest.data(), count};
+        Bytes want(count + 2 * kGuard, 0xA5);
+        Bytes have = want;
+        EXPECT_EQ(ZELJudges::markPlainScalar(cells, kLimits, want.data() + kGuard),
+                  ZELJudges::markPlain(cells, kLimits, have.data() + kGuard));
+        ASSERT_EQ(want, have) << count;
+        ASSERT_EQ(ZELJudges::sumUpToScalar(luma.data(), count, 7872),
+                  ZELJudges::sumUpTo(luma.data(), count, 7872));
+    }
+}
+
 TEST_P(JudgeKernels, CountMoreCellsThanALaneHolds) {
     const Shorts bright(32768 * 64 + 5, 16320);
     const Shorts dark(bright.size(), 0);
@@ -108,18 +133,23 @@ TEST_P(JudgeKernels, CountMoreCellsThanALaneHolds) {
     EXPECT_EQ(ZELJudges::countLike(bright.data(), dark.data(), bright.size(), 16320), bright.size());
     EXPECT_EQ(ZELJudges::markUnlike(bright.data(), dark.data(), bright.size(), 16319, marks.data()),
               bright.size());
+    EXPECT_EQ(ZELJudges::sumUpTo(bright.data(), bright.size(), 16320),
+              (ZELJudges::CellSum{bright.size(), bright.size() * 16320}));
+    const Bytes even(bright.size(), 255);
+    Bytes plain(bright.size());
+    EXPECT_EQ(ZELJudges::markPlain({bright.data(), even.data(), even.data(), bright.size()},
+                                   {.most_uneven = 0, .most_dark = 16320, .least_grey = 1, .most_grey = 0},
+                                   plain.data()),
+              bright.size());
 }
 
 void compareEdges(Pattern pattern, uint32_t width, uint32_t height) {
     const Bytes luma = support::patternPlane(pattern, width, height, width * 1000 + height);
-    const Bytes chroma(static_cast<size_t>((width + 1) / 2) * ((height + 1) / 2), 128);
     ZELJudges::Cells cells;
     ZELJudges::Strips strips;
-    ZELJudges::measure({.width = width,
-                        .height = height,
-                        .data = {luma.data(), chroma.data(), chroma.data()},
-                        .stride = {width, (width + 1) / 2, (width + 1) / 2}},
-                       cells, &strips);
+    ZELJudges::measureLuma(
+        {.width = width, .height = height, .data = {luma.data(), nullptr, nullptr}, .stride = {width, 0, 0}},
+        cells, &strips);
     ZELJudges::EdgeProfile want;
     ZELJudges::EdgeProfile have;
     const auto compare = [&](size_t boundaries, auto plain, auto fast) {
