@@ -78,6 +78,7 @@ class Bench:
         self.known = self.folder / "contents.json"
         self.contents = json.loads(self.known.read_text()) if self.known.exists() else {}
         self.sources = {}
+        sources.make_base(self.folder)
 
     def source(self, name):
         if name not in self.sources:

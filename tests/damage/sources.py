@@ -87,16 +87,20 @@ def leaves_a_trace(name, kind):
     return not (kind == "cut" and name in _OPEN_ENDED or kind == "drop-packets" and name in _BARE)
 
 
+def make_base(folder):
+    """Makes what all files are coded from, before any of them is made."""
+    base = folder / "base.nut"
+    if not base.exists():
+        _ffmpeg(["-f", "lavfi", "-i", _PICTURES, "-f", "lavfi", "-i", _SOUND,
+                 "-c:v", "rawvideo", "-c:a", "pcm_s16le"], base)
+
+
 def make(name, folder):
     """Makes the file in `folder`, or takes the one that is there."""
     suffix, words = _RECIPES[name]
     path = folder / f"{name}.{suffix}"
     if not path.exists():
-        base = folder / "base.nut"
-        if not base.exists():
-            _ffmpeg(["-f", "lavfi", "-i", _PICTURES, "-f", "lavfi", "-i", _SOUND,
-                     "-c:v", "rawvideo", "-c:a", "pcm_s16le"], base)
-        _ffmpeg(["-i", str(base), *words.split(), "-fflags", "+bitexact", "-flags:v", "+bitexact", "-flags:a", "+bitexact"], path)
+        _ffmpeg(["-i", str(folder / "base.nut"), *words.split(), "-fflags", "+bitexact", "-flags:v", "+bitexact", "-flags:a", "+bitexact"], path)
     return Source(name, path, path.read_bytes(), _packets(path))
 
 

@@ -42,10 +42,10 @@ class AccuracyTest(unittest.TestCase):
         subprocess.run(["ffmpeg", "-v", "error", "-f", "lavfi", "-i", "testsrc2=s=328x248:r=25:d=5,scroll=h=0.02",
                         self.folder / "tune/moving.mp4"], check=True, stdin=subprocess.DEVNULL)
         (self.folder / "clips.json").write_text(json.dumps(
-            [{"half": "tune", "file": "tune/moving.mp4", "type": "video", "from": 1, "holds": {}}]))
+            [{"half": "tune", "file": "tune/moving.mp4", "type": "video", "from": [1], "holds": {}}]))
         done = run("-q", "--real", self.folder, "--only", "moving.black")
         self.assertEqual((done.returncode, done.stderr), (0, ""))
-        self.assertIn("| black | black | 1 of 1 | 0 | 1 of 1 | 0 | 1 of 1 | 0 |", done.stdout)
+        self.assertIn("| black | black | 1 of 1 | 0 | 0 | 1 of 1 | 0 | 1 of 1 | 0 |", done.stdout)
         done = run("-q", "--real", self.folder, "--only", "moving.loss-h264", "--keep", self.folder / "clips")
         self.assertIn("| loss-h264 |", done.stdout)
         stream = (self.folder / "clips/moving.loss-h264.ts").read_bytes()
