@@ -26,7 +26,10 @@ class MediaSource::Reader : public TrackListener {
           origin_(statedStart(input_.format())),
           completeness_(input_) {
         facts_.input = options.label.empty() ? input : options.label;
-        openTracks();
+        if (options.live) {
+            interleaver_.waitLess();
+        }
+        openTracks(options.threads);
         gatherFacts(options);
     }
 
@@ -67,7 +70,7 @@ class MediaSource::Reader : public TrackListener {
         }
     }
 
-    void openTracks() {
+    void openTracks(int threads) {
         bool all_encrypted = true;
         for (const StreamTrack track : kTracks) {
             const AVStream* const stream = demuxer_.streamOf(track);
@@ -75,7 +78,7 @@ class MediaSource::Reader : public TrackListener {
                 continue;
             }
             try {
-                tracks_[track].emplace(track, *stream, origin_, *this);
+                tracks_[track].emplace(track, *stream, threads, origin_, *this);
             } catch (const FfmpegError& error) {
                 throw input_.errorFor(error);
             }

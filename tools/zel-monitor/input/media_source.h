@@ -13,9 +13,9 @@
 
 namespace zel_monitor {
 
-/// Decodes the best video and the best audio stream of a file, a pipe ("-") or a URL with the machine's
-/// threads. What a decoder refuses is counted and skipped. Display rotation is ignored. Where streams come
-/// and go, another one that takes over from the chosen one is followed. One thread at a time.
+/// Decodes the best video and the best audio stream of a file, a pipe ("-") or a URL. What a decoder refuses
+/// is counted and skipped. Display rotation is ignored. Where streams come and go, another one that takes
+/// over from the chosen one is followed. One thread at a time.
 ///
 /// Items come in the order of their times as far as the input's interleaving allows. Their times are stream
 /// time, which never runs backwards in a track, whatever the timestamps do: see ZEL::StreamClock.

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 
@@ -18,6 +19,10 @@ struct MediaOptions {
     double duration = 0;      ///< seconds, for inputs that do not say it themselves; 0: not known either
     bool video = true;
     bool audio = true;
+    bool live = false;  ///< frames come as they are made: a track waits for the other for a moment only
+    int threads = 0;    ///< of each decoder; 0: as many as there are processors
+    /// Settings of the protocol and the demuxer, by FFmpeg's names. An opening fails if one is not known.
+    std::map<std::string, std::string> settings = {};
     /// Once it is true, blocking reads end, an opening fails and the source ends. It outlives the source.
     const std::atomic<bool>* interrupted = nullptr;
 };

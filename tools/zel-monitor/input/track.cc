@@ -9,14 +9,14 @@
 namespace zel_monitor {
 namespace {
 
-CodecHandle openDecoder(StreamTrack track, const AVStream& stream) {
+CodecHandle openDecoder(StreamTrack track, const AVStream& stream, int threads) {
     const AVCodec* const decoder = avcodec_find_decoder(stream.codecpar->codec_id);
     if (decoder == nullptr) {
         throw noDecoderFor(track);
     }
     CodecHandle codec(orOutOfMemory(avcodec_alloc_context3(decoder)));
     codec->pkt_timebase = stream.time_base;
-    codec->thread_count = 0;  // as many as there are processors
+    codec->thread_count = threads;
     checked(avcodec_parameters_to_context(codec.get(), stream.codecpar));
     checked(avcodec_open2(codec.get(), decoder, nullptr));
     return codec;
@@ -28,12 +28,14 @@ double secondsOf(int64_t ticks, const AVStream& stream) {
 
 }  // namespace
 
-Track::Track(StreamTrack track, const AVStream& stream, StreamOrigin& origin, TrackListener& listener)
+Track::Track(StreamTrack track, const AVStream& stream, int threads, StreamOrigin& origin,
+             TrackListener& listener)
     : track_(track),
       stream_(&stream),
+      threads_(threads),
       origin_(origin),
       listener_(listener),
-      codec_(openDecoder(track, stream)) {}
+      codec_(openDecoder(track, stream, threads)) {}
 
 void Track::decode(const AVPacket& packet, const AVStream& stream) {
     if (&stream != stream_) {
@@ -42,7 +44,7 @@ void Track::decode(const AVPacket& packet, const AVStream& stream) {
         gave_anything_ = false;
         codec_.reset();
         try {
-            codec_ = openDecoder(track_, stream);
+            codec_ = openDecoder(track_, stream, threads_);
         } catch (const FfmpegError& reason) {
             listener_.onStreamRefused(reason);
         }

@@ -45,7 +45,9 @@ class Track {
   public:
     /// Begins with `stream`. What is referred to outlives this object. Throws FfmpegError if the stream
     /// cannot be decoded.
-    Track(StreamTrack track, const AVStream& stream, StreamOrigin& origin, TrackListener& listener);
+    /// `threads`: of each decoder; 0: as many as there are processors.
+    Track(StreamTrack track, const AVStream& stream, int threads, StreamOrigin& origin,
+          TrackListener& listener);
 
     /// Decodes a packet of `stream`; if that is not the one at hand, goes on with it.
     void decode(const AVPacket& packet, const AVStream& stream);
@@ -62,6 +64,7 @@ class Track {
 
     StreamTrack track_;
     const AVStream* stream_;
+    int threads_;
     StreamOrigin& origin_;
     TrackListener& listener_;
     CodecHandle codec_;  // null after a stream was refused
