@@ -20,10 +20,11 @@ std::vector<ZEL::TimeSpan> Scanned::spansOf(std::span<const std::string_view> ki
 
 Scanned scanFile(const std::string& file, const std::atomic<bool>& stop) {
     zel_monitor::Progress::Slot unseen;
-    zel_monitor::InputReport report =
-        zel_monitor::scanInput(
-            file, ZEL::defaultEventRules(), false, unseen, [](const ZEL::Event&) {}, stop)
-            .report;
+    zel_monitor::ScanSettings settings;
+    settings.wanted.fill(true);
+    zel_monitor::InputReport report = zel_monitor::scanInput(
+                                          file, settings, false, unseen, [](const ZEL::Event&) {}, stop)
+                                          .report;
     return {std::move(report.events), report.length_s, report.facts.video.has_value(),
             report.facts.audio.has_value(), report.problem.value_or("")};
 }

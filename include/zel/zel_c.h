@@ -226,6 +226,7 @@ ZELC_API const char* zelc_report_json(const zelc_report* report);
 typedef struct zelc_kind {
     uint32_t struct_size;
     uint32_t source;     /* 0: video, 1: audio, 2: timestamps */
+    uint32_t is_look;    /* 1 if it may be as it was meant to be, as a night scene; 0 if it is wrong in any stream */
     const char* name;    /* as "black"; these texts live as long as the library */
     const char* unit;    /* what is measured, in words */
     const char* meaning; /* one line */
@@ -253,6 +254,9 @@ typedef struct zelc_event {
     double share;            /* of the stretch in which the fault was measured, 0 to 1 */
     uint32_t is_open_at_end; /* 1 if it was still there when the stream ended */
     uint32_t counts;         /* 0 if the fault thinned out so much after it was raised that it is not to be reported */
+    uint32_t has_evidence;   /* 1 if the next two tell anything */
+    double value;            /* what was measured on average, in the unit of the kind, */
+    double limit;            /* and what it was held against */
 } zelc_event;
 
 /* Any may be null. Called on the thread that feeds, while it does. They must not call the analyser. */

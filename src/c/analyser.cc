@@ -28,7 +28,10 @@ class Listener : public ZEL::EventListener {
                                  .end_s = event.span.end_s,
                                  .share = event.share,
                                  .is_open_at_end = event.open_at_end ? 1U : 0U,
-                                 .counts = event.counts() ? 1U : 0U};
+                                 .counts = event.counts() ? 1U : 0U,
+                                 .has_evidence = event.evidence ? 1U : 0U,
+                                 .value = event.evidence.value_or(ZEL::Evidence()).value,
+                                 .limit = event.evidence.value_or(ZEL::Evidence()).limit};
             callbacks_.on_cleared(callbacks_.user, &own);
         }
     }
@@ -49,7 +52,9 @@ zelc_analyser_options defaultOptions() {
 }
 
 ZEL::AnalyserOptions optionsOf(const zelc_analyser_options& options) {
-    return {.tracks = {.video = options.has_video != 0, .audio = options.has_audio != 0, .still = options.is_still != 0},
+    return {.tracks = {.video = options.has_video != 0,
+                       .audio = options.has_audio != 0,
+                       .still = options.is_still != 0},
             .late_after_s = options.late_after_s >= 0.0 ? std::optional(options.late_after_s) : std::nullopt};
 }
 
@@ -134,8 +139,9 @@ int zelc_analyser_audio(zelc_analyser* analyser, const zelc_audio* audio, double
         if (!heard) {
             return int{ZELC_INVALID};
         }
-        return analyser->analyser.feedAudio(*heard, time_s) ? int{ZELC_OK}
-                                                            : ZELC::failed(ZELC_INTERNAL, "audio was refused");
+        return analyser->analyser.feedAudio(*heard, time_s)
+                   ? int{ZELC_OK}
+                   : ZELC::failed(ZELC_INTERNAL, "audio was refused");
     });
 }
 

@@ -15,6 +15,7 @@ int zelc_kind_info(uint32_t kind, zelc_kind* info) {
     const ZEL::EventKindInfo& row = ZEL::eventKinds()[kind];
     const zelc_kind own{.struct_size = sizeof own,
                         .source = static_cast<uint32_t>(row.source),
+                        .is_look = row.tier == ZEL::EventTier::kLook ? 1U : 0U,
                         .name = row.name.data(),
                         .unit = row.unit.data(),
                         .meaning = row.meaning.data(),
@@ -26,5 +27,6 @@ int zelc_kind_info(uint32_t kind, zelc_kind* info) {
 
 int zelc_kind_by_name(const char* name) {
     const auto kind = name != nullptr ? ZEL::eventKindByName(name) : std::nullopt;
-    return kind ? static_cast<int>(ZEL::indexOf(*kind)) : ZELC::failed(ZELC_INVALID, "no kind of event has that name");
+    return kind ? static_cast<int>(ZEL::indexOf(*kind))
+                : ZELC::failed(ZELC_INVALID, "no kind of event has that name");
 }

@@ -101,16 +101,17 @@ zelc_stream::zelc_stream(const zelc_config& config, const zelc_stream_callbacks&
     session->setResultListener(std::make_shared<Verdicts>(*this));
     session->start();
     if (config.heartbeat_s > 0 && callbacks.on_report != nullptr) {
-        const ZELPCTimer timer(static_cast<int32_t>(config.heartbeat_s), ZELPCTimer::Mode::kDetached,
-                               [this, turn = heartbeats, flag = running] {
-                                   const ZEL::Turn::Held held(*turn);
-                                   if (flag->isSet()) {  // else the stream may be gone
-                                       ReportMap fields;
-                                       session->getHeartbeatInfo(fields);
-                                       report(fields, false);
-                                   }
-                               },
-                               running);
+        const ZELPCTimer timer(
+            static_cast<int32_t>(config.heartbeat_s), ZELPCTimer::Mode::kDetached,
+            [this, turn = heartbeats, flag = running] {
+                const ZEL::Turn::Held held(*turn);
+                if (flag->isSet()) {  // else the stream may be gone
+                    ReportMap fields;
+                    session->getHeartbeatInfo(fields);
+                    report(fields, false);
+                }
+            },
+            running);
     }
 }
 
@@ -170,7 +171,8 @@ int zelc_stream_video(zelc_stream* stream, const zelc_frame* frame, int64_t inde
         }
         ZELC::pack(*own, copy.get());
         stream->session->feedVideoFrame(
-            std::make_shared<ZEL::VideoFrame>(kFormatI420, std::move(copy), width, height, stream->pool), index);
+            std::make_shared<ZEL::VideoFrame>(kFormatI420, std::move(copy), width, height, stream->pool),
+            index);
         return int{ZELC_OK};
     });
 }
@@ -188,7 +190,8 @@ int zelc_stream_audio(zelc_stream* stream, const zelc_audio* audio, int64_t inde
         auto copy = std::make_unique_for_overwrite<int16_t[]>(values);
         std::copy_n(own->data, values, copy.get());
         stream->session->feedAudioFrame(
-            std::make_shared<ZEL::AudioFrame>(0, std::move(copy), own->samples, static_cast<int32_t>(own->sample_rate),
+            std::make_shared<ZEL::AudioFrame>(0, std::move(copy), own->samples,
+                                              static_cast<int32_t>(own->sample_rate),
                                               static_cast<int32_t>(own->channels)),
             index);
         return int{ZELC_OK};

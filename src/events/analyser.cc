@@ -12,6 +12,8 @@
 #include "algo/audio_meter.h"
 #include "algo/mix_down.h"
 #include "events/track_joiner.h"
+#include "judges/frame_meter.h"
+#include "judges/sound_meter.h"
 
 namespace ZEL {
 namespace {
@@ -31,27 +33,38 @@ const AnalyserOptions& checked(const AnalyserOptions& options) {
     return options;
 }
 
+ZELJudges::FramePlanes planesOf(const ZELAlgo::ZELVideoPlanes& frame) {
+    return {.width = frame.width,
+            .height = frame.height,
+            .data = {frame.data[0], frame.data[1], frame.data[2]},
+            .stride = {frame.stride[0], frame.stride[1], frame.stride[2]}};
+}
+
 }  // namespace
 
 /// Measures frames as they come, and keeps the measurements until the clock has placed them: what the
-/// detectors say depends on the order of the frames only.
+/// detectors and the meters say depends on the order of the frames only.
 class EventAnalyser::Impl {
   public:
     Impl(EventListener& listener, const AnalyserOptions& options)
         : detectors_(detectorConfig()), joiner_(checked(options), listener) {}
 
     bool feedVideo(const ZELAlgo::ZELVideoPlanes& frame, double time_s, double duration_s) {
-        WaitingFrame waiting{.measurement = {.index = frames_fed_}};
-        if (ended_ || !std::isfinite(time_s) ||
-            !detectors_.detectPlanes(frame, waiting.measurement.verdicts)) {
+        MeasuredVideo waiting{.frame = {.index = frames_fed_}};
+        if (ended_ || !std::isfinite(time_s) || !detectors_.detectPlanes(frame, waiting.frame.verdicts)) {
             return false;
         }
+        if (!spare_measures_.empty()) {
+            waiting.measures = std::move(spare_measures_.back());
+            spare_measures_.pop_back();
+        }
+        frame_meter_.measure(planesOf(frame), time_s, waiting.measures);
         waiting.stated_s = std::isfinite(duration_s) && duration_s > 0.0 ? duration_s : kFallbackFrameS;
         if (frames_fed_++ == 0) {
             joiner_.expectFirst(time_s + waiting.stated_s);
         }
-        frames_.push_back(waiting);
-        clock_.take(StreamTrack::kVideo, time_s, waiting.stated_s, place_);
+        frames_.push_back(std::move(waiting));
+        clock_.take(StreamTrack::kVideo, time_s, frames_.back().stated_s, place_);
         return true;
     }
 
@@ -66,7 +79,16 @@ class EventAnalyser::Impl {
         if (!meter_ || meter_->sampleRate() != frame.sample_rate) {
             meter_.emplace(frame.sample_rate);
         }
-        MeasuredAudio measured{frame.sample_rate, frame.samples, std::move(spare_)};
+        MeasuredAudio measured = std::move(spare_audio_);
+        measured.sample_rate = frame.sample_rate;
+        measured.samples = frame.samples;
+        measured.channels = frame.channels;
+        measured.pieces.clear();
+        sound_meter_.measure({.samples = frame.data,
+                              .frames = frame.samples,
+                              .channels = frame.channels,
+                              .sample_rate = frame.sample_rate},
+                             measured.pieces);
         meter_->measure(ZELAlgo::mixedDown(frame.data, frame.samples, frame.channels, mono_), frame.samples,
                         measured.chunks);
         const double length_s = measured.length();
@@ -93,31 +115,30 @@ class EventAnalyser::Impl {
     double reached() const { return joiner_.reached(); }
 
   private:
-    struct WaitingFrame {
-        FrameMeasurement measurement;
-        double stated_s = 0.0;
-    };
-
     void place(StreamTrack track, double start_s) {
         if (track == StreamTrack::kVideo) {
-            WaitingFrame frame = frames_.front();
+            MeasuredVideo video = std::move(frames_.front());
             frames_.pop_front();
-            frame.measurement.start_s = start_s;
-            joiner_.frame(frame.measurement, frame.stated_s);
+            video.frame.start_s = start_s;
+            joiner_.frame(video);
+            spare_measures_.push_back(std::move(video.measures));
         } else {
             MeasuredAudio audio = std::move(audio_.front());
             audio_.pop_front();
             joiner_.audio(audio, start_s);
-            spare_ = std::move(audio.chunks);
+            spare_audio_ = std::move(audio);
         }
     }
 
     ZELAlgo::AlgoFacade detectors_;
+    ZELJudges::FrameMeter frame_meter_;
     std::optional<ZELAlgo::AudioMeter> meter_;
+    ZELJudges::SoundMeter sound_meter_;
     std::vector<int16_t> mono_;
-    std::vector<ZELAlgo::MeasuredChunk> spare_;  // of an audio frame that was placed, for the next one
+    std::vector<ZELJudges::MeasuredFrame> spare_measures_;  // of frames that were judged, for the next ones
+    MeasuredAudio spare_audio_;
     StreamClock clock_;
-    std::deque<WaitingFrame> frames_;  // without a place yet, like the audio; the clock bounds them
+    std::deque<MeasuredVideo> frames_;  // without a place yet, like the audio; the clock bounds them
     std::deque<MeasuredAudio> audio_;
     TrackJoiner joiner_;
     StreamClock::Place place_ = [this](StreamTrack track, double start_s) { place(track, start_s); };

@@ -5,47 +5,36 @@
 namespace ZEL {
 
 EventMaker::EventMaker(const EventRules& rules, StreamTracks tracks, EventListener& listener)
-    : listener_(listener), rules_(rules), gaps_(tracks) {
+    : listener_(listener), rules_(rules), frames_(rules[indexOf(EventKind::kFreeze)].min_s), gaps_(tracks) {
     trackers_.reserve(kEventKinds);
     for (const EventKindInfo& info : eventKinds()) {
         trackers_.emplace_back(info.kind, rules[indexOf(info.kind)]);
     }
 }
 
-void EventMaker::frame(TimeSpan shown, const ZELAlgo::ZELVideoResult& result) {
-    Sights sights = frameSights(result);
-    std::optional<Sight>& freeze = sights[indexOf(EventKind::kFreeze)];
-    if (!any_frame_ && freeze == Sight::kPresent) {
-        freeze = Sight::kAbsent;  // the detector has compared it with an empty frame
-    }
-    any_frame_ = true;
-    for (const EventKindInfo& info : eventKinds()) {
-        if (const std::optional<Sight> sight = sights[indexOf(info.kind)]) {
-            // The detector finds a frame like the one before it, so the freeze began with that one.
-            const bool reaches_back =
-                info.kind == EventKind::kFreeze && sight == Sight::kPresent && like_start_;
-            see(info.kind, {reaches_back ? *like_start_ : shown.start_s, shown.end_s}, *sight);
-        }
-    }
+void EventMaker::frame(TimeSpan shown, const ZELAlgo::ZELVideoResult& verdicts,
+                       const ZELJudges::MeasuredFrame& measured) {
+    reached_s_ = std::max(reached_s_, shown.end_s);
+    see(frames_.frame(shown, verdicts, measured));
     gaps_.reach(StreamTrack::kVideo, shown.end_s);
     seeStalls(gaps_.settledTo());
-    like_start_ = freeze == Sight::kUnknown ? std::nullopt : std::optional(shown.start_s);
 }
 
 void EventMaker::silencePeriod(TimeSpan period, const ZELAlgo::ZELAudioResult& result) {
-    see(period, silenceSights(result));
+    reached_s_ = std::max(reached_s_, period.end_s);
+    see({SoundSights::silence(period, result)});
     gaps_.reach(StreamTrack::kAudio, period.end_s);
     seeStalls(gaps_.settledTo());
 }
 
-void EventMaker::voicePeriod(TimeSpan period, const ZELAlgo::ZELAudioResult& result) {
-    see(period, voiceSights(result));
+void EventMaker::audio(const MeasuredAudio& audio, double start_s) {
+    see(sound_.audio(audio, start_s));
 }
 
 void EventMaker::gap(StreamTrack track, TimeSpan span) {
     listener_.onGap(track, span);
     if (track == StreamTrack::kVideo) {
-        like_start_.reset();
+        implied_.cover(EventKind::kStall, span);
     }
     gaps_.add(track, span);
     seeStalls(gaps_.settledTo());
@@ -58,13 +47,17 @@ void EventMaker::late(StreamTrack track, TimeSpan span) {
 }
 
 void EventMaker::finish(const StreamEnd& end) {
+    see(frames_.finish());
+    see(sound_.finish());
+    seeSettled(implied_.takeRest());
     const double reached_s = std::max(end.video_s, end.audio_s);
+    reached_s_ = std::max(reached_s_, reached_s);
     gaps_.reach(StreamTrack::kVideo, reached_s);
     gaps_.reach(StreamTrack::kAudio, reached_s);
     seeStalls(reached_s);
     if (end.declared_s && *end.declared_s > reached_s) {
-        see(EventKind::kShort, {reached_s, *end.declared_s}, Sight::kPresent);
-        see(EventKind::kShort, {*end.declared_s, *end.declared_s}, Sight::kAbsent);
+        track({EventKind::kShort, {reached_s, *end.declared_s}, Sight::kPresent});
+        track({EventKind::kShort, {*end.declared_s, *end.declared_s}, Sight::kAbsent});
     }
     for (const EventKindInfo& info : eventKinds()) {
         EventTracker& tracker = trackers_[indexOf(info.kind)];
@@ -81,19 +74,29 @@ void EventMaker::finish(const StreamEnd& end) {
 
 void EventMaker::setRule(EventKind kind, EventRule rule) {
     rules_[indexOf(kind)] = rule;
+    if (kind == EventKind::kFreeze) {
+        frames_.setFreezeMinimum(rule.min_s);
+    }
     tell(kind, trackers_[indexOf(kind)].setRule(rule));
 }
 
-void EventMaker::see(TimeSpan span, const Sights& sights) {
-    for (const EventKindInfo& info : eventKinds()) {
-        if (const std::optional<Sight> sight = sights[indexOf(info.kind)]) {
-            see(info.kind, span, *sight);
-        }
+void EventMaker::see(const std::vector<Sighting>& sightings) {
+    for (const Sighting& sighting : sightings) {
+        implied_.see(sighting);
+    }
+    seeSettled(implied_.takeSettled());
+}
+
+void EventMaker::seeSettled(const std::vector<Sighting>& sightings) {
+    for (const Sighting& sighting : sightings) {
+        track(sighting);
     }
 }
 
-void EventMaker::see(EventKind kind, TimeSpan span, Sight sight) {
-    const EventTracker::Step step = trackers_[indexOf(kind)].see(span, sight);
+void EventMaker::track(const Sighting& sighting) {
+    const EventKind kind = sighting.kind;
+    const EventTracker::Step step =
+        trackers_[indexOf(kind)].see(sighting.span, sighting.sight, sighting.evidence, sighting.apart);
     tell(step.ended);
     if (step.began) {
         listener_.onSuspected(kind);
@@ -107,25 +110,29 @@ void EventMaker::seeStalls(double settled_s) {
         seeMissing(gap);
     }
     if (settled_s > missing_to_s_) {
-        see(EventKind::kStall, {settled_s, settled_s}, Sight::kAbsent);
+        track({EventKind::kStall, {settled_s, settled_s}, Sight::kAbsent});
     }
 }
 
 void EventMaker::seeMissing(TimeSpan span) {
-    see(EventKind::kStall, span, Sight::kPresent);
+    track({EventKind::kStall, span, Sight::kPresent});
     missing_to_s_ = std::max(missing_to_s_, span.end_s);
 }
 
 void EventMaker::tell(EventKind kind, const std::optional<EventTracker::Raise>& raise) {
     if (raise) {
-        listener_.onRaised(kind, raise->start_s, raise->noticed_s);
+        listener_.onRaised(kind, raise->start_s, std::max(raise->noticed_s, reached_s_));
     }
 }
 
-void EventMaker::tell(const std::optional<Event>& cleared) {
-    if (cleared) {
-        listener_.onCleared(*cleared);
+void EventMaker::tell(std::optional<Event> cleared) {
+    if (!cleared) {
+        return;
     }
+    if (infoOf(cleared->kind).source == EventSource::kTimestamps) {  // what is measured is the time itself
+        cleared->evidence = {cleared->span.length(), rules_[indexOf(cleared->kind)].min_s};
+    }
+    listener_.onCleared(*cleared);
 }
 
 }  // namespace ZEL

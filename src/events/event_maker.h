@@ -12,8 +12,10 @@
 #include <vector>
 
 #include "events/event_tracker.h"
+#include "events/frame_sights.h"
 #include "events/gaps.h"
-#include "events/verdicts.h"
+#include "events/implied.h"
+#include "events/sound_sights.h"
 
 namespace ZEL {
 
@@ -25,16 +27,17 @@ struct StreamEnd {
     bool still = false;  ///< one frame is all there was
 };
 
-/// Turns the verdicts on one stream, in its order, into events.
+/// Turns what was measured of one stream, in its order, into events.
 class EventMaker {
   public:
     EventMaker(const EventRules& rules, StreamTracks tracks, EventListener& listener);
 
     /// A frame and how long it was shown.
-    void frame(TimeSpan shown, const ZELAlgo::ZELVideoResult& result);
-    /// A period that is judged for silence only, and one that is judged for speech only.
+    void frame(TimeSpan shown, const ZELAlgo::ZELVideoResult& verdicts,
+               const ZELJudges::MeasuredFrame& measured);
+    /// A period that is judged for silence. Tell those that an audio frame ends before the frame itself.
     void silencePeriod(TimeSpan period, const ZELAlgo::ZELAudioResult& result);
-    void voicePeriod(TimeSpan period, const ZELAlgo::ZELAudioResult& result);
+    void audio(const MeasuredAudio& audio, double start_s);
     /// Nothing of `track` has a timestamp here. Tell this before what follows the gap.
     void gap(StreamTrack track, TimeSpan span);
     /// Nothing of `track` has come by the end of `span`, which begins where it was last.
@@ -45,20 +48,23 @@ class EventMaker {
     void setRule(EventKind kind, EventRule rule);
 
   private:
-    void see(TimeSpan span, const Sights& sights);
-    void see(EventKind kind, TimeSpan span, Sight sight);
+    void see(const std::vector<Sighting>& sightings);
+    void seeSettled(const std::vector<Sighting>& sightings);
+    void track(const Sighting& sighting);
     void seeStalls(double settled_s);
     void seeMissing(TimeSpan span);
     void tell(EventKind kind, const std::optional<EventTracker::Raise>& raise);
-    void tell(const std::optional<Event>& cleared);
+    void tell(std::optional<Event> cleared);
 
     EventListener& listener_;
     EventRules rules_;
+    FrameSights frames_;
+    SoundSights sound_;
+    Implied implied_;
     std::vector<EventTracker> trackers_;  // one per kind
     Gaps gaps_;
+    double reached_s_ = 0.0;  // how far the stream has come, whatever the judges have settled of it
     double missing_to_s_ = -std::numeric_limits<double>::infinity();  // end of the last gap seen
-    std::optional<double> like_start_;  // start of the last frame, if a freeze may have begun with it
-    bool any_frame_ = false;
 };
 
 }  // namespace ZEL

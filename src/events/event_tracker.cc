@@ -5,15 +5,20 @@
 
 namespace ZEL {
 
-EventTracker::Step EventTracker::see(TimeSpan span, Sight sight) {
+EventTracker::Step EventTracker::see(TimeSpan span, Sight sight, const std::optional<Evidence>& evidence,
+                                     bool apart) {
     const bool present = sight == Sight::kPresent;
     Step step;
-    if (open_ && (present ? span.start_s : span.end_s) - run_.end_s > rule_.gap_s + kSlackS) {
+    const double without_s = (present ? span.start_s : span.end_s) - run_.end_s;
+    if (open_ && (without_s > rule_.gap_s + kSlackS || (present && apart && without_s > -kSlackS))) {
         step.ended = clear(false);
     }
     step.began = present && !open_;
     if (present) {
         extend(span);
+        if (evidence) {
+            evidence_.add(*evidence, span.length());
+        }
     } else if (open_ && sight == Sight::kUnknown) {
         pending_unknown_s_ += span.length();
     }
@@ -51,7 +56,9 @@ std::optional<EventTracker::Raise> EventTracker::raise() {
 
 std::optional<Event> EventTracker::clear(bool at_end) {
     open_ = false;
-    return std::exchange(raised_, false) ? std::optional(Event{kind_, run_, share(), at_end}) : std::nullopt;
+    return std::exchange(raised_, false)
+               ? std::optional(Event{kind_, run_, share(), at_end, evidence_.mean()})
+               : std::nullopt;
 }
 
 void EventTracker::extend(TimeSpan span) {
@@ -59,6 +66,7 @@ void EventTracker::extend(TimeSpan span) {
         open_ = true;
         run_ = {span.start_s, span.start_s};
         present_s_ = unknown_s_ = pending_unknown_s_ = 0.0;
+        evidence_ = {};
     }
     present_s_ += std::max(run_.start_s - span.start_s, 0.0);
     run_.start_s = std::min(run_.start_s, span.start_s);

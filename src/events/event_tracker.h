@@ -4,14 +4,12 @@
 #include <zel/events/event.h>
 #include <zel/events/kinds.h>
 
-#include <cstdint>
 #include <optional>
 
-namespace ZEL {
+#include "events/evidence_mean.h"
+#include "events/sighting.h"
 
-/// What a detector says of one stretch. Unknown: another verdict hides this one; it passes time, but is
-/// counted neither for nor against the event's share.
-enum class Sight : uint8_t { kAbsent, kPresent, kUnknown };
+namespace ZEL {
 
 /// Joins the sights of one kind, in stream order, to events. An event is raised as soon as its run lasts the
 /// minimum and its share suffices, and cleared when the run ends; a run that was never raised ends unheard.
@@ -31,8 +29,10 @@ class EventTracker {
         std::optional<Raise> raised;
     };
 
-    /// Takes in what was seen over `span`. A present sight may reach back over earlier ones.
-    Step see(TimeSpan span, Sight sight);
+    /// Takes in what was seen over `span`. A present sight may reach back over earlier ones; one that is
+    /// apart begins another run.
+    Step see(TimeSpan span, Sight sight, const std::optional<Evidence>& evidence = std::nullopt,
+             bool apart = false);
 
     /// The run at hand may have become an event by the new rule.
     std::optional<Raise> setRule(EventRule rule);
@@ -58,6 +58,7 @@ class EventTracker {
     double present_s_ = 0.0;
     double unknown_s_ = 0.0;
     double pending_unknown_s_ = 0.0;  // unknown time after run_.end_s
+    EvidenceMean evidence_;
 };
 
 }  // namespace ZEL

@@ -13,6 +13,10 @@ std::string_view nameOf(EventSource source) {
     return kNames.at(static_cast<size_t>(source));
 }
 
+std::string_view nameOf(EventTier tier) {
+    return tier == EventTier::kFault ? "fault" : "look";
+}
+
 EventRules defaultEventRules() {
     EventRules rules;
     std::transform(kEventKindTable.begin(), kEventKindTable.end(), rules.begin(),

@@ -1,6 +1,7 @@
 #include "events/track_joiner.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace ZEL {
 namespace {
@@ -33,8 +34,10 @@ TrackJoiner::TrackJoiner(const AnalyserOptions& options, EventListener& listener
       late_after_s_(options.late_after_s),
       stall_s_(options.rules[indexOf(EventKind::kStall)].min_s) {}
 
-void TrackJoiner::frame(const FrameMeasurement& frame, double stated_s) {
+void TrackJoiner::frame(MeasuredVideo& video) {
+    const FrameMeasurement frame = video.frame;
     const double start_s = frame.start_s;
+    const double stated_s = video.stated_s;
     if (shown_) {
         const TimeSpan missing{shown_->frame.start_s + ownLength(start_s), start_s};
         if (isGap(missing)) {
@@ -50,7 +53,10 @@ void TrackJoiner::frame(const FrameMeasurement& frame, double stated_s) {
     ++frames_;
     slides_ += isSlide(stated_s) ? uint64_t{1} : uint64_t{0};
     shortest_s_ = frames_ == 1 ? stated_s : std::min(shortest_s_, stated_s);
-    shown_ = {frame, stated_s};
+    if (!shown_) {
+        shown_.emplace();
+    }
+    std::swap(*shown_, video);
     if (!video_) {
         video_ = {start_s, start_s};
         tellMissingStart(StreamTrack::kVideo);
@@ -80,9 +86,9 @@ void TrackJoiner::audio(const MeasuredAudio& audio, double start_s) {
                               maker_.silencePeriod({from_s, to_s}, result);
                               listener_.onSilencePeriod({from_s, to_s}, result);
                           });
+    maker_.audio(audio, start_s);
     periods_->voice.add(audio.chunks, audio.samples, start_s,
                         [this](double from_s, double to_s, const ZELAlgo::ZELAudioResult& result) {
-                            maker_.voicePeriod({from_s, to_s}, result);
                             listener_.onVoicePeriod({from_s, to_s}, result);
                         });
     audio_->end_s =
@@ -115,7 +121,7 @@ double TrackJoiner::reached() const {
 /// The frame that is shown lasts until `end_s`.
 void TrackJoiner::settle(double end_s) {
     const double start_s = shown_->frame.start_s;
-    maker_.frame({start_s, std::max(end_s, start_s)}, shown_->frame.verdicts);
+    maker_.frame({start_s, std::max(end_s, start_s)}, shown_->frame.verdicts, shown_->measures);
 }
 
 /// Whether a frame of that length is rather one of a slide show than one of a film.

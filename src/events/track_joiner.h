@@ -8,20 +8,19 @@
 
 #include <cstdint>
 #include <optional>
-#include <vector>
 
 #include "algo/audio_meter.h"
 #include "events/event_maker.h"
+#include "events/sound_sights.h"
+#include "judges/frame_meter.h"
 
 namespace ZEL {
 
-/// What was measured of one audio frame.
-struct MeasuredAudio {
-    uint32_t sample_rate = 0;
-    uint32_t samples = 0;
-    std::vector<ZELAlgo::MeasuredChunk> chunks = {};
-
-    double length() const { return static_cast<double>(samples) / sample_rate; }
+/// What was measured of one video frame.
+struct MeasuredVideo {
+    FrameMeasurement frame;
+    double stated_s = 0.0;  ///< how long the stream says that it lasts
+    ZELJudges::MeasuredFrame measures = {};
 };
 
 /// Joins what was measured of the frames of both tracks, once they have their places in the stream: how long
@@ -32,8 +31,8 @@ class TrackJoiner {
 
     /// The first video frame has come, and ends at about `end_s`; its place is certain with the second one.
     void expectFirst(double end_s) { first_end_s_ = end_s; }
-    /// The next video frame; `stated_s` is how long the stream says that it lasts.
-    void frame(const FrameMeasurement& frame, double stated_s);
+    /// The next video frame. Leaves the memory of an earlier one's measures in `video`, to be used again.
+    void frame(MeasuredVideo& video);
     /// The next audio frame.
     void audio(const MeasuredAudio& audio, double start_s);
     void finish(std::optional<double> declared_s);
@@ -42,10 +41,6 @@ class TrackJoiner {
     double reached() const;
 
   private:
-    struct Shown {
-        FrameMeasurement frame;
-        double stated_s;
-    };
     struct Periods {
         explicit Periods(uint32_t rate);
         uint32_t sample_rate;
@@ -71,7 +66,7 @@ class TrackJoiner {
     std::optional<double> late_after_s_;
     double stall_s_;
     std::optional<double> first_end_s_;
-    std::optional<Shown> shown_;
+    std::optional<MeasuredVideo> shown_;
     std::optional<Periods> periods_;
     std::optional<TimeSpan> video_;  // from the first frame's start to the last one's end
     std::optional<TimeSpan> audio_;

@@ -6,7 +6,6 @@ namespace ZELJudges {
 namespace {
 
 constexpr double kSlackS = 1e-3;
-constexpr double kLookS = 0.075;    // from look to look at least: every second frame at 25 a second
 constexpr double kWindowS = 0.25;   // over which edges are gathered before combs are laid over them
 constexpr double kReachS = 0.5;     // to either side over which strengths are averaged
 constexpr double kMostWaitS = 5.0;  // for a weak beginning to become strong
@@ -21,21 +20,18 @@ constexpr size_t kFarPeriodStep = 4;
 
 }  // namespace
 
-bool BlockJudge::wants(double time_s) const {
-    return looks_ == 0 || time_s < looked_s_ || time_s >= looked_s_ + kLookS - kSlackS;
-}
-
-std::span<const Stretch> BlockJudge::feed(const Strips* strips, double time_s, double duration_s) {
+std::span<const Stretch> BlockJudge::feed(const MeasuredFrame& frame, double time_s, double duration_s) {
     settled_.clear();
-    const bool other_size = strips != nullptr && (strips->width != width_ || strips->height != height_);
-    if (other_size || time_s < start_s_) {
+    if (frame.width != width_ || frame.height != height_ || time_s < start_s_) {
         end();
+        width_ = frame.width;
+        height_ = frame.height;
     }
-    if (strips != nullptr && looks_ > 0 && time_s >= start_s_ + kWindowS - kSlackS) {
+    if (frame.has_edges && looks_ > 0 && time_s >= start_s_ + kWindowS - kSlackS) {
         closeWindow();
     }
-    if (strips != nullptr) {
-        look(*strips, time_s);
+    if (frame.has_edges) {
+        look(frame, time_s);
     }
     end_s_ = time_s + duration_s;
     return settled_;
@@ -47,17 +43,15 @@ std::span<const Stretch> BlockJudge::finish() {
     return settled_;
 }
 
-void BlockJudge::look(const Strips& strips, double time_s) {
+void BlockJudge::look(const MeasuredFrame& frame, double time_s) {
     if (looks_ == 0) {
-        width_ = strips.width;
-        height_ = strips.height;
         start_s_ = time_s;
-        columns_.clear(strips.width);
-        rows_.clear(strips.height / 8 * 8);
+        columns_ = frame.column_edges;
+        rows_ = frame.row_edges;
+    } else {
+        columns_.add(frame.column_edges);
+        rows_.add(frame.row_edges);
     }
-    addColumnEdges(strips, columns_);
-    addRowEdges(strips, rows_);
-    looked_s_ = time_s;
     ++looks_;
 }
 

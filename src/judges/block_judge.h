@@ -2,10 +2,11 @@
 #define ZEL_SRC_JUDGES_BLOCK_JUDGE_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <vector>
 
-#include "judges/cells.h"
+#include "judges/frame_meter.h"
 #include "judges/grid_comb.h"
 #include "judges/grid_kernels.h"
 #include "judges/stretch.h"
@@ -16,16 +17,12 @@ namespace ZELJudges {
 /// edge per period at the same phase everywhere, and its edges have no common direction; text, windows and
 /// facades do not.
 ///
-/// Looks at some frames of a second only. Settled a second or so late. One thread at a time.
+/// Looks at the frames whose edges were measured. Settled a second or so late. One thread at a time.
 class BlockJudge {
   public:
-    /// Whether a frame of this time is to be looked at, and its strips must be fed.
-    bool wants(double time_s) const;
-
-    /// The next frame; `strips` null if the judge did not want it. Returns what is settled, valid until the
-    /// next call: the value is how much more of all strips has an edge on the grid than off it, the limit how
-    /// much makes a frame blocky.
-    std::span<const Stretch> feed(const Strips* strips, double time_s, double duration_s);
+    /// The next frame. Returns what is settled, valid until the next call: the value is how much more of all
+    /// strips has an edge on the grid than off it, the limit how much makes a frame blocky.
+    std::span<const Stretch> feed(const MeasuredFrame& frame, double time_s, double duration_s);
 
     /// The end of the stream: settles the rest and begins anew.
     std::span<const Stretch> finish();
@@ -41,22 +38,21 @@ class BlockJudge {
     };
 
     void end();
-    void look(const Strips& strips, double time_s);
+    void look(const MeasuredFrame& frame, double time_s);
     void closeWindow();
     float strength();
     void judge(bool at_end);
     float meanStrength(size_t window) const;
     void settle(size_t end, bool present);
 
-    size_t width_ = 0;
-    size_t height_ = 0;
+    uint32_t width_ = 0;
+    uint32_t height_ = 0;
     // The window that is being gathered.
     EdgeProfile columns_;
     EdgeProfile rows_;
     size_t looks_ = 0;
     double start_s_ = 0.0;
     double end_s_ = 0.0;
-    double looked_s_ = 0.0;
     GridComb comb_;
 
     std::vector<Window> windows_;

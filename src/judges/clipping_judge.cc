@@ -1,6 +1,8 @@
 #include "judges/clipping_judge.h"
 
 #include <algorithm>
+#include <iterator>
+#include <limits>
 
 namespace ZELJudges {
 namespace {
@@ -13,25 +15,27 @@ constexpr float kMostClipped = 0.005F;
 
 std::span<const Stretch> ClippingJudge::feed(const SoundChunk& chunk) {
     settled_.clear();
-    const auto leaves = [&chunk](const Chunk& old) {
-        return old.stretch.start_s < chunk.end_s - kWindowS - kSlackS || old.stretch.start_s > chunk.start_s;
-    };
-    while (!window_.empty() && leaves(window_.front())) {
-        settled_.push_back(window_.front().stretch);
-        window_.erase(window_.begin());
-    }
+    const bool follows = window_.empty() || chunk.start_s >= window_.back().stretch.start_s;
+    settleUpTo(follows ? chunk.end_s - kWindowS - kSlackS : std::numeric_limits<double>::infinity());
     window_.push_back({{chunk.start_s, chunk.end_s, false, 0.0F, kMostClipped}, chunk.clipped});
     judge();
+    settleUpTo(chunk.end_s - kWindowS + kSlackS);  // no later second reaches back so far
     return settled_;
 }
 
 std::span<const Stretch> ClippingJudge::finish() {
     settled_.clear();
-    for (const Chunk& chunk : window_) {
-        settled_.push_back(chunk.stretch);
-    }
-    window_.clear();
+    settleUpTo(std::numeric_limits<double>::infinity());
     return settled_;
+}
+
+/// Settles the chunks that start before `time_s`.
+void ClippingJudge::settleUpTo(double time_s) {
+    const auto end = std::find_if(window_.begin(), window_.end(),
+                                  [time_s](const Chunk& chunk) { return chunk.stretch.start_s >= time_s; });
+    std::transform(window_.begin(), end, std::back_inserter(settled_),
+                   [](const Chunk& chunk) { return chunk.stretch; });
+    window_.erase(window_.begin(), end);
 }
 
 /// Marks what is clipped in the second that ends now.

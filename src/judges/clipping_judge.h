@@ -28,6 +28,7 @@ class ClippingJudge {
         float clipped;
     };
 
+    void settleUpTo(double time_s);
     void judge();
 
     std::vector<Chunk> window_;  // the last second, not settled

@@ -140,7 +140,7 @@ uint16_t changeLimit(const std::vector<uint16_t>& now, const std::vector<uint16_
 
 }  // namespace
 
-FreezeJudge::FreezeJudge(double min_s) : min_s_(min_s) {}
+FreezeJudge::FreezeJudge(double min_s) : min_s_(std::min(min_s, kLongestMinimumS)) {}
 
 std::span<const Stretch> FreezeJudge::feed(const Cells& cells, double time_s, double duration_s) {
     settled_.clear();
@@ -184,7 +184,7 @@ void FreezeJudge::addLook(const Cells& cells, double time_s, double duration_s) 
     rows_ = cells.rows;
     const double oldest_s = time_s + duration_s - min_s_ - kSlackS;
     size_t old = 0;
-    while (old < looks_.size() && looks_[old].start_s < oldest_s) {
+    while (old + 1 < looks_.size() && looks_[old].start_s < oldest_s) {
         ++old;
     }
     const size_t kept = looks_.size() - old;
@@ -203,6 +203,8 @@ void FreezeJudge::addLook(const Cells& cells, double time_s, double duration_s) 
 void FreezeJudge::beginRun(size_t look) {
     first_ = look;
     next_ = look + 1;
+    alike_ = 1;
+    told_ = false;
     run_start_s_ = looks_[look].start_s;
     first_cells_ = looks_[look].cells;
     first_is_card_.reset();
@@ -214,7 +216,7 @@ void FreezeJudge::beginRun(size_t look) {
 }
 
 bool FreezeJudge::isLong(double end_s) const {
-    return end_s - run_start_s_ >= min_s_ - kSlackS;
+    return alike_ > 1 && end_s - run_start_s_ >= min_s_ - kSlackS;
 }
 
 bool FreezeJudge::firstIsCard() {
@@ -236,23 +238,24 @@ void FreezeJudge::compareNext() {
         return;
     }
     ++next_;
+    ++alike_;
     last_end_s_ = look.end_s;
     if (!isLong(look.end_s)) {
         return;
     }
     const double half_s = (run_start_s_ + look.end_s) / 2.0;
     if (const double spread_s = spreadFrom(half_s); spread_s < look.end_s) {
-        const double end_s = std::max(spread_s, looks_.front().start_s);
+        const double end_s = std::max({spread_s, looks_.front().start_s, settled_s_});
         if (isLong(end_s)) {
             settle(end_s, !firstIsCard());
             const auto starts_later = [end_s](const Look& other) { return other.start_s >= end_s; };
-            beginRun(static_cast<size_t>(std::find_if(looks_.begin(), looks_.end(), starts_later) -
+            beginRun(static_cast<size_t>(std::find_if(looks_.begin(), looks_.end() - 1, starts_later) -
                                          looks_.begin()));
         } else {
             tryLater();
         }
-    } else if (isLong(half_s)) {
-        settle(half_s, !firstIsCard());  // whatever spreads from now on ends the run later
+    } else if (const double sure_s = std::max(half_s, look.end_s - kSureAfterS); isLong(sure_s)) {
+        settle(sure_s, !firstIsCard());
     }
 }
 
@@ -314,7 +317,8 @@ double FreezeJudge::spreadFrom(double half_s) const {
 
 void FreezeJudge::settle(double end_s, bool present) {
     if (end_s > settled_s_) {
-        settled_.push_back({settled_s_, end_s, present, changed_share_, kMostChanged});
+        settled_.push_back({settled_s_, end_s, present, changed_share_, kMostChanged, !told_});
+        told_ = true;
         settled_s_ = end_s;
     }
 }

@@ -1,6 +1,7 @@
 #ifndef ZEL_SRC_JUDGES_FREEZE_JUDGE_H_
 #define ZEL_SRC_JUDGES_FREEZE_JUDGE_H_
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -17,17 +18,23 @@ namespace ZELJudges {
 ///
 /// A cell has changed where it differs from the run's first frame by more than 2.5 levels, or by more than
 /// the noise of most cells explains. What has changed once counts to the end of the run. Few cells may
-/// change: a clock, a logo, a ticker; and they must stay in place, since what spreads is motion.
+/// change: a clock, a logo, a ticker; and they must stay in place, since what spreads is motion. A freeze
+/// ends at a cut, even where the next one begins there.
 ///
 /// Memory for the frames of the last `min_s` at most, however long the stream. A frozen stretch is settled
-/// when it ends, or up to its half once it is twice as long as the minimum. One thread at a time.
+/// from kSureAfterS after the minimum on, as it goes on. One thread at a time.
 class FreezeJudge {
   public:
-    /// Shorter runs are not frozen, seconds.
+    /// Whatever is to be found, runs of this length are judged: longer ones are made of them.
+    static constexpr double kLongestMinimumS = 4.0;
+    /// So long a run must go on for what has come before to be frozen: what moves slowly shows by then.
+    static constexpr double kSureAfterS = 0.8;
+
+    /// Shorter runs are not frozen, seconds, and neither is a single frame, however long it is shown.
     explicit FreezeJudge(double min_s = 2.0);
 
     /// From the run in work on.
-    void setMinimum(double min_s) { min_s_ = min_s; }
+    void setMinimum(double min_s) { min_s_ = std::min(min_s, kLongestMinimumS); }
 
     /// The next frame, shown from `time_s` for `duration_s`. Returns what it settles, valid until the next
     /// call: the value is the share of cells that have changed, the limit how many may. A frame of another
@@ -68,6 +75,8 @@ class FreezeJudge {
     std::vector<Look> looks_;  // kept in case a run fails and another must be tried from its middle
     size_t first_ = 0;         // look of the run, while it is kept
     size_t next_ = 0;          // look to be compared
+    size_t alike_ = 0;         // looks of the run
+    bool told_ = false;        // part of the run is settled
     double run_start_s_ = 0.0;
     double last_end_s_ = 0.0;  // of the last look that stayed like the first
     double settled_s_ = 0.0;

@@ -38,6 +38,8 @@ struct EdgeProfile {
     Counts far;
 
     void clear(size_t boundaries);
+    /// Adds what was found at the same boundaries of other strips.
+    void add(const EdgeProfile& other);
 };
 
 /// Elements that a row of `count` sums takes, so that a vector that starts in it ends in its padding.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <functional>
 #include <limits>
 
 namespace ZELJudges {
@@ -54,6 +55,16 @@ void EdgeProfile::clear(size_t boundaries) {
         counts->incoherent.assign(boundaries, 0);
         counts->living.assign(boundaries, 0);
     }
+}
+
+void EdgeProfile::add(const EdgeProfile& other) {
+    const auto add = [](std::vector<uint32_t>& sums, const std::vector<uint32_t>& more) {
+        std::transform(sums.begin(), sums.end(), more.begin(), sums.begin(), std::plus<>());
+    };
+    add(near.incoherent, other.near.incoherent);
+    add(near.living, other.near.living);
+    add(far.incoherent, other.far.incoherent);
+    add(far.living, other.far.living);
 }
 
 size_t paddedStrip(size_t count) {

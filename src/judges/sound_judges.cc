@@ -9,15 +9,16 @@ void append(std::vector<Stretch>& all, std::span<const Stretch> some) {
 
 }  // namespace
 
-SoundJudges::Settled SoundJudges::feed(const SoundBlock& block, double time_s) {
+SoundJudges::Settled SoundJudges::feed(std::span<const SoundPiece> pieces, size_t channels,
+                                       uint32_t sample_rate, double time_s) {
     clear();
-    judge(meter_.feed(block, time_s));
+    judge(chunker_.feed(pieces, channels, sample_rate, time_s));
     return settled();
 }
 
 SoundJudges::Settled SoundJudges::finish() {
     clear();
-    judge(meter_.finish());
+    judge(chunker_.finish());
     append(clipping_, clipping_judge_.finish());
     append(dead_channel_, dead_channel_judge_.finish());
     append(antiphase_, antiphase_judge_.finish());

@@ -1,6 +1,8 @@
 #ifndef ZEL_SRC_JUDGES_SOUND_JUDGES_H_
 #define ZEL_SRC_JUDGES_SOUND_JUDGES_H_
 
+#include <cstddef>
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -22,8 +24,8 @@ class SoundJudges {
         std::span<const Stretch> antiphase;
     };
 
-    /// The next block, heard from `time_s` on, before any mix-down.
-    Settled feed(const SoundBlock& block, double time_s);
+    /// What a SoundMeter measured of the next block, which is heard from `time_s` on.
+    Settled feed(std::span<const SoundPiece> pieces, size_t channels, uint32_t sample_rate, double time_s);
 
     /// The end of the stream: settles the rest and begins anew.
     Settled finish();
@@ -35,7 +37,7 @@ class SoundJudges {
         return {.clipping = clipping_, .dead_channel = dead_channel_, .antiphase = antiphase_};
     }
 
-    SoundMeter meter_;
+    SoundChunker chunker_;
     ClippingJudge clipping_judge_;
     DeadChannelJudge dead_channel_judge_;
     AntiphaseJudge antiphase_judge_;

@@ -16,47 +16,65 @@ struct SoundBlock {
     uint32_t sample_rate;  ///< Hz
 };
 
-/// What the sound judges know of a quarter of a second, before any mix-down.
-struct SoundChunk {
-    double start_s = 0.0;
-    double end_s = 0.0;
-    /// Share of samples in runs of three or more at full scale of one sign, in the channel that has most.
-    float clipped = 0.0F;
-    bool has_pair = false;  ///< whether there are a left and a right channel, the first two
-    double left = 0.0;      ///< mean square, where full scale is 1
-    double right = 0.0;
-    double product = 0.0;  ///< mean of left times right
+/// What was measured of a short piece of a block, before any mix-down.
+struct SoundPiece {
+    size_t frames = 0;
+    /// Samples in runs of three or more at full scale of one sign, in the channel that has most.
+    size_t clipped = 0;
+    int64_t left = 0;  ///< sum of squares; 0 unless there are a left and a right channel, the first two
+    int64_t right = 0;
+    int64_t product = 0;  ///< sum of left times right
 };
 
-/// Cuts the sound of a stream into chunks. One thread at a time.
+/// Measures the sound of a stream in the order in which it is fed, in pieces that fill its blocks. One thread
+/// at a time.
 class SoundMeter {
   public:
-    /// The next block, heard from `time_s` on. Returns the chunks that it completes, valid until the next
-    /// call. Another format, a gap or an earlier time ends the chunk in work.
-    std::span<const SoundChunk> feed(const SoundBlock& block, double time_s);
-
-    /// The end of the stream: the chunk in work, as short as it is.
-    std::span<const SoundChunk> finish();
+    /// Appends the pieces of the next block.
+    void measure(const SoundBlock& block, std::vector<SoundPiece>& pieces);
 
   private:
     /// Samples at full scale of one sign that a channel has just had.
     struct Run {
         int sign = 0;
         size_t length = 0;
-        size_t clipped = 0;  ///< samples of the chunk in such runs
+        size_t clipped = 0;  ///< samples of the piece in such runs
     };
 
-    void begin(const SoundBlock& block, double time_s);
-    void measure(const int16_t* samples, size_t frames);
-    void closeChunk();
+    SoundPiece measure(const int16_t* samples, size_t frames);
 
     std::vector<Run> runs_;  // one per channel
-    uint32_t sample_rate_ = 0;
+};
+
+/// What the sound judges know of a quarter of a second or a little more.
+struct SoundChunk {
+    double start_s = 0.0;
+    double end_s = 0.0;
+    float clipped = 0.0F;   ///< share of clipped samples
+    bool has_pair = false;  ///< whether there are a left and a right channel
+    double left = 0.0;      ///< mean square, where full scale is 1
+    double right = 0.0;
+    double product = 0.0;  ///< mean of left times right
+};
+
+/// Joins pieces to chunks once their places in the stream are known. One thread at a time.
+class SoundChunker {
+  public:
+    /// The pieces of the next block, heard from `time_s` on. Returns the chunks that they complete, valid
+    /// until the next call. Another format, a gap or an earlier time ends the chunk in work.
+    std::span<const SoundChunk> feed(std::span<const SoundPiece> pieces, size_t channels,
+                                     uint32_t sample_rate, double time_s);
+
+    /// The end of the stream: the chunk in work, as short as it is.
+    std::span<const SoundChunk> finish();
+
+  private:
+    void closeChunk();
+
+    size_t channels_ = 0;
+    uint32_t sample_rate_ = 1;
     double start_s_ = 0.0;  // of the chunk in work
-    size_t frames_ = 0;     // in it
-    int64_t left_ = 0;
-    int64_t right_ = 0;
-    int64_t product_ = 0;
+    SoundPiece sum_;        // of its pieces
     std::vector<SoundChunk> chunks_;
 };
 

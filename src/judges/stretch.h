@@ -8,9 +8,10 @@ namespace ZELJudges {
 struct Stretch {
     double start_s;
     double end_s;
-    bool present;  ///< the fault was there
-    float value;   ///< what was measured, see the judge
-    float limit;   ///< what it was measured against
+    bool present;        ///< the fault was there
+    float value;         ///< what was measured, see the judge
+    float limit;         ///< what it was measured against
+    bool apart = false;  ///< begins another fault, even where one was present up to here
 };
 
 }  // namespace ZELJudges

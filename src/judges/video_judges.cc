@@ -2,24 +2,22 @@
 
 namespace ZELJudges {
 
-VideoJudges::Settled VideoJudges::feed(const FramePlanes& frame, double time_s, double duration_s) {
-    const bool wanted = block_.wants(time_s);
-    measure(frame, cells_, wanted ? &strips_ : nullptr);
-    const auto black = black_.feed(cells_, time_s, duration_s);
-    const auto [under, over] = exposure_.feed(cells_, black.front().present, time_s, duration_s);
-    return {.black = black,
-            .block = block_.feed(wanted ? &strips_ : nullptr, time_s, duration_s),
-            .loss = loss_.feed(cells_, time_s, duration_s),
-            .freeze = freeze_.feed(cells_, time_s, duration_s),
-            .under = under,
-            .over = over};
+VideoJudges::Settled VideoJudges::feed(const MeasuredFrame& frame, double time_s, double duration_s) {
+    const Cells& cells = frame.cells;
+    const auto black = black_.feed(cells, time_s, duration_s);
+    const auto [under, over] = exposure_.feed(cells, black.front().present, time_s, duration_s);
+    return {
+        .black = black,
+        .block = block_.feed(grid_.feed(frame, time_s, duration_s), loss_.feed(cells, time_s, duration_s)),
+        .freeze = freeze_.feed(cells, time_s, duration_s),
+        .under = under,
+        .over = over};
 }
 
 VideoJudges::Settled VideoJudges::finish() {
     loss_.finish();
     return {.black = {},
-            .block = block_.finish(),
-            .loss = {},
+            .block = block_.finish(grid_.finish(), {}),
             .freeze = freeze_.finish(),
             .under = {},
             .over = {}};

@@ -239,6 +239,7 @@ static void onRaised(void* user, uint32_t kind, double start_s, double noticed_s
 static void onCleared(void* user, const zelc_event* event) {
     struct Events* events = (struct Events*)user;
     CHECK(event->kind == events->kind && event->counts);
+    CHECK(event->has_evidence && event->value > event->limit); /* the share of the frame that is black */
     ++events->cleared;
     events->start_s = event->start_s;
     events->end_s = event->end_s;

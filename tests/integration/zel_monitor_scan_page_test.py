@@ -37,7 +37,7 @@ class Page(ScanTest):
         text = cls.folder / "notes.txt"
         text.write_text("no video\n")
         cls.page = cls.folder / "page.html"
-        done = run("scan", "-q", clip, good, text, "--html", cls.page, "--fail-on", "black=1s")
+        done = run("scan", "-q", clip, good, text, "--html", cls.page, "--fail-on", "black=1s", "--also", "high-voice")
         assert done.returncode == 3, done.stderr
 
     def setUp(self):
@@ -132,11 +132,16 @@ class Page(ScanTest):
             self.assertEqual(len(self.bar(kind)), 1, kind)
         self.assertAlmostEqual(self.width(self.bar("black")[0]), self.width(self.bar("mute")[0]), delta=3)
 
+    def test_tells_what_was_measured(self):
+        self.assertRegex(self.find("#facts").text, r"loudness -?\d+\.\d LUFS, short-term at most .* true peak .* dBTP")
+        self.open("#input=1&event=black@2")
+        self.assertRegex(self.find("#event-text").text, r"share of the frame that is black: 1 \(limit 0\.9\)")
+
     def test_hovering_shows_the_times_of_an_event_and_the_value_of_a_curve(self):
         for kind, start, end in (("black", "0:00:02.000", "0:00:05.000"), ("mute", "0:00:07.000", "0:00:10.000")):
             ActionChains(self.browser).move_to_element(self.bar(kind)[0]).perform()
             self.wait(
-                lambda _: any(start in tip and end in tip and kind in tip for tip in self.texts(".tip")), kind
+                lambda _: any(all(text in tip for text in (start, end, kind, "(limit ")) for tip in self.texts(".tip")), kind
             )
         label = self.browser.find_element(By.XPATH, "//*[name()='text'][.='mean luma']")
         ActionChains(self.browser).move_to_element_with_offset(label, 300, 0).perform()

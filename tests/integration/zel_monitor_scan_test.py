@@ -288,6 +288,34 @@ class Outputs(ScanTest):
         report = self.scan(self.faulty, self.folder / "missing", "--fail-on", "black", status=3)
         self.assertEqual([part["verdict"] for part in report["inputs"]], ["fail", "incomplete"])
 
+    def test_looks_are_reported_to_who_asks(self):
+        dim = self.clip_of("dim.mkv", f"{MOVING},trim=duration=3,lutyuv=y=24+val/12:u=128:v=128", "-c:v ffv1")
+        report = self.scan(dim)
+        self.assertEqual(report["inputs"][0]["events"], [])
+        self.assertIsNone(report["inputs"][0]["totals"]["underexposed"])
+        self.assertNotIn("underexposed", report["settings"]["kinds"])
+        for asked in (["--also", "no-voice,underexposed"], ["--min", "underexposed=1s"], ["--gap", "underexposed=1s"], ["--all"]):
+            with self.subTest(asked):
+                self.assert_events(self.scan_one(dim, *asked), ("underexposed", 0.0, 3.0))
+        (event,) = self.scan_one(dim, "--fail-on", "underexposed=1s", status=1)["events"]
+        self.assertEqual(event["kind"], "underexposed")
+        self.assertLess(event["evidence"]["value"], event["evidence"]["limit"])
+        self.assertEqual(run("scan", dim, "--also", "dim").returncode, 2)
+        lines = run("scan", "--list-detectors").stdout.decode().splitlines()
+        self.assertLessEqual(max(map(len, lines)), 80)
+        tiers = dict(line.split()[:2] for line in lines if line[:1].strip() and " fault " in line or " look " in line)
+        self.assertEqual((tiers["freeze"], tiers["clipping"], tiers["no-voice"]), ("fault", "fault", "look"))
+
+    def test_loudness(self):
+        tone = self.clip("tone.wav", "-f lavfi -i", "aevalsrc='pow(10,-1.15)*sin(2000*PI*t)|pow(10,-1.15)*sin(2000*PI*t)':s=48000:d=5")
+        loudness = self.scan_one(tone)["loudness"]
+        self.assertAlmostEqual(loudness["integrated_lufs"], -23.0, delta=0.1)
+        self.assertIn("loudness -23.0 LUFS, short-term at most -23.0 LUFS", run("scan", "-q", tone).stdout.decode())
+        silent = self.clip("silent.wav", "-f lavfi -i anullsrc -t 4")
+        self.assertEqual(set(self.scan_one(silent)["loudness"].values()), {None})
+        self.assertIn("loudness none", run("scan", "-q", silent).stdout.decode())
+        self.assertIsNone(self.scan_one(self.faulty)["loudness"])
+
     def test_limit_holds_however_times_are_rounded(self):
         graph = f"{MOVING},trim=duration=4,drawbox=t=fill:c=black:enable='between(n,8,57)'"
         clip = self.clip_of("fifty.mkv", graph, "-c:v mpeg4")

@@ -29,9 +29,13 @@ struct AnalyserOptions {
 
 /// Finds the events of one stream: time-stamped frames in, events out, as they begin and end.
 ///
-/// Runs the detectors on every frame and on every period of the audio, at once; gives each its place in the
-/// stream with a StreamClock; joins what they say to events by the rules of their kinds. A gap in the
-/// timestamps, a track that begins late or ends early, and an end before the declared one are events as well.
+/// Runs the detectors on every frame and on every period of the audio and measures both, at once; gives each
+/// its place in the stream with a StreamClock; judges what was measured over time, and joins that to events
+/// by the rules of their kinds. Green and silence are as the detectors say. A gap in the timestamps, a track
+/// that begins late or ends early, and an end before the declared one are events as well. What one fault
+/// implies is not told again.
+///
+/// An event is raised at most a second after its rule's minimum is over.
 ///
 /// Works for files and for live streams: memory is bounded, however long the stream, and whatever it lacks.
 /// Nothing that is fed is kept beyond the call.
@@ -42,7 +46,7 @@ struct AnalyserOptions {
 /// The detectors log a line for every frame like the one before it; setLogSink() says where that goes.
 class EventAnalyser {
   public:
-    /// Silence is found to a tenth of a second. Speech has pauses, so it is judged by the second.
+    /// Silence is found to a tenth of a second. Speech has pauses, so it is measured by the second.
     static constexpr double kSilencePeriodS = 0.1;
     static constexpr double kVoicePeriodS = 1.0;
 
@@ -68,8 +72,9 @@ class EventAnalyser {
     bool feedVideo(const ZELAlgo::ZELVideoPlanes& frame, double time_s, double duration_s = 0.0);
 
     /// Takes the next audio frame, which begins at `time_s`: `samples` times `channels` interleaved samples.
-    /// Of several channels their mean is heard. The rate and the channels may change from frame to frame; a
-    /// rate below 100 Hz is not heard. `frame` is borrowed for the call.
+    /// Silence and speech are looked for in the mean of several channels, the rest in each. The rate and the
+    /// channels may change from frame to frame; a rate below 100 Hz is not heard. `frame` is borrowed for the
+    /// call.
     ///
     /// False, and nothing is taken, for null data, a sample rate or channels below 1, a time that is not
     /// finite, and after the end of the stream.

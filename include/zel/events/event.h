@@ -3,6 +3,8 @@
 
 #include <zel/events/kinds.h>
 
+#include <optional>
+
 namespace ZEL {
 
 /// Timestamps are sums of rounded fractions; a microsecond decides nothing.
@@ -21,12 +23,21 @@ struct TimeSpan {
 /// A stretch in which the fault was there less than half of the time is not one event.
 inline constexpr double kLeastShare = 0.5;
 
+/// What was measured of a fault, in the unit of its kind, and the limit that it was held against.
+struct Evidence {
+    double value = 0.0;
+    double limit = 0.0;
+};
+
 /// One stretch of a stream in which something was wrong.
 struct Event {
     EventKind kind = EventKind::kBlack;
     TimeSpan span;
     double share = 1.0;        ///< share of the stretch in which the fault was measured, 0 to 1
     bool open_at_end = false;  ///< the fault was still there when the stream ended
+    /// The mean over the time in which the fault was measured. Where that was done in two ways, the one that
+    /// told of it longer.
+    std::optional<Evidence> evidence = {};
 
     /// Whether it is to be reported. An event that was raised does not count in the end if the fault thinned
     /// out so much that it was there less than half of the time.

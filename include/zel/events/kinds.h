@@ -14,6 +14,10 @@ namespace ZEL {
 /// Where a kind's verdicts come from.
 enum class EventSource : uint8_t { kVideo, kAudio, kTimestamps };
 
+/// Whether a kind is told unasked. A fault is wrong in any stream; a look may be as it was meant to be, as a
+/// night scene and music without words are.
+enum class EventTier : uint8_t { kFault, kLook };
+
 /// When a run of verdicts is an event: it lasts at least `min_s` seconds, and `gap_s` seconds without the
 /// fault end it.
 struct EventRule {
@@ -31,6 +35,9 @@ enum class EventKind : uint8_t {
     kUnderexposed,
     kOverexposed,
     kMute,
+    kClipping,
+    kDeadChannel,
+    kAntiphase,
     kLowVoice,
     kHighVoice,
     kNoVoice,
@@ -42,8 +49,9 @@ struct EventKindInfo {
     EventKind kind;
     std::string_view name;  ///< as on command lines and in reports
     EventSource source;
+    EventTier tier = EventTier::kFault;
     EventRule rule;            ///< the default
-    std::string_view unit;     ///< what is measured, in words
+    std::string_view unit;     ///< what is measured, in words: that of Evidence
     std::string_view meaning;  ///< one line, no full stop
     std::string_view colour;   ///< "#rrggbb", readable on light and on dark ground, unlike its neighbours'
 };
@@ -53,42 +61,44 @@ inline constexpr auto kEventKindTable = std::to_array<EventKindInfo>({
      .name = "black",
      .source = EventSource::kVideo,
      .rule = {.min_s = 0.5, .gap_s = 0.1},
-     .unit = "share of dark luma samples",
-     .meaning = "at least 95% of the looked-at luma is below 30",
+     .unit = "share of the frame that is black",
+     .meaning = "all black, but for a logo or a clock",
      .colour = "#64748b"},
     {.kind = EventKind::kGreen,
      .name = "green",
      .source = EventSource::kVideo,
      .rule = {.min_s = 0.2, .gap_s = 0.1},
-     .unit = "share of zero luma and chroma samples",
+     .unit = "share of the chroma that is zero",
      .meaning = "luma and chroma are zero: a frame never written",
      .colour = "#2e9e4f"},
     {.kind = EventKind::kBlock,
      .name = "block",
      .source = EventSource::kVideo,
      .rule = {.min_s = 0.2, .gap_s = 0.5},
-     .unit = "pairs of corners that close small rectangles",
-     .meaning = "small hard-edged rectangles (mosaic)",
+     .unit = "share of the frame with edges on a grid, or lost",
+     .meaning = "coarse blocks (mosaic), or parts of the frame that were never decoded",
      .colour = "#d9772b"},
     {.kind = EventKind::kFreeze,
      .name = "freeze",
      .source = EventSource::kVideo,
      .rule = {.min_s = 2.0, .gap_s = 0.1},
-     .unit = "mean luma difference from the frame before",
-     .meaning = "the same frame again and again",
+     .unit = "share of the frame that has changed",
+     .meaning = "the picture stands still, but for a clock or a ticker",
      .colour = "#3b82d6"},
     {.kind = EventKind::kUnderexposed,
      .name = "underexposed",
      .source = EventSource::kVideo,
+     .tier = EventTier::kLook,
      .rule = {.min_s = 1.0, .gap_s = 0.5},
-     .unit = "exposure type, from the distribution of luma",
+     .unit = "share of the frame that is bright",
      .meaning = "too dark to see, but not black",
      .colour = "#7c6bd0"},
     {.kind = EventKind::kOverexposed,
      .name = "overexposed",
      .source = EventSource::kVideo,
+     .tier = EventTier::kLook,
      .rule = {.min_s = 1.0, .gap_s = 0.5},
-     .unit = "exposure type, from the distribution of luma",
+     .unit = "share of the frame that is dark, or burnt out",
      .meaning = "washed out by too much light",
      .colour = "#d4a012"},
     {.kind = EventKind::kMute,
@@ -98,9 +108,31 @@ inline constexpr auto kEventKindTable = std::to_array<EventKindInfo>({
      .unit = "mean absolute sample value",
      .meaning = "mean sample level of at most 2 of 32767",
      .colour = "#a3487f"},
+    {.kind = EventKind::kClipping,
+     .name = "clipping",
+     .source = EventSource::kAudio,
+     .rule = {.min_s = 0.5, .gap_s = 1.0},
+     .unit = "share of the samples that are cut off at full scale",
+     .meaning = "sound that is driven beyond full scale",
+     .colour = "#8aa11e"},
+    {.kind = EventKind::kDeadChannel,
+     .name = "dead-channel",
+     .source = EventSource::kAudio,
+     .rule = {.min_s = 2.0, .gap_s = 0.5},
+     .unit = "dB that one channel lies below the other",
+     .meaning = "left or right is silent, the other is not",
+     .colour = "#b08968"},
+    {.kind = EventKind::kAntiphase,
+     .name = "antiphase",
+     .source = EventSource::kAudio,
+     .rule = {.min_s = 2.0, .gap_s = 0.5},
+     .unit = "correlation of left and right",
+     .meaning = "left and right cancel each other out in mono",
+     .colour = "#5a55c9"},
     {.kind = EventKind::kLowVoice,
      .name = "low-voice",
      .source = EventSource::kAudio,
+     .tier = EventTier::kLook,
      .rule = {.min_s = 3.0, .gap_s = 2.0},
      .unit = "mean absolute sample value of voiced sound",
      .meaning = "speech with a mean level of at most 500",
@@ -108,6 +140,7 @@ inline constexpr auto kEventKindTable = std::to_array<EventKindInfo>({
     {.kind = EventKind::kHighVoice,
      .name = "high-voice",
      .source = EventSource::kAudio,
+     .tier = EventTier::kLook,
      .rule = {.min_s = 1.0, .gap_s = 2.0},
      .unit = "mean absolute sample value of voiced sound",
      .meaning = "speech with a mean level from 20000",
@@ -115,8 +148,9 @@ inline constexpr auto kEventKindTable = std::to_array<EventKindInfo>({
     {.kind = EventKind::kNoVoice,
      .name = "no-voice",
      .source = EventSource::kAudio,
+     .tier = EventTier::kLook,
      .rule = {.min_s = 5.0, .gap_s = 0.5},
-     .unit = "share of voiced sound",
+     .unit = "seconds of voiced sound in a row",
      .meaning = "sound, but nobody speaks",
      .colour = "#2aa3a3"},
     {.kind = EventKind::kStall,
@@ -166,6 +200,9 @@ std::optional<EventKind> eventKindByName(std::string_view name);
 
 /// "video", "audio" or "timestamps".
 std::string_view nameOf(EventSource source);
+
+/// "fault" or "look".
+std::string_view nameOf(EventTier tier);
 
 EventRules defaultEventRules();
 

@@ -28,8 +28,8 @@ class EventListener {
     EventListener& operator=(const EventListener&) = delete;
     virtual ~EventListener() = default;
 
-    /// The fault has been seen, and may become an event. What that looks like is the frame at hand, see
-    /// onFrame().
+    /// The fault has been seen, and may become an event. It began with the frame at hand, see onFrame(), or
+    /// up to five seconds before: most kinds are judged by what follows too.
     virtual void onSuspected(EventKind /*kind*/) {}
     /// The fault has lasted the minimum and was there at least half of the time: it began at `start_s`, and
     /// that was known when the stream was at `noticed_s`.
@@ -45,7 +45,7 @@ class EventListener {
     virtual void onFrame(const FrameMeasurement& /*frame*/) {}
     /// A period of EventAnalyser::kSilencePeriodS is over. It is judged for silence.
     virtual void onSilencePeriod(TimeSpan /*period*/, const ZELAlgo::ZELAudioResult& /*result*/) {}
-    /// A period of EventAnalyser::kVoicePeriodS is over. It is judged for speech.
+    /// A period of EventAnalyser::kVoicePeriodS is over. It tells how much of it was speech.
     virtual void onVoicePeriod(TimeSpan /*period*/, const ZELAlgo::ZELAudioResult& /*result*/) {}
 };
 

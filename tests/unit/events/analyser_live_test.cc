@@ -96,7 +96,8 @@ struct Counter : ZEL::EventListener {
 /// the timestamps begin again now and then.
 void playFaults(ZEL::EventAnalyser& analyser, int from_second, int to_second, bool with_sound) {
     std::array<uint8_t, 16 * 16> luma{};
-    const std::array<uint8_t, 8 * 8> chroma{};
+    std::array<uint8_t, 8 * 8> chroma{};
+    chroma.fill(128);
     std::array<int16_t, 80> samples{};
     for (int second = from_second; second < to_second; ++second) {
         const double time_s = second % 900;

@@ -88,4 +88,27 @@ TEST(EventTracker, RuleMayChangeWithinARun) {
     EXPECT_TRUE(ended->counts());
 }
 
+TEST(EventTracker, WhatIsApartIsAnotherEvent) {
+    EventTracker tracker(EventKind::kFreeze, {2.0, 0.1});
+    tracker.see({0.0, 3.0}, Sight::kPresent, {}, true);
+    EXPECT_FALSE(tracker.see({3.0, 4.0}, Sight::kPresent).ended);
+    const auto step = tracker.see({4.0, 7.0}, Sight::kPresent, {}, true);
+    EXPECT_THAT(*step.ended, isEvent(EventKind::kFreeze, 0.0, 4.0));
+    EXPECT_TRUE(step.began && step.raised);
+    EXPECT_THAT(*tracker.finish(7.0), isEvent(EventKind::kFreeze, 4.0, 7.0, true));
+}
+
+TEST(EventTracker, EvidenceIsTheMeanOfTheMeasureThatWasThereLongest) {
+    EventTracker tracker(EventKind::kBlock, {1.0, 5.0});
+    tracker.see({0.0, 1.0}, Sight::kPresent, ZEL::Evidence{10.0, 1.0});
+    tracker.see({1.0, 3.0}, Sight::kPresent, ZEL::Evidence{0.2, 0.05});
+    tracker.see({3.0, 4.0}, Sight::kAbsent, ZEL::Evidence{0.0, 0.05});
+    tracker.see({4.0, 8.0}, Sight::kPresent, ZEL::Evidence{0.5, 0.05});
+    const auto event = tracker.see({14.0, 15.0}, Sight::kPresent, ZEL::Evidence{7.0, 1.0}).ended;
+    ASSERT_TRUE(event && event->evidence);
+    EXPECT_NEAR(event->evidence->value, 0.4, 1e-9);
+    EXPECT_DOUBLE_EQ(event->evidence->limit, 0.05);
+    EXPECT_DOUBLE_EQ(tracker.finish(15.0)->evidence->value, 7.0) << "nothing of an earlier run";
+}
+
 }  // namespace

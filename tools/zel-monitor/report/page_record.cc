@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 #include "cli/time_text.h"
@@ -14,8 +15,8 @@ namespace {
 constexpr double kCurveStepS = 0.1;
 constexpr size_t kMostThumbnails = 300;
 constexpr double kSnapshotStepS = 0.25;
-constexpr size_t kMostRecent = 9;        // two seconds: most kinds are noticed sooner
-constexpr size_t kMostAroundStart = 18;  // as many again, because sound may be ahead of the frames
+constexpr size_t kMostRecent = 21;       // five seconds: every kind is noticed sooner
+constexpr size_t kMostAroundStart = 42;  // as many again, because sound may be ahead of the frames
 constexpr uint32_t kLumaGrid = 8;        // every so many rows and columns are enough for a mean
 
 double meanLuma(const ZELAlgo::ZELVideoPlanes& planes) {
@@ -66,17 +67,15 @@ void PageRecord::onVoicePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResu
     voice_.add(period.middle(), result.voice_scale_longtime);
 }
 
-/// The frame at hand is the first of what is seen. When something else is noticed, its start is past, and
-/// told only by the event; so the frames around this time are kept until then.
+/// What was seen began with the frame at hand or some seconds before; when, is told only by the event. So the
+/// frames around this time are kept until then.
 void PageRecord::onSuspected(ZEL::EventKind kind) {
     Run& run = runs_[indexOf(kind)];
     run = {};
     if (!wantsThumbnails()) {
         return;
     }
-    if (infoOf(kind).source != ZEL::EventSource::kVideo) {
-        run = {.followed = true, .around_start = recent_};
-    }
+    run = {.followed = true, .around_start = recent_};
     if (current_) {
         run.around_start.push_back(snapshot());
     }
@@ -85,14 +84,23 @@ void PageRecord::onSuspected(ZEL::EventKind kind) {
 void PageRecord::onEvent(const ZEL::Event& event) {
     const Run run = std::exchange(runs_[indexOf(event.kind)], {});
     const Snapshots& frames = run.around_start;
-    auto after = std::find_if(frames.begin(), frames.end(), [&](const auto& frame) {
-        return run.followed && frame->time_s > event.span.start_s + ZEL::kSlackS;
-    });
-    if (after == frames.begin() || !wantsThumbnails()) {
+    const ZEL::TimeSpan span = event.span;
+    auto chosen = frames.end();
+    if (infoOf(event.kind).source == ZEL::EventSource::kVideo) {  // one that shows the fault
+        chosen = std::find_if(frames.begin(), frames.end(), [&](const auto& frame) {
+            return frame->time_s + ZEL::kSlackS >= span.start_s && frame->time_s <= span.end_s;
+        });
+    } else {  // what was shown as it began
+        const auto after = std::find_if(frames.begin(), frames.end(), [&](const auto& frame) {
+            return frame->time_s > span.start_s + ZEL::kSlackS;
+        });
+        chosen = after == frames.begin() ? frames.end() : std::prev(after);
+    }
+    if (chosen == frames.end() || !wantsThumbnails()) {
         return;
     }
-    if (const SmallFrame& first = (*--after)->small) {
-        thumbnails_.push_back({event.kind, event.span.start_s, jpegAddress(*first)});
+    if (const SmallFrame& first = (*chosen)->small) {
+        thumbnails_.push_back({event.kind, span.start_s, jpegAddress(*first)});
     }
 }
 

@@ -9,6 +9,13 @@
 
 namespace zel_monitor {
 
+Wanted wantedUnasked() {
+    Wanted wanted{};
+    std::transform(ZEL::eventKinds().begin(), ZEL::eventKinds().end(), wanted.begin(),
+                   [](const ZEL::EventKindInfo& info) { return info.tier == ZEL::EventTier::kFault; });
+    return wanted;
+}
+
 double wholeLength(const InputReport& report) {
     const double declared_s = report.facts.duration_estimated ? 0.0 : report.facts.duration.value_or(0.0);
     return std::max(report.length_s, declared_s);

@@ -25,13 +25,27 @@ struct Totals {
 /// From which length an event of a kind is a violation; kinds without a value are tolerated.
 using Policy = ZEL::PerEventKind<std::optional<double>>;
 
+/// Which kinds are reported.
+using Wanted = ZEL::PerEventKind<bool>;
+
+/// The faults. A look is reported to who asks for it.
+Wanted wantedUnasked();
+
 /// How a scan was set.
 struct ScanSettings {
     ZEL::EventRules rules = ZEL::defaultEventRules();
+    Wanted wanted = wantedUnasked();
     Policy policy{};
 };
 
 enum class Verdict { kNone, kPass, kFail, kIncomplete };
+
+/// How loud an input is, by EBU R 128. What is silent or too short for a measure has none.
+struct Loudness {
+    std::optional<double> integrated_lufs;
+    std::optional<double> short_term_max_lufs;  ///< the loudest three seconds
+    std::optional<double> true_peak_dbtp;
+};
 
 /// What was found in one input.
 struct InputReport {
@@ -39,6 +53,7 @@ struct InputReport {
     MediaCounts counts;
     double length_s = 0.0;               ///< of what was analysed
     std::vector<ZEL::Event> events;      ///< by their start
+    std::optional<Loudness> loudness;    ///< if there was sound
     std::optional<std::string> problem;  ///< why it could not be analysed to its end
 };
 

@@ -23,16 +23,21 @@ Json number(const std::optional<double>& value) {
 
 Json settingsJson(const ScanSettings& settings) {
     Json rules = Json::object();
+    Json wanted = Json::array();
     Json policy = Json::object();
     for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
         const ZEL::EventRule& rule = settings.rules[indexOf(info.kind)];
         rules[std::string(info.name)] = {{"min_s", number(rule.min_s)}, {"gap_s", number(rule.gap_s)}};
+        if (settings.wanted[indexOf(info.kind)]) {
+            wanted.push_back(info.name);
+        }
         if (const auto& limit = settings.policy[indexOf(info.kind)]) {
             policy[std::string(info.name)] = number(*limit);
         }
     }
     const ZELAlgo::ZELAlgoConfig config = ZEL::EventAnalyser::detectorConfig();
-    return {{"rules", std::move(rules)},
+    return {{"kinds", std::move(wanted)},
+            {"rules", std::move(rules)},
             {"fail_on", std::move(policy)},
             {"detectors",
              {{"black_screen_ratio", number(config.black_screen_ratio)},
@@ -74,10 +79,15 @@ Json streamJson(const InputReport& report) {
             {"audio", std::move(audio)}};
 }
 
-Json totalsJson(const InputReport& report) {
+/// Null for a kind that was not asked for: none is another thing than not looked for.
+Json totalsJson(const InputReport& report, const Wanted& wanted) {
     const ZEL::PerEventKind<Totals> totals = totalsOf(report);
     Json json = Json::object();
     for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
+        if (!wanted[indexOf(info.kind)]) {
+            json[std::string(info.name)] = nullptr;
+            continue;
+        }
         const Totals& mine = totals[indexOf(info.kind)];
         json[std::string(info.name)] = {{"events", mine.events},
                                         {"total_s", number(mine.total_s)},
@@ -88,16 +98,31 @@ Json totalsJson(const InputReport& report) {
     return json;
 }
 
-Json inputJson(const InputReport& report, const Policy& policy) {
+Json loudnessJson(const std::optional<Loudness>& loudness) {
+    return !loudness ? Json(nullptr)
+                     : Json{{"integrated_lufs", number(loudness->integrated_lufs)},
+                            {"short_term_max_lufs", number(loudness->short_term_max_lufs)},
+                            {"true_peak_dbtp", number(loudness->true_peak_dbtp)}};
+}
+
+Json evidenceJson(const ZEL::Event& event) {
+    return !event.evidence ? Json(nullptr)
+                           : Json{{"value", number(event.evidence->value)},
+                                  {"limit", number(event.evidence->limit)},
+                                  {"unit", infoOf(event.kind).unit}};
+}
+
+Json inputJson(const InputReport& report, const ScanSettings& settings) {
     Json events = Json::array();
     std::transform(report.events.begin(), report.events.end(), std::back_inserter(events), eventJson);
     return {{"input", report.facts.input},
             {"complete", !report.problem},
             {"problem", problemJson(report)},
-            {"verdict", verdictJson(report, policy)},
-            {"violations", violations(report, policy)},
+            {"verdict", verdictJson(report, settings.policy)},
+            {"violations", violations(report, settings.policy)},
             {"stream", streamJson(report)},
-            {"totals", totalsJson(report)},
+            {"loudness", loudnessJson(report.loudness)},
+            {"totals", totalsJson(report, settings.wanted)},
             {"events", std::move(events)}};
 }
 
@@ -107,7 +132,7 @@ nlohmann::ordered_json reportJson(const std::vector<InputReport>& reports, const
                                   int status) {
     Json inputs = Json::array();
     for (const InputReport& report : reports) {
-        inputs.push_back(inputJson(report, settings.policy));
+        inputs.push_back(inputJson(report, settings));
     }
     return {{"format", "zel-scan-report"},
             {"version", kReportVersion},
@@ -120,7 +145,8 @@ nlohmann::ordered_json reportJson(const std::vector<InputReport>& reports, const
 Json eventJson(const ZEL::Event& event) {
     return {{"kind", infoOf(event.kind).name},   {"start_s", number(event.span.start_s)},
             {"end_s", number(event.span.end_s)}, {"duration_s", number(event.span.length())},
-            {"share", number(event.share)},      {"open_at_end", event.open_at_end}};
+            {"share", number(event.share)},      {"open_at_end", event.open_at_end},
+            {"evidence", evidenceJson(event)}};
 }
 
 Json verdictJson(const InputReport& report, const Policy& policy) {

@@ -63,10 +63,10 @@ Json object(const Properties& properties) {
     return schema;
 }
 
-Json perKind(const char* definition) {
+Json perKind(const Json& schema) {
     std::vector<Property> properties;
     for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
-        properties.push_back({std::string(info.name), ref(definition)});
+        properties.push_back({std::string(info.name), schema});
     }
     return object(properties);
 }
@@ -88,7 +88,8 @@ Json settingsSchema() {
     }
     const Json policy = {
         {"type", "object"}, {"propertyNames", ref("kind")}, {"additionalProperties", ref("length")}};
-    return object({{"rules", perKind("rule")},
+    return object({{"kinds", described(arrayOf(ref("kind")), "Those that were looked for.")},
+                   {"rules", perKind(ref("rule"))},
                    {"fail_on", described(policy, "From which length an event of a kind is a violation.")},
                    {"detectors", described(object(detectors), "What the detectors were given.")}});
 }
@@ -123,7 +124,8 @@ Json eventSchema(bool as_line) {
          {"end_s", ref("number")},
          {"duration_s", ref("number")},
          {"share", described(ref("share"), "Of the event, in which the fault was measured.")},
-         {"open_at_end", described(type("boolean"), "The fault was still there when the stream ended.")}});
+         {"open_at_end", described(type("boolean"), "The fault was still there when the stream ended.")},
+         {"evidence", orNull(ref("evidence"))}});
     return object(properties);
 }
 
@@ -154,6 +156,16 @@ Json definitions() {
                            {"longest_s", ref("number")},
                            {"first_at_s", ref("number")}})},
         {"settings", settingsSchema()},
+        {"evidence",
+         described(object({{"value", ref("number")},
+                           {"limit", described(ref("number"), "That the value was held against.")},
+                           {"unit", type("string")}}),
+                   "What was measured: the mean over the time in which the fault was there.")},
+        {"loudness",
+         described(object({{"integrated_lufs", ref("number")},
+                           {"short_term_max_lufs", described(ref("number"), "The loudest three seconds.")},
+                           {"true_peak_dbtp", ref("number")}}),
+                   "By EBU R 128; null for what is silent, or too short to be measured.")},
         {"event", eventSchema(false)},
         {"event_line", described(eventSchema(true), "A line of --jsonl, for each event.")},
         {"status_line", described(statusSchema({{"input", type("string")}, {"kind", {{"const", "status"}}}}),
@@ -169,10 +181,13 @@ Json definitions() {
                           {"channels", ref("count")},
                           {"frames", ref("count")}})},
         {"stream", streamSchema()},
-        {"input", statusSchema({{"input", type("string")}}, {{"violations", arrayOf(type("string"))},
-                                                             {"stream", ref("stream")},
-                                                             {"totals", perKind("totals")},
-                                                             {"events", arrayOf(ref("event"))}})},
+        {"input", statusSchema({{"input", type("string")}},
+                               {{"violations", arrayOf(type("string"))},
+                                {"stream", ref("stream")},
+                                {"loudness", described(orNull(ref("loudness")), "Null without sound.")},
+                                {"totals", described(perKind(orNull(ref("totals"))),
+                                                     "Null for a kind that was not looked for.")},
+                                {"events", arrayOf(ref("event"))}})},
     };
 }
 

@@ -46,10 +46,22 @@ void appendEvents(std::string& text, const std::vector<ZEL::Event>& events) {
     }
 }
 
+std::string loudnessText(const Loudness& loudness) {
+    const auto text = [](const std::optional<double>& value, const char* unit) {
+        return value ? fmt::format("{:.1f} {}", *value, unit) : std::string("none");
+    };
+    return fmt::format("loudness {}, short-term at most {}, true peak {}",
+                       text(loudness.integrated_lufs, "LUFS"), text(loudness.short_term_max_lufs, "LUFS"),
+                       text(loudness.true_peak_dbtp, "dBTP"));
+}
+
 std::string inputTable(const InputReport& report, const Policy& policy) {
     std::string text = printable(report.facts.input) + "\n";
     if (!report.facts.container.empty()) {
         text += "  " + streamText(report) + "\n";
+    }
+    if (report.loudness) {
+        text += "  " + loudnessText(*report.loudness) + "\n";
     }
     if (report.events.empty()) {
         text += report.problem ? "" : "  no events\n";

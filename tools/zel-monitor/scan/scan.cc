@@ -110,8 +110,8 @@ class Scan {
 
     InputScan scanInput(const std::string& input, size_t i) {
         const auto on_event = [this, &input](const ZEL::Event& event) { tellEvent(input, event); };
-        return zel_monitor::scanInput(input, options_.settings.rules, outputs_.wantsRecords(),
-                                      progress_.slot(i), on_event, stop_);
+        return zel_monitor::scanInput(input, options_.settings, outputs_.wantsRecords(), progress_.slot(i),
+                                      on_event, stop_);
     }
 
     /// Ends the run with the exception at hand, of an output that takes no more: all further work would be

@@ -10,6 +10,7 @@
 
 #include "input/decode_ahead.h"
 #include "input/demo_source.h"
+#include "scan/loudness_meter.h"
 
 namespace zel_monitor {
 namespace {
@@ -17,9 +18,9 @@ namespace {
 /// Collects what the analysis of one input finds.
 class Findings : public ZEL::EventListener {
   public:
-    Findings(InputScan& scan, Progress::Slot& progress,
+    Findings(InputScan& scan, const Wanted& wanted, Progress::Slot& progress,
              const std::function<void(const ZEL::Event&)>& on_event)
-        : scan_(scan), progress_(progress), on_event_(on_event) {}
+        : scan_(scan), wanted_(wanted), progress_(progress), on_event_(on_event) {}
 
     /// Keeps a frame that is fed next, because the analyser does not. It stays until it was shown.
     const VideoFrame& keep(VideoFrame frame) {
@@ -30,12 +31,12 @@ class Findings : public ZEL::EventListener {
     void forgetLast() { waiting_.pop_back(); }
 
     void onSuspected(ZEL::EventKind kind) override {
-        if (scan_.record) {
+        if (scan_.record && wanted_[indexOf(kind)]) {
             scan_.record->onSuspected(kind);
         }
     }
     void onCleared(const ZEL::Event& event) override {
-        if (!event.counts()) {
+        if (!event.counts() || !wanted_[indexOf(event.kind)]) {
             return;
         }
         scan_.report.events.push_back(event);
@@ -66,27 +67,38 @@ class Findings : public ZEL::EventListener {
 
   private:
     InputScan& scan_;
+    const Wanted& wanted_;
     Progress::Slot& progress_;
     const std::function<void(const ZEL::Event&)>& on_event_;
     std::deque<VideoFrame> waiting_;   // without a place in the stream yet
     std::optional<VideoFrame> shown_;  // while the record may look at it
 };
 
-void feed(ZEL::EventAnalyser& analyser, Findings& findings, VideoFrame frame) {
+/// What each item of an input goes to.
+struct Stations {
+    ZEL::EventAnalyser& analyser;
+    Findings& findings;
+    LoudnessMeter loudness = {};
+};
+
+void feed(Stations& stations, VideoFrame frame) {
     const double time_s = frame.time;  // the frame may be placed, and gone, within the call
     const double duration_s = frame.duration;
-    const ZELAlgo::ZELVideoPlanes planes = findings.keep(std::move(frame)).planes;
-    if (!analyser.feedVideo(planes, time_s, duration_s)) {
-        findings.forgetLast();
+    const ZELAlgo::ZELVideoPlanes planes = stations.findings.keep(std::move(frame)).planes;
+    if (!stations.analyser.feedVideo(planes, time_s, duration_s)) {
+        stations.findings.forgetLast();
     }
 }
 
-void feed(ZEL::EventAnalyser& analyser, Findings& /*findings*/, const AudioFrame& sound) {
-    analyser.feedAudio({.sample_rate = static_cast<uint32_t>(sound.sample_rate),
-                        .samples = static_cast<uint32_t>(sound.samples),
-                        .channels = static_cast<uint32_t>(sound.channels),
-                        .data = sound.data},
-                       sound.time);
+void feed(Stations& stations, const AudioFrame& sound) {
+    stations.loudness.add(sound.data, static_cast<size_t>(sound.samples),
+                          static_cast<unsigned>(sound.channels),
+                          static_cast<unsigned long>(sound.sample_rate));
+    stations.analyser.feedAudio({.sample_rate = static_cast<uint32_t>(sound.sample_rate),
+                                 .samples = static_cast<uint32_t>(sound.samples),
+                                 .channels = static_cast<uint32_t>(sound.channels),
+                                 .data = sound.data},
+                                sound.time);
 }
 
 void analyse(MediaSource& source, const ZEL::EventRules& rules, InputScan& scan, Progress::Slot& progress,
@@ -97,11 +109,12 @@ void analyse(MediaSource& source, const ZEL::EventRules& rules, InputScan& scan,
                                                       .audio = report.facts.audio.has_value(),
                                                       .still = video && video->still},
                                            .rules = rules});
+    Stations stations{analyser, findings};
     {
         DecodeAhead ahead(source);
         try {
             while (std::optional<MediaItem> item = ahead.next()) {
-                std::visit([&](auto& content) { feed(analyser, findings, std::move(content)); }, *item);
+                std::visit([&](auto& content) { feed(stations, std::move(content)); }, *item);
                 progress.position_s = analyser.reached();
             }
         } catch (const MediaError& error) {
@@ -114,6 +127,7 @@ void analyse(MediaSource& source, const ZEL::EventRules& rules, InputScan& scan,
         anything && !stop && !report.facts.duration_estimated ? report.facts.duration : std::nullopt;
     analyser.endOfStream(declared_s);
     report.length_s = analyser.reached();
+    report.loudness = stations.loudness.loudness();
     if (!report.problem && source.shortfall()) {
         report.problem = source.shortfall()->detail;
     }
@@ -121,7 +135,7 @@ void analyse(MediaSource& source, const ZEL::EventRules& rules, InputScan& scan,
 
 }  // namespace
 
-InputScan scanInput(const std::string& input, const ZEL::EventRules& rules, bool with_record,
+InputScan scanInput(const std::string& input, const ScanSettings& settings, bool with_record,
                     Progress::Slot& progress, const std::function<void(const ZEL::Event&)>& on_event,
                     const std::atomic<bool>& stop) {
     InputScan scan;
@@ -134,8 +148,8 @@ InputScan scanInput(const std::string& input, const ZEL::EventRules& rules, bool
         if (with_record) {
             scan.record.emplace(report.facts.video ? report.facts.video->frame_rate : 0.0);
         }
-        Findings findings(scan, progress, on_event);
-        analyse(source, rules, scan, progress, findings, stop);
+        Findings findings(scan, settings.wanted, progress, on_event);
+        analyse(source, settings.rules, scan, progress, findings, stop);
     } catch (const MediaError& error) {
         report.problem = error.reason();
     } catch (const std::exception& error) {

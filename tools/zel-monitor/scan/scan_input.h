@@ -1,7 +1,7 @@
 #ifndef ZEL_TOOLS_SCAN_SCAN_INPUT_H_
 #define ZEL_TOOLS_SCAN_SCAN_INPUT_H_
 
-#include <zel/events/kinds.h>
+#include <zel/events/event.h>
 
 #include <atomic>
 #include <functional>
@@ -20,9 +20,10 @@ struct InputScan {
 };
 
 /// Decodes `input` on one thread and analyses it on the calling one, as fast as both can. Whatever goes wrong
-/// with the input stands in the report. `on_event` hears of each event as it ends. Once `stop` is true the
+/// with the input stands in the report. `on_event` hears of each event that is wanted, as it
+/// ends. Once `stop` is true the
 /// input is left where it is, which counts as not analysed to its end.
-InputScan scanInput(const std::string& input, const ZEL::EventRules& rules, bool with_record,
+InputScan scanInput(const std::string& input, const ScanSettings& settings, bool with_record,
                     Progress::Slot& progress, const std::function<void(const ZEL::Event&)>& on_event,
                     const std::atomic<bool>& stop);
 

@@ -41,6 +41,23 @@ struct Given {
     ZEL::PerEventKind<bool> limit{};  ///< of --fail-on, as a time
 };
 
+void addWanted(CLI::App& command, ScanOptions& options) {
+    command
+        .add_option_function<std::vector<std::string>>(
+            "--also",
+            [&options](const std::vector<std::string>& names) {
+                for (const std::string& name : names) {
+                    options.settings.wanted[indexOf(kind("--also", name))] = true;
+                }
+            },
+            "Report these looks too, as does naming them in another option")
+        ->delimiter(',')
+        ->type_name("KIND")
+        ->allow_extra_args(false);
+    command.add_flag_callback(
+        "--all", [&options] { options.settings.wanted.fill(true); }, "Report looks as well as faults");
+}
+
 /// Adds an option that takes "kind=time", several with commas or by repetition. `bare` allows "kind" alone,
 /// without a time.
 void addPerKind(CLI::App& command, const std::string& name, const std::string& help, bool bare,
@@ -79,6 +96,7 @@ void setMinimum(const std::string& option, ScanOptions& options, Given& given, Z
         throw CLI::ValidationError(option, fmt::format("{} is given twice", infoOf(kind).name));
     }
     options.settings.rules[indexOf(kind)].min_s = seconds;
+    options.settings.wanted[indexOf(kind)] = true;
 }
 
 /// Whoever names the length from which an event is a violation wants events that short to be found.
@@ -150,6 +168,7 @@ void addScanOptions(CLI::App& command, ScanOptions& options) {
     command.add_flag("--list-detectors", options.list_detectors,
                      "List the kinds of faults, with the defaults");
     command.add_flag("--schema", options.schema, "Print the JSON Schema of the --json report");
+    addWanted(command, options);
     addPerKind(command, "--min", "Shortest event of a kind", false,
                [&options, given](ZEL::EventKind k, std::optional<double> s) {
                    setMinimum("--min", options, *given, k, *s);
@@ -157,6 +176,7 @@ void addScanOptions(CLI::App& command, ScanOptions& options) {
     addPerKind(command, "--gap", "How long without the fault ends an event", false,
                [&options](ZEL::EventKind k, std::optional<double> s) {
                    options.settings.rules[indexOf(k)].gap_s = *s;
+                   options.settings.wanted[indexOf(k)] = true;
                });
     command
         .add_option_function<std::string>(
@@ -172,6 +192,7 @@ void addScanOptions(CLI::App& command, ScanOptions& options) {
         "if there is any event",
         true, [&options, given](ZEL::EventKind k, std::optional<double> s) {
             options.settings.policy[indexOf(k)] = s.value_or(0.0);
+            options.settings.wanted[indexOf(k)] = true;
             given->limit[indexOf(k)] = s.has_value();
         });
     addFormats(command, options);

@@ -138,16 +138,16 @@ TEST(ReportFormats, NamesAreQuotedAndNoNumberIsNone) {
     EXPECT_THAT(eventText("--jsonl", "a.mp4", early), HasSubstr("\"start_s\":0.0"));
     EXPECT_THAT(eventText("--csv", "a.mp4", early), HasSubstr("black,0.000000,1.000000"));
     EXPECT_EQ(eventText("--csv", "clip, \"one\".mp4", kShortBlack),
-              "\"clip, \"\"one\"\".mp4\",black,10.000000,12.000000,2.000000,1.000000,false,,,\n");
+              "\"clip, \"\"one\"\".mp4\",black,10.000000,12.000000,2.000000,1.000000,false,,,,,\n");
 }
 
 TEST(ReportFormats, LinesHoldTheStatusOfEveryInput) {
     InputReport broken = reportOf({});
     broken.problem = "cut, or \"cut off\"";
     EXPECT_EQ(textOf(formatOf("--csv"), broken),
-              "\"clip, \"\"one\"\".mp4\",status,,,,,,false,\"cut, or \"\"cut off\"\"\",\n");
+              "\"clip, \"\"one\"\".mp4\",status,,,,,,,,false,\"cut, or \"\"cut off\"\"\",\n");
     EXPECT_THAT(textOf(formatOf("--csv"), reportOf({}), failOn(ZEL::EventKind::kBlack, 2.0)),
-                testing::EndsWith(",status,,,,,,true,,pass\n"));
+                testing::EndsWith(",status,,,,,,,,true,,pass\n"));
     EXPECT_EQ(textOf(formatOf("--jsonl"), broken, failOn(ZEL::EventKind::kBlack, 2.0)),
               "{\"input\":\"clip, \\\"one\\\".mp4\",\"kind\":\"status\",\"complete\":false,"
               "\"problem\":\"cut, or \\\"cut off\\\"\",\"verdict\":\"incomplete\"}\n");

@@ -1,4 +1,4 @@
-import { clock, escape, percent, seconds } from "./format.js";
+import { clock, escape, measure, percent, seconds } from "./format.js";
 import { addressOf } from "./address.js";
 import { isOverLimit, kindOf, kinds, limits } from "./data.js";
 import { mark, Pages, table } from "./table.js";
@@ -18,6 +18,13 @@ function lengthOf(event) {
 
 const endOf = ({ end_s, open_at_end }) => clock(end_s) + (open_at_end ? " (open)" : "");
 
+/// What was measured against which limit.
+export function evidenceOf({ evidence }) {
+  return evidence
+    ? `<br>${escape(evidence.unit)}: <b>${measure(evidence.value)}</b> (limit ${measure(evidence.limit)})`
+    : "";
+}
+
 /// What is told of the events of one input: the chosen one, first frames, totals, table.
 export class Events {
   constructor() {
@@ -28,7 +35,7 @@ export class Events {
     );
     this.rows = new Pages(byId("events"), 200, (shown) =>
       table(
-        ["Kind", "Start", "End", "Length", "Measured in"],
+        ["Kind", "Start", "End", "Length", "Measured in", "Measured", "Limit"],
         shown.map((i) => this.row(i)),
         (i) => `data-go="${escape(this.address(shown[i]))}"${shown[i] === this.chosen ? ' aria-current="true"' : ""}`,
       ),
@@ -83,7 +90,7 @@ export class Events {
     return (
       `${image}<div><b>${mark(event.kind)}</b> <span class="dim">${escape(kindOf(event.kind).meaning)}</span><br>` +
       `<time>${clock(event.start_s)}</time> to <time>${end}</time>, ${lengthOf(event)}${limit}, measured in ` +
-      `${percent(event.share)} <span class="dim">(${this.shown.indexOf(i) + 1} of ${this.shown.length})</span></div>`
+      `${percent(event.share)} <span class="dim">(${this.shown.indexOf(i) + 1} of ${this.shown.length})</span>${evidenceOf(event)}</div>`
     );
   }
 
@@ -104,12 +111,13 @@ export class Events {
       this.link(i, endOf(event), [event.end_s]),
       lengthOf(event),
       percent(event.share),
+      ...(event.evidence ? [measure(event.evidence.value), measure(event.evidence.limit)] : ["", ""]),
     ];
   }
 
   showTotals() {
     const { totals } = this.input;
-    const found = kinds.filter(({ name }) => totals[name].events > 0);
+    const found = kinds.filter(({ name }) => totals[name]?.events > 0);
     byId("totals").innerHTML = table(
       ["Kind", "Events", "Total", "Share of the stream", "Longest", "First at"],
       found.map(({ name }) => {

@@ -14,6 +14,10 @@ export function tick(seconds) {
 }
 
 export const seconds = (value) => `${value.toFixed(3)} s`;
+
+/// A measurement, to as many digits as tell something.
+export const measure = (value) => (value === null ? "none" : String(Number(value.toPrecision(3))));
+
 export const percent = (share) => `${(share * 100).toFixed(1)}%`;
 export const count = (n, word) => `${n} ${word}${n === 1 ? "" : "s"}`;
 

@@ -20,7 +20,13 @@ let timeline;
 
 const inputNow = () => report.inputs[state.input];
 
-function factsText({ stream }) {
+/// How loud the input is; silence has no loudness.
+function loudnessText({ integrated_lufs: whole, short_term_max_lufs: most, true_peak_dbtp: peak }) {
+  const text = (value, unit) => (value === null ? "none" : `${value.toFixed(1)} ${unit}`);
+  return `loudness ${text(whole, "LUFS")}, short-term at most ${text(most, "LUFS")}, true peak ${text(peak, "dBTP")}`;
+}
+
+function factsText({ stream, loudness }) {
   const { container, video, audio } = stream;
   const parts = [container];
   if (video) {
@@ -29,6 +35,9 @@ function factsText({ stream }) {
   }
   if (audio) {
     parts.push(`${audio.codec} ${audio.sample_rate} Hz, ${count(audio.channels, "channel")}`);
+  }
+  if (loudness) {
+    parts.push(loudnessText(loudness));
   }
   parts.push(`${clock(stream.analysed_duration_s ?? 0)} analysed`);
   if (stream.damaged > 0) {

@@ -5,6 +5,7 @@ import { SVGRenderer } from "echarts/renderers";
 
 import { clock, percent, seconds, tick } from "./format.js";
 import { timesOf } from "./data.js";
+import { evidenceOf } from "./events.js";
 import { laneSeries, momentSeries } from "./lanes.js";
 import { mark } from "./table.js";
 
@@ -45,7 +46,7 @@ function eventTip(event, frame) {
   const image = frame ? `<img src="${frame}" alt="first frame">` : "";
   return (
     `<div class="tip"><b>${mark(event.kind)}</b><br>${clock(event.start_s)} to ${end}` +
-    `<br>${seconds(event.duration_s)}, measured in ${percent(event.share)}${image}</div>`
+    `<br>${seconds(event.duration_s)}, measured in ${percent(event.share)}${evidenceOf(event)}${image}</div>`
   );
 }
 
