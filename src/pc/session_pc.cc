@@ -125,9 +125,11 @@ void ZELSessionPc::stop() {
     }
     const ZEL::Turn::Held turn(heartbeats_->turn);
     const bool had_timer = stopTimer();
+    const uint32_t ends = ends_;
     try {
         sendInterrupted();
-        if (had_timer && !host_.switches.readBool("DisableEndingTimer")) {
+        // Whoever answers for the switch may stop the stream as well; after that no heartbeat is sent.
+        if (had_timer && !host_.switches.readBool("DisableEndingTimer") && ends == ends_) {
             heart_beat_callback(shared_from_this());
         }
     } catch (...) {  // no memory for the ending heartbeat
@@ -142,6 +144,7 @@ void ZELSessionPc::stopCore() {
         impl_->unregisterMessageListeners();
     }
     impl_->stop();
+    ++ends_;
     ZEL_LOG_PC("ZELSessionPc::stop", 263, "ZELSessionPc stop!!!!\n");
 }
 

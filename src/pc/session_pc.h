@@ -116,6 +116,7 @@ class ZELSessionPc : public ZEL::IZELSessionListener, public std::enable_shared_
     const ZEL::HostServices& host_;
     const std::shared_ptr<Heartbeats> heartbeats_ = std::make_shared<Heartbeats>();
     Heartbeat* asking_ = nullptr;  ///< the heartbeat whose callback runs; whoever has the turn
+    uint32_t ends_ = 0;            ///< stops that came to their end; whoever has the turn
     std::shared_ptr<ZEL::ZELSession> impl_;
     const std::shared_ptr<ZEL::FramePool> pool_;
     std::atomic<bool> listeners_registered_{false};

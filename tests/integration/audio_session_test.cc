@@ -137,15 +137,6 @@ TEST_F(AudioSession, FindsDigitalSilenceMuteLowAndWithoutVoice) {
     EXPECT_EQ(report_["zel_audio_level"], "0");
 }
 
-TEST_F(AudioSession, NeedsAFramePerSilentChunk) {
-    // Frames of two chunks: half of the sound is never looked at, and where the frames fill the ring to the
-    // last place none is. 1021 frames are a period.
-    play(silence(20), 960);
-    EXPECT_EQ(counters(), Counters{});
-    play(silence(1), 960);
-    EXPECT_EQ(counters(), (Counters{{"mute_cnt", "0"}, {"low_voice_cnt", "0"}, {"no_voice_cnt", "0"}}));
-}
-
 TEST_F(AudioSession, FindsAVeryQuietToneLowAndAfterTheStartWithoutVoice) {
     play(render("aevalsrc='0.001*sin(2*PI*1000*t)':s=48000"));  // -60 dB of full scale
     EXPECT_EQ(counters(), (Counters{{"low_voice_cnt", "1"}, {"no_voice_cnt", "0"}}));
@@ -227,12 +218,6 @@ TEST_F(AudioSession, TakesAnyRateFrameLengthAndChannelCount) {
         }
     }
     EXPECT_EQ(heartbeat("zel_aframes"), std::to_string(fed_));
-}
-
-TEST_F(AudioSession, ClosesPeriodsOnFramesThatDoNotDivideIntoChunks) {
-    const Sound tone = support::renderSound("sine=300", 44'100, 20.1);
-    play(tone, 1024, 1, 44'100);
-    EXPECT_EQ(counters(), (Counters{{"no_voice_cnt", "0"}, {"low_voice_cnt", "0"}}));
 }
 
 }  // namespace

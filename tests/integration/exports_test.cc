@@ -1,5 +1,5 @@
 // The seventeen functions as a host uses them.
-#include <zel/session/session.h>
+#include <zel/base/log.h>
 #include <zel/zel.h>
 
 #include <atomic>
@@ -249,17 +249,6 @@ TEST_F(Exports, KeepTheFirstSwitchCallbackAndTheLastUploadCallback) {
     EXPECT_TRUE(host_.events().empty());
 }
 
-TEST_F(Exports, ATimerFindsItsSessionReleased) {
-    const support::FastTimers timers;
-    const support::LogCapture log;
-    Handle handle = open(1);
-    start_zel_session(handle.get());
-    handle.reset();
-    const size_t uploads = host_.events().size();
-    EXPECT_TRUE(log.waitFor(" sessionpc is has released \n"));
-    EXPECT_EQ(host_.events().size(), uploads);
-}
-
 TEST_F(Exports, CollectNothingForSessionsThatAreNotRegistered) {
     const Handle handle = open(3600);
     start_zel_session(handle.get());
@@ -288,17 +277,6 @@ TEST_F(Exports, AReleaseNeedsNoMemory) {
         EXPECT_EQ(support::allocationCount(), before);
     }
     ZEL::setLogSink(nullptr, nullptr);
-}
-
-TEST_F(Exports, APlayerFindsTheDroppedFramesOfAHandleByItsToken) {
-    Handle handle = open(3600);
-    feed(handle, 12, support::kMidGrey);
-    start_zel_session(handle.get());
-    stop_zel_session(handle.get());
-    const int64_t token = std::stoll(host_.events().at(0).fields.at("zel_token"));
-    EXPECT_EQ(ZEL::queueDropsOfSession(token), (ZEL::QueueDrops{2, 0}));
-    handle.reset();
-    EXPECT_EQ(ZEL::queueDropsOfSession(token), std::nullopt);
 }
 
 TEST_F(Exports, LeaveTheListenersWhenAskedAndStillFreeTheSession) {

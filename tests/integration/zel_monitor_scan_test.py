@@ -111,19 +111,6 @@ class Inputs(ScanTest):
         report = self.scan_one(cut, "--min", "short=1h", "--fail-on", "black=1h", status=3)
         self.assertEqual((report["verdict"], report["totals"]["short"]["events"]), ("incomplete", 0))
 
-    def test_file_that_is_cut_off(self):
-        tone = "-f lavfi -i sine=440:d=6 "
-        for name, arguments in {
-            "whole.avi": tone + "-c:v mpeg4 -c:a mp2",
-            "whole.wav": tone + "-map 1",
-            "fragments.mp4": "-c:v mpeg4 -g 10 -movflags frag_keyframe+empty_moov",
-        }.items():
-            with self.subTest(name):
-                whole = self.clip_of(name, FAULTY, arguments)
-                self.assertTrue(self.scan_one(whole)["complete"])
-                whole.write_bytes(whole.read_bytes()[: whole.stat().st_size * 3 // 5 + 1])
-                self.assert_refused(whole, "cut off")
-
     def test_whole_files_that_declare_more_than_is_scanned(self):
         subtitles = self.folder / "late.srt"
         subtitles.write_text("1\n00:00:01,000 --> 00:00:20,000\nNothing to see\n")
@@ -183,14 +170,6 @@ class Inputs(ScanTest):
         self.assert_events(report, ("mute", 6.0, 12.0), within=0.2)
         self.assertEqual(report["totals"]["stall"]["events"], 0)
 
-    def test_timestamps_that_jump_back(self):
-        late = self.clip_of("late.ts", FAULTY, "-c:v mpeg2video -output_ts_offset 1000")
-        both = self.folder / "twice.ts"
-        both.write_bytes(late.read_bytes() + self.clip_of("early.ts", FAULTY, "-c:v mpeg2video").read_bytes())
-        report = self.scan_one(both)
-        self.assert_events(report, BLACK_EVENT, ("black", 8.0, 10.0), within=0.15)
-        self.assertEqual(report["totals"]["stall"]["events"], 0)
-
     def test_joined_streams_with_tracks_of_unequal_length(self):
         for name, sound_s in (("longer.ts", 2.3), ("shorter.ts", 1.7)):
             with self.subTest(name):
@@ -200,18 +179,6 @@ class Inputs(ScanTest):
                 report = self.scan_one(joined)
                 self.assertEqual(report["totals"]["stall"]["events"], 0)
                 self.assertAlmostEqual(report["stream"]["analysed_duration_s"], 8 * max(sound_s, 2.0), delta=0.6)
-
-    def test_no_media_at_all(self):
-        zeros = self.folder / "zeros.mp4"
-        zeros.write_bytes(bytes(200_000))
-        self.assert_refused(zeros)
-        empty = self.folder / "empty.ts"
-        empty.touch()
-        self.assert_refused(empty)
-        text = self.folder / "notes.txt"
-        text.write_text("no film\n")
-        self.assert_refused(text)
-        self.assert_refused(self.folder / "missing.mp4", "No such file")
 
 
 class Outputs(ScanTest):

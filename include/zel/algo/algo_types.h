@@ -55,11 +55,11 @@ inline constexpr uint32_t kExposureUnder = 1;
 inline constexpr uint32_t kExposureOver = 2;
 
 struct ZELVideoResult {
-    uint32_t status;         ///< not written
-    uint32_t screen_type;    ///< kScreenNormal, kScreenBlack or kScreenGreen
-    uint32_t exposure_type;  ///< kExposureNormal (as for every black or green screen), -Under or -Over
-    bool is_block;
-    bool is_staticframe;
+    uint32_t status = 0;                       ///< not written
+    uint32_t screen_type = kScreenNormal;      ///< kScreenNormal, kScreenBlack or kScreenGreen
+    uint32_t exposure_type = kExposureNormal;  ///< that (as for every black or green screen), -Under or -Over
+    bool is_block = false;
+    bool is_staticframe = false;
 };
 
 /// One audio frame: signed 16-bit samples. `data` is borrowed for the call.
@@ -77,14 +77,14 @@ inline constexpr uint32_t kAudioComplete = 2;
 
 /// What is beside `status` is written only when that is kAudioComplete.
 struct ZELAudioResult {
-    uint32_t status;                ///< kAudioNoResult, kAudioFilling or kAudioComplete
-    float voice_scale_longtime;     ///< share of voiced chunks, 0 to 1
-    uint32_t voice_level_longtime;  ///< mean absolute sample value of the voiced chunks
-    uint32_t audio_level;           ///< mean absolute sample value of all chunks
-    uint32_t is_mute;               ///< 1 or 0, like the rest
-    uint32_t is_low_voicelevel;
-    uint32_t is_high_voicelevel;
-    uint32_t is_novoice_longtime;
+    uint32_t status = kAudioNoResult;   ///< kAudioNoResult, kAudioFilling or kAudioComplete
+    float voice_scale_longtime = 0.0F;  ///< share of voiced chunks, 0 to 1
+    uint32_t voice_level_longtime = 0;  ///< mean absolute sample value of the voiced chunks
+    uint32_t audio_level = 0;           ///< mean absolute sample value of all chunks
+    uint32_t is_mute = 0;               ///< 1 or 0, like the rest
+    uint32_t is_low_voicelevel = 0;
+    uint32_t is_high_voicelevel = 0;
+    uint32_t is_novoice_longtime = 0;
 };
 
 }  // namespace ZELAlgo

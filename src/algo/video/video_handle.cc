@@ -85,11 +85,9 @@ VideoAlgoHandle_t* VideoAlgoCreate(const ZELAlgoConfig& config, uint32_t width, 
 }
 
 int32_t VideoAlgoExecute(VideoAlgoHandle_t* handle, const Planes& frame, ZELVideoResult& result) {
-    result = {.status = result.status,
-              .screen_type = kScreenNormal,
-              .exposure_type = kExposureNormal,
-              .is_block = false,
-              .is_staticframe = false};
+    const uint32_t status = result.status;
+    result = {};
+    result.status = status;
     for (const Step& step : kSteps) {
         if (step.present(*handle) && step.execute(*handle, frame, result) != 0) {
             ZEL::zel_log("%s", step.execute_failed);

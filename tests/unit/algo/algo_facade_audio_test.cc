@@ -1,5 +1,6 @@
 #include <zel/algo/algo_facade.h>
 
+#include <array>
 #include <cmath>
 #include <limits>
 #include <vector>
@@ -27,6 +28,11 @@ ZELAudioResult detect(AlgoFacade& facade, const std::vector<int16_t>& samples) {
     EXPECT_TRUE(
         facade.detectAudio({kRate, static_cast<uint32_t>(samples.size()), 1, samples.data()}, result));
     return result;
+}
+
+/// Mute, low voice, high voice, no voice.
+std::array<uint32_t, 4> flags(const ZELAudioResult& result) {
+    return {result.is_mute, result.is_low_voicelevel, result.is_high_voicelevel, result.is_novoice_longtime};
 }
 
 constexpr double kKnownPeriod = 2.5;  // seconds
@@ -60,10 +66,7 @@ TEST(AlgoFacadeAudio, GivesTheWholeResultWithTheLastFrameOfThePeriod) {
     EXPECT_EQ(result.audio_level, 1500U);
     EXPECT_EQ(result.voice_level_longtime, 3000U);
     EXPECT_EQ(result.voice_scale_longtime, 124.0F / 250.0F);
-    EXPECT_EQ(result.is_mute, 0U);
-    EXPECT_EQ(result.is_low_voicelevel, 0U);
-    EXPECT_EQ(result.is_high_voicelevel, 0U);
-    EXPECT_EQ(result.is_novoice_longtime, 0U);
+    EXPECT_EQ(flags(result), (std::array{0U, 0U, 0U, 0U}));
 }
 
 TEST(AlgoFacadeAudio, CountsAThresholdThatIsExactlyMet) {
@@ -74,10 +77,7 @@ TEST(AlgoFacadeAudio, CountsAThresholdThatIsExactlyMet) {
                             .longtime_period_s = kKnownPeriod};
     AlgoFacade facade(met);
     ZELAudioResult result = detectKnownPeriod(facade);
-    EXPECT_EQ(result.is_mute, 1U);
-    EXPECT_EQ(result.is_low_voicelevel, 1U);
-    EXPECT_EQ(result.is_high_voicelevel, 1U);
-    EXPECT_EQ(result.is_novoice_longtime, 1U);
+    EXPECT_EQ(flags(result), (std::array{1U, 1U, 1U, 1U}));
 
     ZELAlgoConfig missed = met;
     missed.mute_level = std::nextafter(met.mute_level, 0.0F);
@@ -86,10 +86,7 @@ TEST(AlgoFacadeAudio, CountsAThresholdThatIsExactlyMet) {
     missed.novoice_scale = std::nextafter(met.novoice_scale, 0.0F);
     AlgoFacade other(missed);
     result = detectKnownPeriod(other);
-    EXPECT_EQ(result.is_mute, 0U);
-    EXPECT_EQ(result.is_low_voicelevel, 0U);
-    EXPECT_EQ(result.is_high_voicelevel, 0U);
-    EXPECT_EQ(result.is_novoice_longtime, 0U);
+    EXPECT_EQ(flags(result), (std::array{0U, 0U, 0U, 0U}));
 }
 
 TEST(AlgoFacadeAudio, CallsSilenceMuteLowAndWithoutVoice) {
@@ -101,10 +98,7 @@ TEST(AlgoFacadeAudio, CallsSilenceMuteLowAndWithoutVoice) {
     EXPECT_EQ(result.audio_level, 0U);
     EXPECT_EQ(result.voice_level_longtime, 0U);
     EXPECT_EQ(result.voice_scale_longtime, 0.0F);
-    EXPECT_EQ(result.is_mute, 1U);
-    EXPECT_EQ(result.is_low_voicelevel, 1U);
-    EXPECT_EQ(result.is_high_voicelevel, 0U);
-    EXPECT_EQ(result.is_novoice_longtime, 1U);
+    EXPECT_EQ(flags(result), (std::array{1U, 1U, 0U, 1U}));
 }
 
 TEST(AlgoFacadeAudio, TakesThresholdsPerResultButThePeriodOnlyOnce) {

@@ -170,6 +170,30 @@ TEST_F(SessionPc, UnsubscribesItsCoreAtAStopUnlessToldNotTo) {
     }
 }
 
+TEST_F(SessionPc, SendsNoEndingHeartbeatAfterAStopFromTheSwitchThatAllowsIt) {
+    static ZELSessionPc* stopping;
+    static int uploads;
+    uploads = 0;
+    host_.upload.setCallback(
+        [](const char*, int, const char*, const char*, const char*, ReportMap*) { ++uploads; });
+    host_.switches.registerBool([](const char* key) {
+        if (ZELSessionPc* const inner = std::string(key) == "DisableEndingTimer" ? stopping : nullptr) {
+            stopping = nullptr;
+            inner->stop();
+        }
+        return false;
+    });
+    const auto session = withCore();
+    session->setInterval(3600);
+    session->setTimerSwitchListener([] { return true; });
+    for (const bool inside : {false, true}) {
+        stopping = inside ? session.get() : nullptr;
+        session->start();
+        session->stop();
+        EXPECT_EQ(uploads, 1) << "that of the stop from outside";
+    }
+}
+
 TEST_F(SessionPc, FreesItsCoreWhenReleasedWithoutAStop) {
     auto core = std::make_shared<ZEL::ZELSession>(center_);
     const std::weak_ptr<ZEL::ZELSession> watch = core;

@@ -14,6 +14,14 @@ namespace {
 using Counters = std::map<std::string, int32_t>;
 using ZEL::DetectorCall;
 using ZEL::ResultAccounting;
+using ZELAlgo::kAudioComplete;
+using ZELAlgo::kAudioFilling;
+using ZELAlgo::kExposureNormal;
+using ZELAlgo::kExposureOver;
+using ZELAlgo::kExposureUnder;
+using ZELAlgo::kScreenBlack;
+using ZELAlgo::kScreenGreen;
+using ZELAlgo::kScreenNormal;
 using ZELAlgo::ZELAudioResult;
 using ZELAlgo::ZELVideoResult;
 
@@ -28,17 +36,17 @@ ZELVideoResult screen(uint32_t type) {
 TEST(ResultAccounting, TheFirstEventOfAKindCountsAsZero) {
     ResultAccounting accounting({});
     for (int i = 0; i < 3; ++i) {
-        accounting.account(kCall, screen(1));
+        accounting.account(kCall, screen(kScreenBlack));
     }
     EXPECT_EQ(accounting.snapshot().counters, (Counters{{"black_cnt", 2}}));
 }
 
 TEST(ResultAccounting, EveryVerdictHasItsCounter) {
     ResultAccounting accounting({});
-    accounting.account(kCall, screen(0));
+    accounting.account(kCall, screen(kScreenNormal));
     EXPECT_TRUE(accounting.snapshot().counters.empty());
-    accounting.account(kCall, ZELVideoResult{0, 1, 1, true, true});
-    accounting.account(kCall, ZELVideoResult{0, 2, 2, true, false});
+    accounting.account(kCall, ZELVideoResult{0, kScreenBlack, kExposureUnder, true, true});
+    accounting.account(kCall, ZELVideoResult{0, kScreenGreen, kExposureOver, true, false});
     EXPECT_EQ(accounting.snapshot().counters, (Counters{{"black_cnt", 0},
                                                         {"greenscreen_cnt", 0},
                                                         {"block_cnt", 1},
@@ -49,21 +57,21 @@ TEST(ResultAccounting, EveryVerdictHasItsCounter) {
 
 TEST(ResultAccounting, OnlyACompleteAudioPeriodCounts) {
     ResultAccounting accounting({});
-    ZELAudioResult result{1, 0.75F, 600, 40, 1, 1, 1, 1};
+    ZELAudioResult result{kAudioFilling, 0.75F, 600, 40, 1, 1, 1, 1};
     accounting.account(kCall, result);
-    result.status = 0;
+    result.status = ZELAlgo::kAudioNoResult;
     accounting.account(kCall, result);
     EXPECT_TRUE(accounting.snapshot().counters.empty());
     EXPECT_TRUE(accounting.snapshot().gauges.empty());
 
-    result.status = 2;
+    result.status = kAudioComplete;
     accounting.account(kCall, result);
     const Counters zeros{{"mute_cnt", 0}, {"low_voice_cnt", 0}, {"high_voice_cnt", 0}, {"no_voice_cnt", 0}};
     EXPECT_EQ(accounting.snapshot().counters, zeros);
     EXPECT_EQ(accounting.snapshot().gauges,
               (Counters{{"voice_level_longtime", 600}, {"audio_level", 40}, {"voice_scale_longtime", 0}}));
 
-    accounting.account(kCall, ZELAudioResult{2, 1.0F, 7, 8, 0, 0, 0, 0});
+    accounting.account(kCall, ZELAudioResult{kAudioComplete, 1.0F, 7, 8, 0, 0, 0, 0});
     EXPECT_EQ(accounting.snapshot().counters, zeros);
     EXPECT_EQ(accounting.snapshot().gauges,
               (Counters{{"voice_level_longtime", 7}, {"audio_level", 8}, {"voice_scale_longtime", 1}}));
@@ -71,11 +79,12 @@ TEST(ResultAccounting, OnlyACompleteAudioPeriodCounts) {
 
 TEST(ResultAccounting, EveryAudioFlagHasItsOwnCounter) {
     ResultAccounting accounting({});
-    const ZELAudioResult single[] = {{2, 0.0F, 0, 0, 1, 0, 0, 0},
-                                     {2, 0.0F, 0, 0, 0, 1, 0, 0},
-                                     {2, 0.0F, 0, 0, 0, 0, 1, 0},
-                                     {2, 0.0F, 0, 0, 0, 0, 0, 1}};
-    for (int events = 1; const ZELAudioResult& result : single) {
+    for (int events = 1;
+         const auto flag : {&ZELAudioResult::is_mute, &ZELAudioResult::is_low_voicelevel,
+                            &ZELAudioResult::is_high_voicelevel, &ZELAudioResult::is_novoice_longtime}) {
+        ZELAudioResult result{};
+        result.status = kAudioComplete;
+        result.*flag = 1;
         for (int i = 0; i < events; ++i) {
             accounting.account(kCall, result);
         }
@@ -90,7 +99,7 @@ TEST(ResultAccounting, ASnapshotHoldsAllEventsOfAFrameOrNone) {
     std::atomic<bool> done{false};
     const std::jthread worker([&] {
         while (!done) {
-            accounting.account(kCall, ZELVideoResult{0, 1, 2, true, true});
+            accounting.account(kCall, ZELVideoResult{0, kScreenBlack, kExposureOver, true, true});
         }
     });
     int torn = 0;
@@ -120,11 +129,11 @@ TEST(ResultAccounting, PublishesExactlyTheDetailKeysWhenAsked) {
             messages.add();
         });
     }
-    accounting.account(kCall, screen(1));  // not yet asked for
+    accounting.account(kCall, screen(kScreenBlack));  // not yet asked for
     accounting.setPublish(true);
-    accounting.account({false, 0.0012344}, ZELVideoResult{9, 2, 0, true, false});
-    accounting.account(kCall, ZELAudioResult{1, 0.5F, 1, 2, 1, 0, 1, 0});  // period still filling
-    accounting.account(kCall, ZELAudioResult{2, 0.5F, 0xFFFFFFFFU, 2, 1, 0, 1, 0});
+    accounting.account({false, 0.0012344}, ZELVideoResult{9, kScreenGreen, kExposureNormal, true, false});
+    accounting.account(kCall, ZELAudioResult{kAudioFilling, 0.5F, 1, 2, 1, 0, 1, 0});  // period still filling
+    accounting.account(kCall, ZELAudioResult{kAudioComplete, 0.5F, 0xFFFFFFFFU, 2, 1, 0, 1, 0});
     ASSERT_TRUE(messages.waitFor(2));
     center->stop();
     EXPECT_EQ(messages.value(), 2);
@@ -150,7 +159,7 @@ TEST(ResultAccounting, PublishesNowhereOnceTheCentreIsGone) {
     accounting.setPublish(true);
     center->stop();
     center.reset();
-    accounting.account(kCall, screen(1));
+    accounting.account(kCall, screen(kScreenBlack));
     EXPECT_EQ(accounting.snapshot().counters.size(), 1U);
 }
 
