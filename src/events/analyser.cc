@@ -49,8 +49,9 @@ class EventAnalyser::Impl {
     Impl(EventListener& listener, const AnalyserOptions& options)
         : detectors_(detectorConfig()), joiner_(checked(options), listener) {}
 
-    bool feedVideo(const ZELAlgo::ZELVideoPlanes& frame, double time_s, double duration_s) {
-        MeasuredVideo waiting{.frame = {.index = frames_fed_}};
+    bool feedVideo(const ZELAlgo::ZELVideoPlanes& frame, double time_s, double duration_s,
+                   FrameCondition condition) {
+        MeasuredVideo waiting{.frame = {.index = frames_fed_}, .condition = condition};
         if (ended_ || !std::isfinite(time_s) || !detectors_.detectPlanes(frame, waiting.frame.verdicts)) {
             return false;
         }
@@ -158,8 +159,9 @@ EventAnalyser::EventAnalyser(EventListener& listener, const AnalyserOptions& opt
 
 EventAnalyser::~EventAnalyser() = default;
 
-bool EventAnalyser::feedVideo(const ZELAlgo::ZELVideoPlanes& frame, double time_s, double duration_s) {
-    return impl_->feedVideo(frame, time_s, duration_s);
+bool EventAnalyser::feedVideo(const ZELAlgo::ZELVideoPlanes& frame, double time_s, double duration_s,
+                              FrameCondition condition) {
+    return impl_->feedVideo(frame, time_s, duration_s, condition);
 }
 
 bool EventAnalyser::feedAudio(const ZELAlgo::ZELAudioFrame& frame, double time_s) {

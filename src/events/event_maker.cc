@@ -3,6 +3,11 @@
 #include <algorithm>
 
 namespace ZEL {
+namespace {
+
+constexpr double kLingersS = 1.0;  // damage is copied from frame to frame until one comes that refers to none
+
+}  // namespace
 
 EventMaker::EventMaker(const EventRules& rules, StreamTracks tracks, EventListener& listener)
     : listener_(listener), rules_(rules), frames_(rules[indexOf(EventKind::kFreeze)].min_s), gaps_(tracks) {
@@ -29,6 +34,10 @@ void EventMaker::silencePeriod(TimeSpan period, const ZELAlgo::ZELAudioResult& r
 
 void EventMaker::audio(const MeasuredAudio& audio, double start_s) {
     see(sound_.audio(audio, start_s));
+}
+
+void EventMaker::damage(TimeSpan span) {
+    implied_.cover(EventKind::kDamage, {span.start_s, span.end_s + kLingersS});
 }
 
 void EventMaker::gap(StreamTrack track, TimeSpan span) {

@@ -38,6 +38,8 @@ class EventMaker {
     /// A period that is judged for silence. Tell those that an audio frame ends before the frame itself.
     void silencePeriod(TimeSpan period, const ZELAlgo::ZELAudioResult& result);
     void audio(const MeasuredAudio& audio, double start_s);
+    /// Frames are damaged here. Tell this before the first of them.
+    void damage(TimeSpan span);
     /// Nothing of `track` has a timestamp here. Tell this before what follows the gap.
     void gap(StreamTrack track, TimeSpan span);
     /// Nothing of `track` has come by the end of `span`, which begins where it was last.

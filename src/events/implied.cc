@@ -29,6 +29,10 @@ constexpr auto kImplications = std::to_array<Implication>({
     {kGreen, kFreeze},
     {kGreen, kUnderexposed},
     {kGreen, kOverexposed},
+    // What a decoder puts in the place of what is lost: blocks, the frame before or nothing at all.
+    {kDamage, kBlock},
+    {kDamage, kFreeze},
+    {kDamage, kGreen},
     // The last frame stays because there is no next one.
     {kStall, kFreeze},
     // Nothing is to be heard.
@@ -64,17 +68,21 @@ void Implied::see(const Sighting& sighting) {
     kind.waiting.push_back(sighting);
     kind.told_s = std::max(kind.told_s, sighting.span.end_s);
     if (sighting.sight == Sight::kPresent && implies(sighting.kind)) {
-        if (!kind.seen.empty() && kind.seen.back().end_s + kSlackS >= sighting.span.start_s) {
-            kind.seen.back().end_s = std::max(kind.seen.back().end_s, sighting.span.end_s);
-        } else {
-            kind.seen.push_back(sighting.span);
-        }
+        remember(kind, sighting.span);
     }
 }
 
 void Implied::cover(EventKind fault, TimeSpan span) {
-    kinds_[indexOf(fault)].seen.push_back(span);
+    remember(kinds_[indexOf(fault)], span);
     forget(fault);
+}
+
+void Implied::remember(Kind& kind, TimeSpan span) {
+    if (!kind.seen.empty() && kind.seen.back().end_s + kSlackS >= span.start_s) {
+        kind.seen.back().end_s = std::max(kind.seen.back().end_s, span.end_s);
+    } else {
+        kind.seen.push_back(span);
+    }
 }
 
 std::vector<Sighting> Implied::takeSettled() {
@@ -110,7 +118,8 @@ std::vector<Sighting> Implied::takeRest() {
 double Implied::settledFor(EventKind kind) const {
     double settled_s = kNever;
     for (const Implication& each : kImplications) {
-        if (each.implied == kind && infoOf(each.fault).source != EventSource::kTimestamps) {
+        const EventSource source = infoOf(each.fault).source;
+        if (each.implied == kind && (source == EventSource::kVideo || source == EventSource::kAudio)) {
             settled_s = std::min(settled_s, kinds_[indexOf(each.fault)].told_s);
         }
     }

@@ -41,6 +41,7 @@ class Implied {
         double taken_s = -std::numeric_limits<double>::infinity();  ///< and those that were taken out
     };
 
+    static void remember(Kind& kind, TimeSpan span);
     double settledFor(EventKind kind) const;
     void take(const Sighting& sighting, std::vector<Sighting>& taken) const;
     bool isHidden(EventKind kind, double time_s, double& until_s) const;

@@ -50,6 +50,9 @@ void TrackJoiner::frame(MeasuredVideo& video) {
             ++slides_;
         }
     }
+    if (video.condition == FrameCondition::kDamaged) {
+        maker_.damage({start_s, start_s + stated_s});
+    }
     ++frames_;
     slides_ += isSlide(stated_s) ? uint64_t{1} : uint64_t{0};
     shortest_s_ = frames_ == 1 ? stated_s : std::min(shortest_s_, stated_s);

@@ -20,6 +20,7 @@ namespace ZEL {
 struct MeasuredVideo {
     FrameMeasurement frame;
     double stated_s = 0.0;  ///< how long the stream says that it lasts
+    FrameCondition condition = FrameCondition::kWhole;
     ZELJudges::MeasuredFrame measures = {};
 };
 

@@ -6,6 +6,7 @@
 #include <zel/events/kinds.h>
 #include <zel/events/listener.h>
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 
@@ -16,6 +17,12 @@ struct StreamTracks {
     bool video = true;
     bool audio = true;
     bool still = false;  ///< the video track is said to be one picture, such as a cover
+};
+
+/// What is known of a frame before anybody looks at it.
+enum class FrameCondition : uint8_t {
+    kWhole,
+    kDamaged,  ///< a decoder made up part of it, or did without a frame that it refers to
 };
 
 struct AnalyserOptions {
@@ -66,10 +73,14 @@ class EventAnalyser {
     /// both in seconds; a duration that is not positive stands for none, and 1/25 is taken. Timestamps may
     /// jump, see StreamClock, but those of few bits are to be unwrapped. `frame` is borrowed for the call.
     ///
+    /// What damage leaves of a frame is blocks, stands still or is green. That is one fact with the damage,
+    /// so these kinds are not told of frames that are damaged nor for a second after them.
+    ///
     /// False, and nothing is taken, for what AlgoFacade::detectPlanes() refuses (a null plane, an odd size, a
     /// stride that is too small, 2^31 bytes or more, no memory for the detectors), for a time that is not
     /// finite, and after the end of the stream.
-    bool feedVideo(const ZELAlgo::ZELVideoPlanes& frame, double time_s, double duration_s = 0.0);
+    bool feedVideo(const ZELAlgo::ZELVideoPlanes& frame, double time_s, double duration_s = 0.0,
+                   FrameCondition condition = FrameCondition::kWhole);
 
     /// Takes the next audio frame, which begins at `time_s`: `samples` times `channels` interleaved samples.
     /// Silence and speech are looked for in the mean of several channels, the rest in each. The rate and the

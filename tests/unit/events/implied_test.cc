@@ -81,6 +81,18 @@ TEST(Implied, GapHidesAFreezeButNotWhatIsBlackAroundIt) {
                             isSighting(EventKind::kFreeze, 5.0, 6.0, Sight::kPresent)));
 }
 
+TEST(Implied, DamageHidesWhatItLeavesOfTheFramesButNotWhatIsBlack) {
+    Implied implied;
+    implied.cover(EventKind::kDamage, {0.0, 1.5});
+    implied.cover(EventKind::kDamage, {1.0, 2.0});
+    tellBlackAndGreen(implied, {0.0, 3.0}, true);
+    implied.see({EventKind::kBlock, {0.0, 3.0}, Sight::kPresent});
+    EXPECT_THAT(implied.takeSettled(), ElementsAre(isSighting(EventKind::kBlack, 0.0, 3.0, Sight::kPresent),
+                                                   isSighting(EventKind::kGreen, 0.0, 2.0, Sight::kUnknown),
+                                                   isSighting(EventKind::kGreen, 2.0, 3.0, Sight::kAbsent),
+                                                   isSighting(EventKind::kBlock, 0.0, 3.0, Sight::kUnknown)));
+}
+
 TEST(Implied, NothingWaitsForeverForWhatDoesNotCome) {
     Implied implied;
     size_t taken = 0;

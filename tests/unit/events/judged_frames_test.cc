@@ -22,9 +22,10 @@ class Film : public Feeding {
     explicit Film(double rate = 25.0, const ZEL::EventRules& rules = ZEL::defaultEventRules())
         : Feeding(ZEL::AnalyserOptions{.tracks = kVideoOnly, .rules = rules}), step_s_(1.0 / rate) {}
 
-    void show(const Picture& picture, int frames = 1) {
+    void show(const Picture& picture, int frames = 1,
+              ZEL::FrameCondition condition = ZEL::FrameCondition::kWhole) {
         for (int i = 0; i < frames; ++i, ++shown_) {
-            EXPECT_TRUE(analyser.feedVideo(picture.planes(), shown_ * step_s_, step_s_));
+            EXPECT_TRUE(analyser.feedVideo(picture.planes(), shown_ * step_s_, step_s_, condition));
         }
     }
     /// A landscape that passes by.
@@ -58,6 +59,22 @@ TEST(JudgedFrames, FreezeEndsAtACutWhereTheNextOneBegins) {
     ASSERT_TRUE(freeze.evidence);
     EXPECT_EQ(freeze.evidence->value, 0.0);
     EXPECT_NEAR(freeze.evidence->limit, 0.06, 1e-6);
+}
+
+TEST(JudgedFrames, StandstillThatDamageLeavesIsToldOnceAndTellsAgainOfWhatOutlastsIt) {
+    for (const int outlasting : {20, 100}) {  // frames that stand still after those that are damaged
+        Film film;
+        film.move(25);
+        film.show(landscape(100.0), 75, ZEL::FrameCondition::kDamaged);
+        film.show(landscape(100.0), outlasting);
+        film.move(25);
+        film.end();
+        if (outlasting == 20) {
+            EXPECT_THAT(film.heard.events, IsEmpty());
+        } else {
+            EXPECT_THAT(film.heard.events, ElementsAre(isEvent(EventKind::kFreeze, 5.0, 8.0)));
+        }
+    }
 }
 
 TEST(JudgedFrames, FreezeIsRaisedWithinASecondOfItsMinimum) {

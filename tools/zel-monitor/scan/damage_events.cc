@@ -62,6 +62,16 @@ struct Stretch {
 
 }  // namespace
 
+ZEL::FrameCondition conditionOf(const VideoFrame& frame) {
+    const bool is_damaged = std::any_of(
+        frame.notes.complaints.begin(), frame.notes.complaints.end(), [](const ItemComplaint& complaint) {
+            return complaint.reason == ComplaintReason::kMissingFrame ||
+                   complaint.reason == ComplaintReason::kRefused ||
+                   (isOfFrames(complaint.reason) && complaint.share > kLeastOfFrame);
+        });
+    return is_damaged ? ZEL::FrameCondition::kDamaged : ZEL::FrameCondition::kWhole;
+}
+
 std::vector<ZEL::Event> damageEvents(const std::vector<Complaint>& complaints, ZEL::EventRule rule) {
     std::vector<Stretch> stretches;
     std::optional<Stretch> gaps;

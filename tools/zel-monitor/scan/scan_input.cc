@@ -90,8 +90,9 @@ struct Stations {
 void feed(Stations& stations, VideoFrame frame) {
     const double time_s = frame.time;  // the frame may be placed, and gone, within the call
     const double duration_s = frame.duration;
+    const ZEL::FrameCondition condition = conditionOf(frame);
     const ZELAlgo::ZELVideoPlanes planes = stations.findings.keep(std::move(frame)).planes;
-    if (!stations.analyser.feedVideo(planes, time_s, duration_s)) {
+    if (!stations.analyser.feedVideo(planes, time_s, duration_s, condition)) {
         stations.findings.forgetLast();
     }
 }
