@@ -85,8 +85,8 @@ class EventAnalyser::Impl {
         measured.samples = frame.samples;
         measured.channels = frame.channels;
         measured.pieces.clear();
-        sound_meter_.measure({.samples = frame.data,
-                              .frames = frame.samples,
+        sound_meter_.measure({.data = frame.data,
+                              .samples = frame.samples,
                               .channels = frame.channels,
                               .sample_rate = frame.sample_rate},
                              measured.pieces);

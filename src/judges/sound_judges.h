@@ -6,9 +6,8 @@
 #include <span>
 #include <vector>
 
-#include "judges/antiphase_judge.h"
 #include "judges/clipping_judge.h"
-#include "judges/dead_channel_judge.h"
+#include "judges/pair_judge.h"
 #include "judges/sound_meter.h"
 #include "judges/stretch.h"
 
@@ -24,7 +23,7 @@ class SoundJudges {
         std::span<const Stretch> antiphase;
     };
 
-    /// What a SoundMeter measured of the next block, which is heard from `time_s` on.
+    /// What a SoundMeter measured of the next frame, which is heard from `time_s` on.
     Settled feed(std::span<const SoundPiece> pieces, size_t channels, uint32_t sample_rate, double time_s);
 
     /// The end of the stream: settles the rest and begins anew.
@@ -39,8 +38,8 @@ class SoundJudges {
 
     SoundChunker chunker_;
     ClippingJudge clipping_judge_;
-    DeadChannelJudge dead_channel_judge_;
-    AntiphaseJudge antiphase_judge_;
+    PairJudge dead_channel_judge_{&deadChannelOf};
+    PairJudge antiphase_judge_{&antiphaseOf};
     std::vector<Stretch> clipping_;
     std::vector<Stretch> dead_channel_;
     std::vector<Stretch> antiphase_;

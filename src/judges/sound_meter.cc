@@ -8,32 +8,32 @@ namespace {
 
 constexpr size_t kPiecesPerSecond = 20;
 constexpr double kChunkS = 0.25;
-constexpr double kMostGapS = 0.05;  // between blocks that follow one another
+constexpr double kMostGapS = 0.05;  // between frames that follow one another
 constexpr int kFullScale = 32760;   // coders miss the last few steps
 constexpr size_t kShortestRun = 3;
 constexpr double kSquareOfFullScale = 32768.0 * 32768.0;
 
 }  // namespace
 
-void SoundMeter::measure(const SoundBlock& block, std::vector<SoundPiece>& pieces) {
-    if (block.channels != runs_.size()) {
-        runs_.assign(block.channels, {});
+void SoundMeter::measure(const SoundFrame& frame, std::vector<SoundPiece>& pieces) {
+    if (frame.channels != runs_.size()) {
+        runs_.assign(frame.channels, {});
     }
-    const size_t longest = std::max<size_t>(1, block.sample_rate / kPiecesPerSecond);
-    for (size_t done = 0; done < block.frames; done += pieces.back().frames) {
+    const size_t longest = std::max<size_t>(1, frame.sample_rate / kPiecesPerSecond);
+    for (size_t done = 0; done < frame.samples; done += pieces.back().samples) {
         pieces.push_back(
-            measure(block.samples + done * block.channels, std::min(block.frames - done, longest)));
+            measure(frame.data + done * frame.channels, std::min(frame.samples - done, longest)));
     }
 }
 
-SoundPiece SoundMeter::measure(const int16_t* samples, size_t frames) {
-    SoundPiece piece{.frames = frames};
+SoundPiece SoundMeter::measure(const int16_t* data, size_t samples) {
+    SoundPiece piece{.samples = samples};
     const size_t channels = runs_.size();
     for (size_t channel = 0; channel < channels; ++channel) {
         Run& run = runs_[channel];
         run.clipped = 0;
-        for (size_t i = 0; i < frames; ++i) {
-            const int sample = samples[i * channels + channel];
+        for (size_t i = 0; i < samples; ++i) {
+            const int sample = data[i * channels + channel];
             const int sign = (sample >= kFullScale ? 1 : 0) - (sample <= -kFullScale ? 1 : 0);
             if (sign == 0 || sign != run.sign) {
                 run.length = 0;
@@ -46,9 +46,9 @@ SoundPiece SoundMeter::measure(const int16_t* samples, size_t frames) {
         }
         piece.clipped = std::max(piece.clipped, run.clipped);
     }
-    for (size_t i = 0; channels > 1 && i < frames; ++i) {
-        const int64_t left = samples[i * channels];
-        const int64_t right = samples[i * channels + 1];
+    for (size_t i = 0; channels > 1 && i < samples; ++i) {
+        const int64_t left = data[i * channels];
+        const int64_t right = data[i * channels + 1];
         piece.left += left * left;
         piece.right += right * right;
         piece.product += left * right;
@@ -59,7 +59,7 @@ SoundPiece SoundMeter::measure(const int16_t* samples, size_t frames) {
 std::span<const SoundChunk> SoundChunker::feed(std::span<const SoundPiece> pieces, size_t channels,
                                                uint32_t sample_rate, double time_s) {
     chunks_.clear();
-    const double expected_s = start_s_ + static_cast<double>(sum_.frames) / sample_rate_;
+    const double expected_s = start_s_ + static_cast<double>(sum_.samples) / sample_rate_;
     if (channels != channels_ || sample_rate != sample_rate_ || std::abs(time_s - expected_s) > kMostGapS) {
         closeChunk();
         channels_ = channels;
@@ -67,12 +67,12 @@ std::span<const SoundChunk> SoundChunker::feed(std::span<const SoundPiece> piece
         start_s_ = time_s;
     }
     for (const SoundPiece& piece : pieces) {
-        sum_.frames += piece.frames;
+        sum_.samples += piece.samples;
         sum_.clipped += piece.clipped;
         sum_.left += piece.left;
         sum_.right += piece.right;
         sum_.product += piece.product;
-        if (static_cast<double>(sum_.frames) >= kChunkS * sample_rate_) {
+        if (static_cast<double>(sum_.samples) >= kChunkS * sample_rate_) {
             closeChunk();
         }
     }
@@ -87,14 +87,14 @@ std::span<const SoundChunk> SoundChunker::finish() {
 }
 
 void SoundChunker::closeChunk() {
-    if (sum_.frames > 0) {
-        const auto frames = static_cast<double>(sum_.frames);
-        const double end_s = start_s_ + frames / sample_rate_;
-        const double squares = frames * kSquareOfFullScale;
+    if (sum_.samples > 0) {
+        const auto samples = static_cast<double>(sum_.samples);
+        const double end_s = start_s_ + samples / sample_rate_;
+        const double squares = samples * kSquareOfFullScale;
         chunks_.push_back(
             {.start_s = start_s_,
              .end_s = end_s,
-             .clipped = std::min(1.0F, static_cast<float>(sum_.clipped) / static_cast<float>(sum_.frames)),
+             .clipped = std::min(1.0F, static_cast<float>(sum_.clipped) / static_cast<float>(sum_.samples)),
              .has_pair = channels_ > 1,
              .left = static_cast<double>(sum_.left) / squares,
              .right = static_cast<double>(sum_.right) / squares,

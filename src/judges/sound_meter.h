@@ -9,16 +9,16 @@
 namespace ZELJudges {
 
 /// Interleaved signed 16-bit samples, borrowed for a call.
-struct SoundBlock {
-    const int16_t* samples;
-    size_t frames;  ///< samples of each channel
+struct SoundFrame {
+    const int16_t* data;
+    size_t samples;  ///< of each channel
     size_t channels;
     uint32_t sample_rate;  ///< Hz
 };
 
-/// What was measured of a short piece of a block, before any mix-down.
+/// What was measured of a short piece of a frame, before any mix-down.
 struct SoundPiece {
-    size_t frames = 0;
+    size_t samples = 0;  ///< of each channel
     /// Samples in runs of three or more at full scale of one sign, in the channel that has most.
     size_t clipped = 0;
     int64_t left = 0;  ///< sum of squares; 0 unless there are a left and a right channel, the first two
@@ -26,12 +26,12 @@ struct SoundPiece {
     int64_t product = 0;  ///< sum of left times right
 };
 
-/// Measures the sound of a stream in the order in which it is fed, in pieces that fill its blocks. One thread
+/// Measures the sound of a stream in the order in which it is fed, in pieces that fill its frames. One thread
 /// at a time.
 class SoundMeter {
   public:
-    /// Appends the pieces of the next block.
-    void measure(const SoundBlock& block, std::vector<SoundPiece>& pieces);
+    /// Appends the pieces of the next frame.
+    void measure(const SoundFrame& frame, std::vector<SoundPiece>& pieces);
 
   private:
     /// Samples at full scale of one sign that a channel has just had.
@@ -41,7 +41,7 @@ class SoundMeter {
         size_t clipped = 0;  ///< samples of the piece in such runs
     };
 
-    SoundPiece measure(const int16_t* samples, size_t frames);
+    SoundPiece measure(const int16_t* data, size_t samples);
 
     std::vector<Run> runs_;  // one per channel
 };
@@ -60,7 +60,7 @@ struct SoundChunk {
 /// Joins pieces to chunks once their places in the stream are known. One thread at a time.
 class SoundChunker {
   public:
-    /// The pieces of the next block, heard from `time_s` on. Returns the chunks that they complete, valid
+    /// The pieces of the next frame, heard from `time_s` on. Returns the chunks that they complete, valid
     /// until the next call. Another format, a gap or an earlier time ends the chunk in work.
     std::span<const SoundChunk> feed(std::span<const SoundPiece> pieces, size_t channels,
                                      uint32_t sample_rate, double time_s);

@@ -49,11 +49,11 @@ Told judge(size_t channels, double seconds, const Sample& sample) {
         join(told.dead_channel, settled.dead_channel);
         join(told.antiphase, settled.antiphase);
     };
-    constexpr size_t kBlock = 333;
+    constexpr size_t kFrame = 333;
     const auto frames = static_cast<size_t>(seconds * kRate);
-    for (size_t first = 0; first < frames; first += kBlock) {
+    for (size_t first = 0; first < frames; first += kFrame) {
         std::vector<int16_t> samples;
-        for (size_t i = first; i < std::min(first + kBlock, frames); ++i) {
+        for (size_t i = first; i < std::min(first + kFrame, frames); ++i) {
             for (size_t channel = 0; channel < channels; ++channel) {
                 samples.push_back(static_cast<int16_t>(std::lround(32767.0 * sample(i, channel))));
             }
@@ -87,7 +87,7 @@ TEST(ClippingJudge, CountsRunsAtFullScaleOfTheWorstChannel) {
     EXPECT_THAT(share(6, 20, 0.99), IsEmpty()) << "limited";
 }
 
-TEST(DeadChannelJudge, TellsOneOfThePairThatIsSilent) {
+TEST(DeadChannel, TellsOneOfThePairThatIsSilent) {
     const auto dead = [](size_t channels, size_t channel_of, double gain) {
         return judge(channels, 2.0,
                      [=](size_t i, size_t channel) {
@@ -102,7 +102,7 @@ TEST(DeadChannelJudge, TellsOneOfThePairThatIsSilent) {
     EXPECT_THAT(dead(1, 0, 0.0), IsEmpty()) << "mono";
 }
 
-TEST(QuietBridge, ShortPausesAreLikeWhatIsAroundThem) {
+TEST(PairJudge, ShortPausesAreLikeWhatIsAroundThem) {
     const auto paused = [](double pause_s, double after) {
         const auto end = static_cast<size_t>((1.0 + pause_s) * kRate);
         return judge(2, 2.0 + pause_s,
@@ -117,7 +117,7 @@ TEST(QuietBridge, ShortPausesAreLikeWhatIsAroundThem) {
     EXPECT_THAT(paused(1.5, 1.0), ElementsAre(lasts(0.0, 1.0))) << "alive after it";
 }
 
-TEST(AntiphaseJudge, TellsWhatAMonoDownmixLoses) {
+TEST(Antiphase, TellsWhatAMonoDownmixLoses) {
     const auto pair = [](double gain, double other) {
         support::Random random(2);
         return judge(2, 2.0,
