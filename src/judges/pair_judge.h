@@ -17,8 +17,8 @@ struct PairVerdict {
     float limit;
 };
 
-/// Left and right are of opposite phase, so that a mono downmix loses them: the value is their correlation, -1
-/// to 1, the limit how low it may be. None of a chunk that is too quiet to be judged.
+/// Left and right are of opposite phase, so that a mono downmix loses them: the value is their correlation,
+/// -1 to 1, the limit how low it may be. None of a chunk that is too quiet to be judged.
 std::optional<PairVerdict> antiphaseOf(const SoundChunk& chunk);
 
 /// Left or right is dead, 40 dB below the other: the value is how many dB it lies below (120 at most), the

@@ -108,6 +108,7 @@ class Page(ScanTest):
         self.assertEqual(self.browser.execute_script("return performance.getEntriesByType('resource').length"), 0)
         self.assertIsNone(re.search(r"""(?:src|href)=["']?https?:""", self.page.read_text()))
         self.assertTrue(self.find("#title").text.endswith("clip <b>&.mkv"))
+        self.assertTrue(self.find("#facts").text.startswith("Matroska/WebM"))
 
     def test_begins_with_the_verdict_on_all_inputs(self):
         self.assertIn("3 inputs: 1 not analysed to the end, 1 failed, 1 passed", self.find("#verdict").text)

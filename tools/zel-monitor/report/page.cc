@@ -4,6 +4,7 @@
 
 #include <fmt/format.h>
 
+#include "report/container_name.h"
 #include "report/page_template.h"
 
 namespace zel_monitor {
@@ -32,6 +33,17 @@ Json kindsJson() {
     return kinds;
 }
 
+/// What a person calls the containers of the inputs, by FFmpeg's names.
+Json containersJson(const Json& inputs) {
+    Json containers = Json::object();
+    for (const Json& input : inputs) {
+        if (const Json& container = input.at("stream").at("container"); container.is_string()) {
+            containers[container.get<std::string>()] = containerName(container.get<std::string>());
+        }
+    }
+    return containers;
+}
+
 }  // namespace
 
 bool hasPage() {
@@ -40,7 +52,10 @@ bool hasPage() {
 
 std::string pageHtml(const Json& data) {
     // A record per element: the page takes apart only those that it shows.
-    std::string elements = dataElement("data", {{"report", data.at("report")}, {"kinds", kindsJson()}});
+    const Json& report = data.at("report");
+    std::string elements = dataElement(
+        "data",
+        {{"report", report}, {"kinds", kindsJson()}, {"containers", containersJson(report.at("inputs"))}});
     const Json& records = data.at("records");
     for (size_t i = 0; i < records.size(); ++i) {
         elements += dataElement(fmt::format("record-{}", i), records[i]);

@@ -1,7 +1,7 @@
 /// What the program wrote into the page. A record is large and is taken apart when its input is shown.
 const json = (id) => JSON.parse(document.getElementById(id).textContent);
 
-export const { report, kinds } = json("data");
+export const { report, kinds, containers } = json("data");
 export const limits = report.settings.fail_on;
 
 const noCurve = { step_s: 1, values: [] };

@@ -1,6 +1,6 @@
 import { clock, count } from "./format.js";
 import { addressOf, readAddress } from "./address.js";
-import { kinds, recordOf, report, resultOf, timesOf } from "./data.js";
+import { containers, kinds, recordOf, report, resultOf, timesOf } from "./data.js";
 import { Events, framesOf } from "./events.js";
 import { showFilter, watchFilter } from "./filter.js";
 import { watchKeys } from "./keys.js";
@@ -28,7 +28,7 @@ function loudnessText({ integrated_lufs: whole, short_term_max_lufs: most, true_
 
 function factsText({ stream, loudness }) {
   const { container, video, audio } = stream;
-  const parts = [container];
+  const parts = [containers[container]];
   if (video) {
     const rate = video.frame_rate ? ` at ${Number(video.frame_rate.toPrecision(4))} fps` : "";
     parts.push(`${video.codec} ${video.width}\u00d7${video.height}${rate}`);
