@@ -131,6 +131,10 @@ StructureFaults faultsOfBareAudio(const ReadAt& read, int64_t bytes) {
     uint32_t frames = 0;
     for (int64_t place = 0; place < bytes;) {
         const Bytes content = window.at(place);
+        if (content.empty()) {  // there is less than the input says, or it cannot be read
+            faults.add(place, bytes - place);
+            break;
+        }
         if (const size_t tag = tagBytes(content); tag > 0) {
             place += static_cast<int64_t>(tag);
             continue;

@@ -107,16 +107,18 @@ std::vector<uint8_t> headerOf(AVIOContext& input) {
 
 std::optional<int64_t> declaredSize(std::string_view name, std::span<const uint8_t> beginning) {
     const SizeReader reader = sizeReaderOf(name);
-    return reader != nullptr ? reader(beginning) : std::nullopt;
+    const auto size = reader != nullptr ? reader(beginning) : std::nullopt;
+    return size ? std::optional(std::max(*size, int64_t{0}))
+                : std::nullopt;  // some are less than their leeway
 }
 
 std::optional<int64_t> declaredSize(const AVFormatContext& format, std::span<const uint8_t> beginning) {
-    const SizeReader reader = sizeReaderOf(format.iformat->name);
-    if (reader == nullptr || format.pb == nullptr) {
+    const std::string_view name = format.iformat->name;
+    if (sizeReaderOf(name) == nullptr || format.pb == nullptr) {
         return std::nullopt;
     }
     const bool can_return = (format.pb->seekable & AVIO_SEEKABLE_NORMAL) != 0;
-    return reader(can_return ? Header(headerOf(*format.pb)) : beginning);
+    return declaredSize(name, can_return ? Header(headerOf(*format.pb)) : beginning);
 }
 
 bool endsBefore(AVIOContext& input, int64_t size) {

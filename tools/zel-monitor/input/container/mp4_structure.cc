@@ -131,6 +131,8 @@ StructureFaults faultsOfMp4(const ReadAt& read, int64_t bytes) {
     if (samples.isKnown() && !has_items) {
         addUnclaimed(media, claimed, faults);
     }
+    std::sort(faults.stretches.begin(), faults.stretches.end(),
+              [](const BadStretch& a, const BadStretch& b) { return a.place < b.place; });
     return faults;
 }
 

@@ -30,7 +30,8 @@ StructureFaults faultsOfBareVideo(const ReadAt& read, int64_t bytes) {
     StructureFaults faults;
     ByteWindow window(read, 1);
     int64_t zeros = 0;
-    for (int64_t place = 0; place < bytes;) {
+    int64_t place = 0;
+    while (place < bytes) {
         const auto content = window.at(place);
         if (content.empty()) {
             break;
@@ -44,7 +45,7 @@ StructureFaults faultsOfBareVideo(const ReadAt& read, int64_t bytes) {
         }
     }
     if (zeros > kMostZeros) {
-        faults.add(bytes - zeros, zeros);
+        faults.add(place - zeros, zeros);
     }
     return faults;
 }
