@@ -1,5 +1,5 @@
-// Files of anything through all that looks into containers itself. What is said of them stays within them, and
-// a file that is longer, as one sent piece by piece may be, is no harder to read.
+// Files of anything through all that looks into containers itself. What is said of them stays within them,
+// and a file that is longer, as one sent piece by piece may be, is no harder to read.
 #include <cstddef>
 #include <cstdint>
 #include <iterator>

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fcntl.h>
@@ -106,6 +107,8 @@ TEST_P(LogOutputTo, SomebodyWhoDoesNotReadDropsLinesAndTellsHowMany) {
     EXPECT_GE(told, written);
     EXPECT_LE(told, written + 1);  // a line that lacks no more than its end counts as dropped
     EXPECT_EQ(taken.at(notice - 1), '\n');
+    output.write(kLine);
+    EXPECT_EQ(channel.read().find("dropped"), std::string::npos) << "it was told already";
     EXPECT_EQ(fcntl(channel.writer, F_GETFL), flags);  // which others may share
 }
 
@@ -133,6 +136,43 @@ INSTANTIATE_TEST_SUITE_P(, LogOutputTo, testing::Values(&openPipe, &openSocket, 
                          [](const auto& tested) {
                              return std::string(std::array{"Pipe", "Socket", "Terminal"}.at(tested.index));
                          });
+
+TEST(LogOutput, LineThatBreaksOffIsEndedBeforeTheNextOne) {
+    Channel channel;
+    openPipe(channel);
+    LogOutput output = LogOutput::toDescriptor(channel.writer);
+    output.write(std::string(1'000'000, 'x') + "\n");  // more than a pipe holds
+    std::string taken = channel.read();
+    EXPECT_EQ(taken, std::string(taken.size(), 'x'));
+    for (taken.clear(); taken.empty(); taken = channel.read()) {
+        output.write(kLine);
+    }
+    EXPECT_EQ(taken.find("\nZEL: WARN: "), 0U) << taken;
+}
+
+TEST(LogOutput, LeavesTheSignalsThatItsHostHoldsBack) {
+    Channel channel;
+    openPipe(channel);
+    channel.closeReader();
+    sigset_t pipe_signal;
+    sigemptyset(&pipe_signal);
+    sigaddset(&pipe_signal, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &pipe_signal, nullptr);
+    pthread_kill(pthread_self(), SIGPIPE);
+    LogOutput::toDescriptor(channel.writer).write(kLine);
+    const timespec now{};
+    EXPECT_EQ(sigtimedwait(&pipe_signal, nullptr, &now), SIGPIPE);
+    pthread_sigmask(SIG_UNBLOCK, &pipe_signal, nullptr);
+}
+
+TEST(LogOutput, TakesNoStandardDescriptorThatItsHostHasClosed) {
+    const int kept = dup(STDIN_FILENO);
+    close(STDIN_FILENO);
+    LogOutput::chosenBy((testing::TempDir() + "zel_log_output_low").c_str()).write(kLine);
+    EXPECT_EQ(fcntl(STDIN_FILENO, F_GETFD), -1);
+    dup2(kept, STDIN_FILENO);
+    close(kept);
+}
 
 TEST(LogOutput, KeepsItsPlaceAmongWhatTheHostPrints) {
     Channel channel;

@@ -55,6 +55,38 @@ TEST(Turn, IsKeptUntilTheFirstHoldEnds) {
     waiting.join();
 }
 
+TEST(Turn, WhatAThreadOnceWaitedForMakesNoCircle) {
+    Turn first;
+    Turn second;
+    std::atomic<bool> left{false};
+    std::atomic<pid_t> other{0};
+    std::atomic<bool> has_second{false};
+    const pid_t self = gettid();
+    std::thread thread;
+    {
+        const Turn::Held held(first);
+        thread = std::thread([&] {
+            other = gettid();
+            { const Turn::Held waited(first); }
+            const Turn::Held own(second);
+            has_second = true;
+            support::waitUntilItWaits(self);
+            left = true;
+        });
+        while (other == 0) {
+            std::this_thread::yield();
+        }
+        support::waitUntilItWaits(other);
+    }
+    while (!has_second) {
+        std::this_thread::yield();
+    }
+    const Turn::Held held(first);
+    const Turn::Held wanted(second);
+    EXPECT_TRUE(left);
+    thread.join();
+}
+
 TEST(Turn, IsNotWaitedForInACircle) {
     constexpr size_t kThreads = 3;
     std::array<Turn, kThreads> turns;

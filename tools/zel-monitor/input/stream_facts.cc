@@ -34,11 +34,11 @@ StreamNature natureOf(const AVFormatContext& format) {
     constexpr std::array<std::string_view, 6> kBareVideo{"h264", "hevc", "mpegvideo", "m4v", "vc1", "obu"};
     constexpr std::array<std::string_view, 5> kBareAudio{"aac", "mp3", "ac3", "eac3", "dts"};
     const std::string_view name = format.iformat->name;
-    const auto isOneOf = [&](const auto& names) {
+    const auto is_one_of = [&](const auto& names) {
         return std::find(names.begin(), names.end(), name) != names.end();
     };
-    const bool has_timestamps = !isOneOf(kBareVideo) && !isOneOf(kBareAudio) && name != "avi";
-    return {.begins_anywhere = isOneOf(kBareAudio) || isOneOf(kCutAnywhere),
+    const bool has_timestamps = !is_one_of(kBareVideo) && !is_one_of(kBareAudio) && name != "avi";
+    return {.begins_anywhere = is_one_of(kBareAudio) || is_one_of(kCutAnywhere),
             .has_timestamps = has_timestamps,
             .is_uneven = !has_timestamps || name == "matroska,webm"};
 }

@@ -66,7 +66,8 @@ std::optional<Head> mpegAudioHead(Bytes bytes) {
                             : layer == 3 && !is_first_version ? 72
                                                               : 144) *
                            bit_rate / sample_rate;
-    return Head{(slots + padding) * (layer == 1 ? 4U : 1U), head & kCommon};
+    const size_t slot_bytes = layer == 1 ? 4 : 1;
+    return Head{(slots + padding) * slot_bytes, head & kCommon};
 }
 
 std::optional<Head> headAt(Bytes bytes) {

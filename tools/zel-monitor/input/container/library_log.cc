@@ -55,12 +55,13 @@ double concealedShare(const AVCodecContext& decoder, const char* format, va_list
     std::array<int, 3> errors{};
     const int read =
         std::sscanf(text.data(), "concealing %d DC, %d AC, %d MV", &errors[0], &errors[1], &errors[2]);
-    const double blocks =
-        ((decoder.width + kBlock - 1) / kBlock) * double((decoder.height + kBlock - 1) / kBlock);
+    const int64_t rows = (decoder.height + kBlock - 1) / kBlock;
+    const int64_t blocks = rows * ((decoder.width + kBlock - 1) / kBlock);
     if (read < 3 || blocks < 1) {
         return 1.0;
     }
-    return std::clamp(*std::max_element(errors.begin(), errors.end()) / blocks, 0.0, 1.0);
+    const double most = *std::max_element(errors.begin(), errors.end());
+    return std::clamp(most / static_cast<double>(blocks), 0.0, 1.0);
 }
 
 void hearDecoder(const AVCodecContext& decoder, int level, const char* format, va_list arguments) {
