@@ -2,7 +2,7 @@ include(CMakePackageConfigHelpers)
 
 # Two export sets: a host of libzel needs none of the packages that the static
 # libzel_player passes on to its users.
-install(TARGETS zel EXPORT zelTargets
+install(TARGETS zel zel_c EXPORT zelTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development)
 install(TARGETS zel_player EXPORT zelPlayerTargets
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
@@ -27,7 +27,7 @@ set(pc_dir ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig)
 file(RELATIVE_PATH ZEL_PC_PREFIX ${pc_dir} ${CMAKE_INSTALL_PREFIX})
 file(RELATIVE_PATH ZEL_PC_LIBDIR ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_LIBDIR})
 file(RELATIVE_PATH ZEL_PC_INCLUDEDIR ${CMAKE_INSTALL_PREFIX} ${CMAKE_INSTALL_FULL_INCLUDEDIR})
-foreach(pc zel zel-player)
+foreach(pc zel zel-c zel-player)
   configure_file(cmake/${pc}.pc.in ${pc}.pc @ONLY)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${pc}.pc
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

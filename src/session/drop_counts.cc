@@ -30,7 +30,7 @@ DropCounts::~DropCounts() {
 }
 
 void DropCounts::add(const ZELTask& dropped) {
-    const bool video = std::holds_alternative<std::shared_ptr<VideoFrame>>(dropped);
+    const bool video = std::holds_alternative<std::shared_ptr<VideoFrame>>(dropped.frame);
     (video ? video_ : audio_).fetch_add(1, std::memory_order_relaxed);
 }
 

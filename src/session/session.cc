@@ -42,6 +42,7 @@ struct ZELSession::Parts {
     Mutex lifecycle_mutex;  // feeds against start, stop and the end; before every other lock
     bool stopped ZEL_GUARDED_BY(lifecycle_mutex) = false;
     ZELAlgo::ZELAlgoConfig config ZEL_GUARDED_BY(lifecycle_mutex);
+    std::shared_ptr<IZELResultListener> result_listener ZEL_GUARDED_BY(lifecycle_mutex);
     SessionWorker worker ZEL_GUARDED_BY(lifecycle_mutex){queue, accounting, drops};
 
     Mutex listener_mutex;
@@ -74,7 +75,7 @@ bool ZELSession::start() {
         }
         parts_->collectors.renewNamed();
     }
-    parts_->worker.start(parts_->name, parts_->config);
+    parts_->worker.start(parts_->name, parts_->config, parts_->result_listener);
     parts_->stopped = false;
     return true;
 }
@@ -132,14 +133,14 @@ void ZELSession::onFrameResult(const Message& message) {
     }
 }
 
-bool ZELSession::feedVideoFrame(std::shared_ptr<VideoFrame> frame, int64_t /*index*/) {
+bool ZELSession::feedVideoFrame(std::shared_ptr<VideoFrame> frame, int64_t index) {
     return frame != nullptr && frame->width > 0 && frame->height > 0 &&
-           parts_->enqueue(std::move(frame), &AlgoStat::vframes, &AlgoStat::vframes_time);
+           parts_->enqueue({std::move(frame), index}, &AlgoStat::vframes, &AlgoStat::vframes_time);
 }
 
-bool ZELSession::feedAudioFrame(std::shared_ptr<AudioFrame> frame, int64_t /*index*/) {
+bool ZELSession::feedAudioFrame(std::shared_ptr<AudioFrame> frame, int64_t index) {
     return frame != nullptr && frame->sample_rate > 0 && frame->channels > 0 &&
-           parts_->enqueue(std::move(frame), &AlgoStat::aframes, &AlgoStat::aframes_time);
+           parts_->enqueue({std::move(frame), index}, &AlgoStat::aframes, &AlgoStat::aframes_time);
 }
 
 bool ZELSession::Parts::enqueue(ZELTask task, uint64_t AlgoStat::*frames, double AlgoStat::*time) {
@@ -167,6 +168,11 @@ int64_t ZELSession::getSessionId() const {
 void ZELSession::setAlgoConfig(const ZELAlgo::ZELAlgoConfig& config) {
     const MutexLock lock(parts_->lifecycle_mutex);
     parts_->config = config;
+}
+
+void ZELSession::setResultListener(std::shared_ptr<IZELResultListener> listener) {
+    const MutexLock lock(parts_->lifecycle_mutex);
+    parts_->result_listener.swap(listener);
 }
 
 void ZELSession::setCollectorsDisabled(bool disabled) {

@@ -4,6 +4,7 @@
 #include <zel/algo/algo_types.h>
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -17,6 +18,7 @@ class AlgoFacade;
 namespace ZEL {
 
 class DropCounts;
+class IZELResultListener;
 class ResultAccounting;
 class TaskQueue;
 
@@ -30,7 +32,8 @@ class SessionWorker {
     SessionWorker& operator=(const SessionWorker&) = delete;
 
     /// Runs with fresh detectors until stopped. Throws std::system_error if no thread is to be had.
-    void start(const std::string& thread_name, const ZELAlgo::ZELAlgoConfig& config);
+    void start(const std::string& thread_name, const ZELAlgo::ZELAlgoConfig& config,
+               std::shared_ptr<IZELResultListener> listener = nullptr);
 
     /// Returns when the task in work is done. Tasks that still wait stay in the queue.
     void stop();
@@ -41,13 +44,14 @@ class SessionWorker {
     void run(ZELAlgo::AlgoFacade& algo);
     /// A frame that cannot be examined, for lack of memory, is dropped.
     void process(ZELAlgo::AlgoFacade& algo, const ZELTask& task);
-    void examine(ZELAlgo::AlgoFacade& algo, const VideoFrame& frame);
-    void examine(ZELAlgo::AlgoFacade& algo, const AudioFrame& frame);
+    void examine(ZELAlgo::AlgoFacade& algo, const VideoFrame& frame, int64_t index);
+    void examine(ZELAlgo::AlgoFacade& algo, const AudioFrame& frame, int64_t index);
 
     TaskQueue& queue_;
     ResultAccounting& accounting_;
     DropCounts& drops_;
-    std::vector<int16_t> mono_;  // worker thread only
+    std::shared_ptr<IZELResultListener> listener_;  // changed while the worker is stopped
+    std::vector<int16_t> mono_;                     // worker thread only
     std::thread thread_;
 };
 

@@ -3,13 +3,17 @@
 
 #include <zel/session/frames.h>
 
+#include <cstdint>
 #include <memory>
 #include <variant>
 
 namespace ZEL {
 
 /// One queued frame.
-using ZELTask = std::variant<std::shared_ptr<AudioFrame>, std::shared_ptr<VideoFrame>>;
+struct ZELTask {
+    std::variant<std::shared_ptr<AudioFrame>, std::shared_ptr<VideoFrame>> frame;
+    int64_t index = 0;  ///< the feeder's
+};
 
 }  // namespace ZEL
 

@@ -14,7 +14,8 @@ std::optional<ZELTask> TaskQueue::pushDropOldest(ZELTask task) {
     bool wake = false;
     {
         const MutexLock lock(mutex_);
-        const bool own_list = separate_audio_ && std::holds_alternative<std::shared_ptr<AudioFrame>>(task);
+        const bool own_list =
+            separate_audio_ && std::holds_alternative<std::shared_ptr<AudioFrame>>(task.frame);
         dropped = own_list ? audio_.pushDropOldest(std::move(task)) : shared_.pushDropOldest(std::move(task));
         wake = std::exchange(consumer_waits_, false);
     }

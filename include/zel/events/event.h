@@ -10,7 +10,8 @@ namespace ZEL {
 /// Timestamps are sums of rounded fractions; a microsecond decides nothing.
 inline constexpr double kSlackS = 1e-6;
 
-/// A stretch of stream time, in seconds from the stream's first timestamp.
+/// A stretch of stream time: seconds on the clock of the stream's first timestamps, which runs on where later
+/// ones jump.
 struct TimeSpan {
     double start_s = 0.0;
     double end_s = 0.0;

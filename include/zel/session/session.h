@@ -40,6 +40,17 @@ class IZELSessionListener {
     virtual void onSessionEvent(uint32_t code, uint64_t a, uint64_t b, std::string text) = 0;
 };
 
+/// Hears what the detectors say of each frame, on the session's worker thread, which waits meanwhile, in the
+/// order of the feeds of either kind. Frames that were dropped are left out. It must not throw, nor start or
+/// stop the session or drop the last reference to it.
+class IZELResultListener {
+  public:
+    virtual ~IZELResultListener() = default;
+    /// `index` is the one that was fed with the frame.
+    virtual void onVideoResult(int64_t index, const ZELAlgo::ZELVideoResult& result) = 0;
+    virtual void onAudioResult(int64_t index, const ZELAlgo::ZELAudioResult& result) = 0;
+};
+
 /// Monitors one stream: queues what it is fed, runs the detectors on a worker thread of its own, counts what
 /// they find and reports it. Held by a shared_ptr. Any thread may call any operation, but a child of fork()
 /// may not touch the sessions of its parent, not even to destroy them: their workers are not there.
@@ -66,7 +77,8 @@ class ZELSession : public CObject {
     void unregisterMessageListeners();
 
     /// Queue a frame and return; the oldest queued one is dropped beyond 10 video or 50 audio frames.
-    /// `index` is not used. True, or false for a null frame and for sizes that are not positive.
+    /// `index` is handed to the result listener. True, or false for a null frame and for sizes that are not
+    /// positive.
     bool feedVideoFrame(std::shared_ptr<VideoFrame> frame, int64_t index);
     bool feedAudioFrame(std::shared_ptr<AudioFrame> frame, int64_t index);
 
@@ -79,6 +91,8 @@ class ZELSession : public CObject {
 
     /// The detectors' configuration from the next start on.
     void setAlgoConfig(const ZELAlgo::ZELAlgoConfig& config);
+    /// Who hears each frame's verdicts from the next start on; null for nobody.
+    void setResultListener(std::shared_ptr<IZELResultListener> listener);
     /// Keeps the named collectors out of the heartbeat report.
     void setCollectorsDisabled(bool disabled);
     /// Publishes every frame's verdicts as "ZELMsgVideoFrameResult" and "ZELMsgAudioFrameResult". Before

@@ -14,16 +14,16 @@ using ZEL::ZELTask;
 
 /// Tasks that can be told apart: a video frame's width, an audio frame's length.
 ZELTask video(int32_t id) {
-    return support::flatVideoFrame(id, 2, 0);
+    return {support::flatVideoFrame(id, 2, 0)};
 }
 ZELTask audio(uint32_t id) {
-    return support::silentAudioFrame(id);
+    return {support::silentAudioFrame(id)};
 }
 int32_t videoId(const ZELTask& task) {
-    return std::get<std::shared_ptr<ZEL::VideoFrame>>(task)->width;
+    return std::get<std::shared_ptr<ZEL::VideoFrame>>(task.frame)->width;
 }
 uint32_t audioId(const ZELTask& task) {
-    return std::get<std::shared_ptr<ZEL::AudioFrame>>(task)->samples;
+    return std::get<std::shared_ptr<ZEL::AudioFrame>>(task.frame)->samples;
 }
 
 TEST(TaskQueue, DropsTheOldestVideoFrameWhenTheEleventhArrives) {

@@ -1,0 +1,42 @@
+#ifndef ZEL_SRC_C_FED_H_
+#define ZEL_SRC_C_FED_H_
+
+#include <zel/algo/algo_types.h>
+#include <zel/zel_c.h>
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace ZELC {
+
+/// The caller's frame as this version knows it. None, with the reason kept, for what cannot be a frame.
+std::optional<zelc_frame> readFrame(const zelc_frame* frame);
+
+/// Writes the frame's planes one behind the other without gaps: width * height * 3 / 2 bytes, Cb before Cr.
+void pack(const zelc_frame& frame, uint8_t* packed);
+
+/// Reads the caller's frames as the library takes them. Chroma in turn is taken apart into buffers of its own.
+class FrameReader {
+  public:
+    /// Valid until the next call. None, with the reason kept, for what cannot be a frame.
+    std::optional<ZELAlgo::ZELVideoPlanes> read(const zelc_frame* frame);
+
+  private:
+    std::vector<uint8_t> chroma_;  // of both planes
+};
+
+/// The same for audio.
+std::optional<ZELAlgo::ZELAudioFrame> readAudio(const zelc_audio* audio);
+
+zelc_config defaultConfig();
+/// None, with the reason kept, for a struct that cannot be read; the defaults for null.
+std::optional<zelc_config> readConfig(const zelc_config* config);
+ZELAlgo::ZELAlgoConfig detectorsOf(const zelc_config& config);
+
+zelc_video_verdict verdictOf(const ZELAlgo::ZELVideoResult& result);
+zelc_audio_verdict verdictOf(const ZELAlgo::ZELAudioResult& result);
+
+}  // namespace ZELC
+
+#endif  // ZEL_SRC_C_FED_H_
