@@ -144,7 +144,7 @@ typedef struct zelc_video_verdict {
     uint32_t is_freeze;
 } zelc_video_verdict;
 
-/* What a period of audio gave; all is 0 but for the frame that completes a period. */
+/* What a period of audio gave; all is 0 while none is complete. */
 typedef struct zelc_audio_verdict {
     uint32_t struct_size;
     uint32_t is_complete; /* 1 or 0, like all that begin so */
@@ -168,7 +168,7 @@ ZELC_API void zelc_detector_free(zelc_detector* detector);
 
 /* Writes the verdicts on the next frame to `verdict`, which must know its size, or leaves it as it is. */
 ZELC_API int zelc_detector_video(zelc_detector* detector, const zelc_frame* frame, zelc_video_verdict* verdict);
-/* The same for audio. The first sample rate holds for all. */
+/* The same for audio, of any length: what the last period that it completed gave. The first sample rate holds for all. */
 ZELC_API int zelc_detector_audio(zelc_detector* detector, const zelc_audio* audio, zelc_audio_verdict* verdict);
 
 /* ---- stream: feeds copy and return; any thread ---- */
@@ -185,7 +185,8 @@ typedef struct zelc_stream_callbacks {
     uint32_t struct_size;
     uint32_t reserved;
     void* user;
-    /* `index` is that of the feed. Frames that were dropped have no verdict. */
+    /* `index` is that of the feed. Frames that were dropped have no verdict, and audio has one when it completes a
+       period. */
     void (*on_video)(void* user, int64_t index, const zelc_video_verdict* verdict);
     void (*on_audio)(void* user, int64_t index, const zelc_audio_verdict* verdict);
     /* Every heartbeat_s seconds what happened since the last one, and in the end, once, with is_final of 1, what
@@ -197,13 +198,13 @@ typedef struct zelc_stream_callbacks {
 ZELC_API int zelc_stream_new(const zelc_config* config, const zelc_stream_callbacks* callbacks, zelc_stream** stream);
 
 /*
- * Copies a frame, queues it and returns; never waits for the detectors. Beyond 10 video or 50 audio frames the oldest
- * queued one is dropped. `index` is the caller's own.
+ * Copies a frame, queues it and returns; never waits for the detectors. Beyond 10 frames of video or half a second of
+ * audio the oldest queued is dropped. `index` is the caller's own.
  */
 ZELC_API int zelc_stream_video(zelc_stream* stream, const zelc_frame* frame, int64_t index);
 ZELC_API int zelc_stream_audio(zelc_stream* stream, const zelc_audio* audio, int64_t index);
 
-/* How many frames were dropped so far; either may be null. */
+/* How many frames, and steps of 10 ms of audio, were dropped so far; either may be null. */
 ZELC_API int zelc_stream_drops(const zelc_stream* stream, uint64_t* video, uint64_t* audio);
 
 /*

@@ -31,8 +31,8 @@ bool isReadable(const Struct* theirs) {
     return theirs != nullptr && theirs->struct_size >= sizeof(uint32_t);
 }
 
-/// Reads a struct of the caller's, whose size may be that of another version, over `own`, which keeps what the
-/// caller's lacks.
+/// Reads a struct of the caller's, whose size may be that of another version, over `own`, which keeps what
+/// the caller's lacks.
 template <typename Struct>
 void read(const Struct& theirs, Struct& own) {
     std::memcpy(&own, &theirs, std::min<size_t>(sizeof own, theirs.struct_size));

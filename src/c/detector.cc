@@ -58,16 +58,24 @@ int zelc_detector_audio(zelc_detector* detector, const zelc_audio* audio, zelc_a
         if (detector == nullptr || !ZELC::isReadable(verdict)) {
             return ZELC::failed(ZELC_INVALID, "no detector, or no verdict that knows its size");
         }
-        auto heard = ZELC::readAudio(audio);
+        const auto heard = ZELC::readAudio(audio);
         if (!heard) {
             return int{ZELC_INVALID};
         }
-        heard->data = ZELAlgo::mixedDown(heard->data, heard->samples, heard->channels, detector->mono);
-        ZELAlgo::ZELAudioResult result{};
-        if (!detector->detectors.detectAudio(*heard, result)) {
+        zelc_audio_verdict told = ZELC::verdictOf(ZELAlgo::ZELAudioResult{});
+        bool has_memory = true;
+        ZELC::inSteps(*heard, [&](ZELAlgo::ZELAudioFrame step) {
+            step.data = ZELAlgo::mixedDown(step.data, step.samples, step.channels, detector->mono);
+            ZELAlgo::ZELAudioResult result{};
+            has_memory = detector->detectors.detectAudio(step, result) && has_memory;
+            if (result.status == ZELAlgo::kAudioComplete) {
+                told = ZELC::verdictOf(result);
+            }
+        });
+        if (!has_memory) {
             return ZELC::failed(ZELC_NO_MEMORY, "no memory for the detectors");
         }
-        ZELC::write(ZELC::verdictOf(result), *verdict);
+        ZELC::write(told, *verdict);
         return int{ZELC_OK};
     });
 }

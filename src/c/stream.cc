@@ -83,7 +83,7 @@ class zelc_stream::Verdicts : public ZEL::IZELResultListener {
     }
 
     void onAudioResult(int64_t index, const ZELAlgo::ZELAudioResult& result) override {
-        if (stream_.callbacks.on_audio != nullptr) {
+        if (stream_.callbacks.on_audio != nullptr && result.status == ZELAlgo::kAudioComplete) {
             const Calling calling(stream_);
             const zelc_audio_verdict verdict = ZELC::verdictOf(result);
             stream_.callbacks.on_audio(stream_.callbacks.user, index, &verdict);
@@ -101,16 +101,17 @@ zelc_stream::zelc_stream(const zelc_config& config, const zelc_stream_callbacks&
     session->setResultListener(std::make_shared<Verdicts>(*this));
     session->start();
     if (config.heartbeat_s > 0 && callbacks.on_report != nullptr) {
-        const ZELPCTimer timer(static_cast<int32_t>(config.heartbeat_s), ZELPCTimer::Mode::kDetached,
-                               [this, turn = heartbeats, flag = running] {
-                                   const ZEL::Turn::Held held(*turn);
-                                   if (flag->isSet()) {  // else the stream may be gone
-                                       ReportMap fields;
-                                       session->getHeartbeatInfo(fields);
-                                       report(fields, false);
-                                   }
-                               },
-                               running);
+        const ZELPCTimer timer(
+            static_cast<int32_t>(config.heartbeat_s), ZELPCTimer::Mode::kDetached,
+            [this, turn = heartbeats, flag = running] {
+                const ZEL::Turn::Held held(*turn);
+                if (flag->isSet()) {  // else the stream may be gone
+                    ReportMap fields;
+                    session->getHeartbeatInfo(fields);
+                    report(fields, false);
+                }
+            },
+            running);
     }
 }
 
@@ -170,7 +171,8 @@ int zelc_stream_video(zelc_stream* stream, const zelc_frame* frame, int64_t inde
         }
         ZELC::pack(*own, copy.get());
         stream->session->feedVideoFrame(
-            std::make_shared<ZEL::VideoFrame>(kFormatI420, std::move(copy), width, height, stream->pool), index);
+            std::make_shared<ZEL::VideoFrame>(kFormatI420, std::move(copy), width, height, stream->pool),
+            index);
         return int{ZELC_OK};
     });
 }
@@ -184,13 +186,16 @@ int zelc_stream_audio(zelc_stream* stream, const zelc_audio* audio, int64_t inde
         if (!own) {
             return int{ZELC_INVALID};
         }
-        const size_t values = size_t{own->samples} * own->channels;
-        auto copy = std::make_unique_for_overwrite<int16_t[]>(values);
-        std::copy_n(own->data, values, copy.get());
-        stream->session->feedAudioFrame(
-            std::make_shared<ZEL::AudioFrame>(0, std::move(copy), own->samples, static_cast<int32_t>(own->sample_rate),
-                                              static_cast<int32_t>(own->channels)),
-            index);
+        ZELC::inSteps(*own, [&](const ZELAlgo::ZELAudioFrame& step) {
+            const size_t values = size_t{step.samples} * step.channels;
+            auto copy = std::make_unique_for_overwrite<int16_t[]>(values);
+            std::copy_n(step.data, values, copy.get());
+            stream->session->feedAudioFrame(
+                std::make_shared<ZEL::AudioFrame>(0, std::move(copy), step.samples,
+                                                  static_cast<int32_t>(step.sample_rate),
+                                                  static_cast<int32_t>(step.channels)),
+                index);
+        });
         return int{ZELC_OK};
     });
 }
