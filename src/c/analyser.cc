@@ -1,4 +1,5 @@
 #include <zel/events/analyser.h>
+#include <zel/events/stream_clock.h>
 #include <zel/zel_c.h>
 
 #include <cmath>
@@ -7,6 +8,9 @@
 #include "c/calls.h"
 #include "c/fed.h"
 
+static_assert(ZELC_TRACK_VIDEO == static_cast<int>(ZEL::StreamTrack::kVideo) &&
+              ZELC_TRACK_AUDIO == static_cast<int>(ZEL::StreamTrack::kAudio));
+
 namespace {
 
 /// Hands on to the caller's functions.
@@ -14,26 +18,55 @@ class Listener : public ZEL::EventListener {
   public:
     explicit Listener(const zelc_analyser_callbacks& callbacks) : callbacks_(callbacks) {}
 
+    void onSuspected(ZEL::EventKind kind) override { call(callbacks_.on_suspected, numberOf(kind)); }
+
     void onRaised(ZEL::EventKind kind, double start_s, double noticed_s) override {
-        if (callbacks_.on_raised != nullptr) {
-            callbacks_.on_raised(callbacks_.user, numberOf(kind), start_s, noticed_s);
-        }
+        call(callbacks_.on_raised, numberOf(kind), start_s, noticed_s);
     }
 
     void onCleared(const ZEL::Event& event) override {
-        if (callbacks_.on_cleared != nullptr) {
-            const zelc_event own{.struct_size = sizeof own,
-                                 .kind = numberOf(event.kind),
-                                 .start_s = event.span.start_s,
-                                 .end_s = event.span.end_s,
-                                 .share = event.share,
-                                 .is_open_at_end = event.open_at_end ? 1U : 0U,
-                                 .counts = event.counts() ? 1U : 0U};
-            callbacks_.on_cleared(callbacks_.user, &own);
-        }
+        const ZEL::Evidence evidence = event.evidence.value_or(ZEL::Evidence());
+        const zelc_event own{.struct_size = sizeof own,
+                             .kind = numberOf(event.kind),
+                             .start_s = event.span.start_s,
+                             .end_s = event.span.end_s,
+                             .share = event.share,
+                             .is_open_at_end = event.open_at_end ? 1U : 0U,
+                             .counts = event.counts() ? 1U : 0U,
+                             .has_evidence = event.evidence ? 1U : 0U,
+                             .reserved = 0,
+                             .value = evidence.value,
+                             .limit = evidence.limit};
+        call(callbacks_.on_cleared, &own);
+    }
+
+    void onGap(ZEL::StreamTrack track, ZEL::TimeSpan span) override {
+        call(callbacks_.on_gap, static_cast<uint32_t>(track), span.start_s, span.end_s);
+    }
+
+    void onFrame(const ZEL::FrameMeasurement& frame) override {
+        const zelc_video_verdict verdict = ZELC::verdictOf(frame.verdicts);
+        call(callbacks_.on_frame, frame.index, frame.start_s, &verdict);
+    }
+
+    void onSilencePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result) override {
+        const zelc_audio_verdict verdict = ZELC::verdictOf(result);
+        call(callbacks_.on_silence_period, period.start_s, period.end_s, &verdict);
+    }
+
+    void onVoicePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result) override {
+        const zelc_audio_verdict verdict = ZELC::verdictOf(result);
+        call(callbacks_.on_voice_period, period.start_s, period.end_s, &verdict);
     }
 
   private:
+    template <typename... Parameters, typename... Arguments>
+    void call(void (*function)(void*, Parameters...), Arguments... arguments) const {
+        if (function != nullptr) {
+            function(callbacks_.user, arguments...);
+        }
+    }
+
     static uint32_t numberOf(ZEL::EventKind kind) { return static_cast<uint32_t>(ZEL::indexOf(kind)); }
 
     const zelc_analyser_callbacks callbacks_;
@@ -49,7 +82,9 @@ zelc_analyser_options defaultOptions() {
 }
 
 ZEL::AnalyserOptions optionsOf(const zelc_analyser_options& options) {
-    return {.tracks = {.video = options.has_video != 0, .audio = options.has_audio != 0, .still = options.is_still != 0},
+    return {.tracks = {.video = options.has_video != 0,
+                       .audio = options.has_audio != 0,
+                       .still = options.is_still != 0},
             .late_after_s = options.late_after_s >= 0.0 ? std::optional(options.late_after_s) : std::nullopt};
 }
 
@@ -112,11 +147,12 @@ int zelc_analyser_video(zelc_analyser* analyser, const zelc_frame* frame, double
         if (analyser->ended) {
             return ZELC::failed(ZELC_ENDED, "the stream has ended");
         }
-        const auto planes = analyser->frames.read(frame);
-        if (!planes) {
+        const auto fed = analyser->frames.read(frame);
+        if (!fed) {
             return int{ZELC_INVALID};
         }
-        return analyser->analyser.feedVideo(*planes, time_s, duration_s)
+        const auto condition = fed->is_damaged ? ZEL::FrameCondition::kDamaged : ZEL::FrameCondition::kWhole;
+        return analyser->analyser.feedVideo(fed->planes, time_s, duration_s, condition)
                    ? int{ZELC_OK}
                    : ZELC::failed(ZELC_NO_MEMORY, "no memory for the detectors");
     });
@@ -134,8 +170,9 @@ int zelc_analyser_audio(zelc_analyser* analyser, const zelc_audio* audio, double
         if (!heard) {
             return int{ZELC_INVALID};
         }
-        return analyser->analyser.feedAudio(*heard, time_s) ? int{ZELC_OK}
-                                                            : ZELC::failed(ZELC_INTERNAL, "audio was refused");
+        return analyser->analyser.feedAudio(*heard, time_s)
+                   ? int{ZELC_OK}
+                   : ZELC::failed(ZELC_INTERNAL, "audio was refused");
     });
 }
 
@@ -163,4 +200,8 @@ int zelc_analyser_set_rule(zelc_analyser* analyser, uint32_t kind, double min_s,
 
 double zelc_analyser_reached(const zelc_analyser* analyser) {
     return analyser != nullptr ? analyser->analyser.reached() : 0.0;
+}
+
+double zelc_unwrapped(double stamp_s, double expected_s, double period_s) {
+    return ZEL::StreamClock::unwrapped(stamp_s, expected_s, period_s);
 }

@@ -40,12 +40,12 @@ int zelc_detector_video(zelc_detector* detector, const zelc_frame* frame, zelc_v
         if (detector == nullptr || !ZELC::isReadable(verdict)) {
             return ZELC::failed(ZELC_INVALID, "no detector, or no verdict that knows its size");
         }
-        const auto planes = detector->frames.read(frame);
-        if (!planes) {
+        const auto fed = detector->frames.read(frame);
+        if (!fed) {
             return int{ZELC_INVALID};
         }
         ZELAlgo::ZELVideoResult result{};
-        if (!detector->detectors.detectPlanes(*planes, result)) {  // nothing else is left to be refused
+        if (!detector->detectors.detectPlanes(fed->planes, result)) {  // nothing else is left to be refused
             return ZELC::failed(ZELC_NO_MEMORY, "no memory for the detectors");
         }
         ZELC::write(ZELC::verdictOf(result), *verdict);

@@ -1,5 +1,7 @@
 #include "c/fed.h"
 
+#include <zel/events/analyser.h>
+
 #include <limits>
 
 #include "c/calls.h"
@@ -47,6 +49,14 @@ void copyPlane(const uint8_t* rows, size_t stride, size_t width, size_t height, 
     }
 }
 
+int writeConfig(const ZELAlgo::ZELAlgoConfig& detectors, zelc_config* config) {
+    if (!isReadable(config)) {
+        return failed(ZELC_INVALID, "no configuration, or one without its size");
+    }
+    write(configOf(detectors), *config);
+    return ZELC_OK;
+}
+
 /// Both planes of chroma, one behind the other.
 void packChroma(const zelc_frame& frame, uint8_t* packed) {
     const size_t width = frame.width / 2;
@@ -81,7 +91,7 @@ void pack(const zelc_frame& frame, uint8_t* packed) {
     packChroma(frame, packed + size_t{frame.width} * frame.height);
 }
 
-std::optional<ZELAlgo::ZELVideoPlanes> FrameReader::read(const zelc_frame* frame) {
+std::optional<FedFrame> FrameReader::read(const zelc_frame* frame) {
     const auto own = readFrame(frame);
     if (!own) {
         return std::nullopt;
@@ -98,7 +108,7 @@ std::optional<ZELAlgo::ZELVideoPlanes> FrameReader::read(const zelc_frame* frame
         planes.data[2] = chroma_.data() + plane;
         planes.stride[1] = planes.stride[2] = own->width / 2;
     }
-    return planes;
+    return FedFrame{planes, own->is_damaged != 0};
 }
 
 std::optional<ZELAlgo::ZELAudioFrame> readAudio(const zelc_audio* audio) {
@@ -120,30 +130,29 @@ std::optional<ZELAlgo::ZELAudioFrame> readAudio(const zelc_audio* audio) {
     return ZELAlgo::ZELAudioFrame{own.sample_rate, own.samples, own.channels, own.data};
 }
 
-zelc_config defaultConfig() {
-    const ZELAlgo::ZELAlgoConfig defaults;
+zelc_config configOf(const ZELAlgo::ZELAlgoConfig& detectors) {
     const auto flag = [](bool on) { return on ? uint8_t{1} : uint8_t{0}; };
     return {.struct_size = sizeof(zelc_config),
-            .look_for_black = flag(defaults.enable_black_screen),
-            .look_for_green = flag(defaults.enable_green_screen),
-            .look_for_exposure = flag(defaults.enable_exposure),
-            .look_for_block = flag(defaults.enable_block),
-            .look_for_freeze = flag(defaults.enable_staticframe),
+            .look_for_black = flag(detectors.enable_black_screen),
+            .look_for_green = flag(detectors.enable_green_screen),
+            .look_for_exposure = flag(detectors.enable_exposure),
+            .look_for_block = flag(detectors.enable_block),
+            .look_for_freeze = flag(detectors.enable_staticframe),
             .reserved = {},
-            .black_ratio = defaults.black_screen_ratio,
-            .green_ratio = defaults.green_screen_ratio,
-            .block_corners = defaults.block_param,
-            .freeze_frames = defaults.staticframe_param,
-            .mute_level = defaults.mute_level,
-            .low_voice_level = defaults.low_voice_level,
-            .high_voice_level = defaults.high_voice_level,
-            .no_voice_share = defaults.novoice_scale,
-            .audio_period_s = defaults.longtime_period_s,
+            .black_ratio = detectors.black_screen_ratio,
+            .green_ratio = detectors.green_screen_ratio,
+            .block_corners = detectors.block_param,
+            .freeze_frames = detectors.staticframe_param,
+            .mute_level = detectors.mute_level,
+            .low_voice_level = detectors.low_voice_level,
+            .high_voice_level = detectors.high_voice_level,
+            .no_voice_share = detectors.novoice_scale,
+            .audio_period_s = detectors.longtime_period_s,
             .heartbeat_s = 0};
 }
 
 std::optional<zelc_config> readConfig(const zelc_config* config) {
-    zelc_config own = defaultConfig();
+    zelc_config own = configOf({});
     if (config == nullptr) {
         return own;
     }
@@ -203,9 +212,9 @@ zelc_audio_verdict verdictOf(const ZELAlgo::ZELAudioResult& result) {
 }  // namespace ZELC
 
 int zelc_config_default(zelc_config* config) {
-    if (!ZELC::isReadable(config)) {
-        return ZELC::failed(ZELC_INVALID, "no configuration, or one without its size");
-    }
-    ZELC::write(ZELC::defaultConfig(), *config);
-    return ZELC_OK;
+    return ZELC::writeConfig({}, config);
+}
+
+int zelc_config_of_analyser(zelc_config* config) {
+    return ZELC::writeConfig(ZEL::EventAnalyser::detectorConfig(), config);
 }

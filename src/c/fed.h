@@ -18,12 +18,18 @@ std::optional<zelc_frame> readFrame(const zelc_frame* frame);
 /// Writes the frame's planes one behind the other without gaps: width * height * 3 / 2 bytes, Cb before Cr.
 void pack(const zelc_frame& frame, uint8_t* packed);
 
+/// A frame of the caller's as the library takes it.
+struct FedFrame {
+    ZELAlgo::ZELVideoPlanes planes;
+    bool is_damaged;
+};
+
 /// Reads the caller's frames as the library takes them. Chroma in turn is taken apart into buffers of its
 /// own.
 class FrameReader {
   public:
     /// Valid until the next call. None, with the reason kept, for what cannot be a frame.
-    std::optional<ZELAlgo::ZELVideoPlanes> read(const zelc_frame* frame);
+    std::optional<FedFrame> read(const zelc_frame* frame);
 
   private:
     std::vector<uint8_t> chroma_;  // of both planes
@@ -46,7 +52,8 @@ void inSteps(const ZELAlgo::ZELAudioFrame& audio, Take take) {
     }
 }
 
-zelc_config defaultConfig();
+/// What the detectors' configuration is in the caller's terms.
+zelc_config configOf(const ZELAlgo::ZELAlgoConfig& detectors);
 /// None, with the reason kept, for a struct that cannot be read; the defaults for null.
 std::optional<zelc_config> readConfig(const zelc_config* config);
 ZELAlgo::ZELAlgoConfig detectorsOf(const zelc_config& config);

@@ -3,6 +3,13 @@
 
 #include "c/calls.h"
 
+static_assert(ZELC_SOURCE_VIDEO == static_cast<int>(ZEL::EventSource::kVideo) &&
+              ZELC_SOURCE_AUDIO == static_cast<int>(ZEL::EventSource::kAudio) &&
+              ZELC_SOURCE_TIMESTAMPS == static_cast<int>(ZEL::EventSource::kTimestamps) &&
+              ZELC_SOURCE_INPUT == static_cast<int>(ZEL::EventSource::kInput) &&
+              ZELC_TIER_FAULT == static_cast<int>(ZEL::EventTier::kFault) &&
+              ZELC_TIER_LOOK == static_cast<int>(ZEL::EventTier::kLook));
+
 uint32_t zelc_kind_count(void) {
     return static_cast<uint32_t>(ZEL::kEventKinds);
 }
@@ -15,9 +22,12 @@ int zelc_kind_info(uint32_t kind, zelc_kind* info) {
     const ZEL::EventKindInfo& row = ZEL::eventKinds()[kind];
     const zelc_kind own{.struct_size = sizeof own,
                         .source = static_cast<uint32_t>(row.source),
+                        .tier = static_cast<uint32_t>(row.tier),
+                        .reserved = 0,
                         .name = row.name.data(),
                         .unit = row.unit.data(),
                         .meaning = row.meaning.data(),
+                        .colour = row.colour.data(),
                         .min_s = row.rule.min_s,
                         .gap_s = row.rule.gap_s};
     ZELC::write(own, *info);
@@ -26,5 +36,6 @@ int zelc_kind_info(uint32_t kind, zelc_kind* info) {
 
 int zelc_kind_by_name(const char* name) {
     const auto kind = name != nullptr ? ZEL::eventKindByName(name) : std::nullopt;
-    return kind ? static_cast<int>(ZEL::indexOf(*kind)) : ZELC::failed(ZELC_INVALID, "no kind of event has that name");
+    return kind ? static_cast<int>(ZEL::indexOf(*kind))
+                : ZELC::failed(ZELC_INVALID, "no kind of event has that name");
 }

@@ -28,8 +28,8 @@ void appendQuoted(std::string& json, std::string_view text) {
 
 }  // namespace
 
-void zelc_report_visit(const zelc_report* report, int (*visit)(void* user, const char* key, const char* value),
-                       void* user) {
+void zelc_report_visit(const zelc_report* report,
+                       int (*visit)(void* user, const char* key, const char* value), void* user) {
     if (report == nullptr || visit == nullptr) {
         return;
     }

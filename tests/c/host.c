@@ -223,56 +223,122 @@ static void streamCallsBack(void) {
 }
 
 struct Events {
+    zelc_analyser* analyser;
     int raised;
     int cleared;
+    int suspected;
+    int frames;
+    int black_frames;
+    int silences;
     uint32_t kind;
     double start_s;
     double end_s;
+    double gap_s;
 };
 
 static void onRaised(void* user, uint32_t kind, double start_s, double noticed_s) {
     struct Events* events = (struct Events*)user;
-    CHECK(noticed_s > start_s);
+    CHECK(noticed_s > start_s && zelc_analyser_reached(events->analyser) > start_s);
     ++events->raised;
     events->kind = kind;
+}
+
+static void onSuspected(void* user, uint32_t kind) {
+    ((struct Events*)user)->suspected += kind == (uint32_t)zelc_kind_by_name("black");
+}
+
+static void onGap(void* user, uint32_t track, double start_s, double end_s) {
+    CHECK(track == ZELC_TRACK_AUDIO);
+    ((struct Events*)user)->gap_s = end_s - start_s;
+}
+
+static void onFrame(void* user, uint64_t index, double start_s, const zelc_video_verdict* verdict) {
+    struct Events* events = (struct Events*)user;
+    CHECK(index == (uint64_t)events->frames && fabs(start_s - 10.0 - (double)index / 25.0) < 1e-6);
+    ++events->frames;
+    events->black_frames += verdict->screen == ZELC_SCREEN_BLACK;
+}
+
+static void onSilence(void* user, double start_s, double end_s, const zelc_audio_verdict* verdict) {
+    CHECK(verdict->is_complete && verdict->is_mute && fabs(end_s - start_s - 0.1) < 1e-6);
+    ++((struct Events*)user)->silences;
 }
 
 static void onCleared(void* user, const zelc_event* event) {
     struct Events* events = (struct Events*)user;
     CHECK(event->kind == events->kind && event->counts);
+    CHECK(event->has_evidence && event->value > event->limit && event->limit > 0.5);
     ++events->cleared;
-    events->start_s = event->start_s;
-    events->end_s = event->end_s;
+    if (event->kind == (uint32_t)zelc_kind_by_name("black")) {
+        CHECK(!event->is_open_at_end);
+        events->start_s = event->start_s;
+        events->end_s = event->end_s;
+    }
 }
 
 static void analyserRaisesAndClears(void) {
-    struct Events events = {0, 0, 0, 0.0, 0.0};
+    struct Events events;
+    const zelc_audio audio = silence();
     zelc_analyser_options options = ZELC_INIT(zelc_analyser_options);
     zelc_analyser_callbacks callbacks = ZELC_INIT(zelc_analyser_callbacks);
-    zelc_kind kind = ZELC_INIT(zelc_kind);
     zelc_analyser* analyser = NULL;
     const int black = zelc_kind_by_name("black");
     zelc_frame frame;
+    memset(&events, 0, sizeof events);
     callbacks.user = &events;
     callbacks.on_raised = &onRaised;
     callbacks.on_cleared = &onCleared;
+    callbacks.on_suspected = &onSuspected;
+    callbacks.on_gap = &onGap;
+    callbacks.on_frame = &onFrame;
+    callbacks.on_silence_period = &onSilence;
     CHECK(zelc_analyser_options_default(&options) == ZELC_OK && options.has_audio);
-    options.has_audio = 0;
     CHECK(zelc_analyser_new(&options, &callbacks, &analyser) == ZELC_OK);
+    events.analyser = analyser;
+    for (uint32_t kind = 0; kind < zelc_kind_count(); ++kind) {
+        CHECK(kind == (uint32_t)black || zelc_analyser_set_rule(analyser, kind, 1e6, 0.1) == ZELC_OK);
+    }
+    CHECK(zelc_analyser_set_rule(analyser, (uint32_t)zelc_kind_by_name("stall"), 1.5, 0.1) == ZELC_OK);
     CHECK(zelc_analyser_set_rule(analyser, (uint32_t)black, 0.3, 0.1) == ZELC_OK);
     CHECK(zelc_analyser_set_rule(analyser, zelc_kind_count(), 0.3, 0.1) == ZELC_INVALID);
-    CHECK(zelc_kind_info((uint32_t)black, &kind) == ZELC_OK && strcmp(kind.name, "black") == 0);
     for (int i = 0; i < 100; ++i) {
         frame = frameOf(i >= 25 && i < 75 ? 16 : -1);
         CHECK(zelc_analyser_video(analyser, &frame, 10.0 + i / 25.0, 1 / 25.0) == ZELC_OK);
+    }
+    for (int i = 0; i < 10; ++i) { /* the sound ends three seconds early */
+        CHECK(zelc_analyser_audio(analyser, &audio, 10.0 + i / 10.0) == ZELC_OK);
     }
     CHECK(zelc_analyser_video(analyser, &frame, NAN, 0.04) == ZELC_INVALID);
     CHECK(zelc_analyser_end(analyser, -1.0) == ZELC_OK);
     CHECK(zelc_analyser_video(analyser, &frame, 14.0, 0.04) == ZELC_ENDED);
     CHECK(fabs(zelc_analyser_reached(analyser) - 14.0) < 0.05);
-    CHECK(events.raised == 1 && events.cleared == 1 && events.kind == (uint32_t)black);
+    CHECK(events.raised == 2 && events.cleared == 2); /* black, and the stall of the sound */
     CHECK(fabs(events.start_s - 11.0) < 0.05 && fabs(events.end_s - 13.0) < 0.05);
+    CHECK(events.suspected == 1 && events.frames == 100 && events.black_frames == 50 &&
+          events.silences == 10);
+    CHECK(fabs(events.gap_s - 3.0) < 0.05);
+    CHECK(zelc_unwrapped(0.5, 26.0, 26.5) == 27.0);
     zelc_analyser_free(analyser);
+}
+
+/* The kinds are told one by one, so that nobody lists them. */
+static void kindsTellOfThemselves(void) {
+    zelc_config plain = ZELC_INIT(zelc_config);
+    zelc_config own = ZELC_INIT(zelc_config);
+    uint32_t looks = 0;
+    for (uint32_t number = 0; number < zelc_kind_count(); ++number) {
+        zelc_kind kind = ZELC_INIT(zelc_kind);
+        CHECK(zelc_kind_info(number, &kind) == ZELC_OK && zelc_kind_by_name(kind.name) == (int)number);
+        CHECK(strlen(kind.colour) == 7 && kind.unit[0] != '\0' && kind.meaning[0] != '\0' &&
+              kind.min_s >= 0.0);
+        looks += kind.tier == ZELC_TIER_LOOK;
+        if (strcmp(kind.name, "damage") == 0) {
+            CHECK(kind.source == ZELC_SOURCE_INPUT);
+        }
+    }
+    CHECK(looks > 0 && looks < zelc_kind_count());
+    CHECK(zelc_config_default(&plain) == ZELC_OK && zelc_config_of_analyser(&own) == ZELC_OK);
+    CHECK(plain.freeze_frames == 10.0F && own.freeze_frames == 1.0F && own.audio_period_s == 0.1);
 }
 
 int main(void) {
@@ -284,6 +350,7 @@ int main(void) {
     otherVersionsUnderstandEachOther();
     streamCallsBack();
     analyserRaisesAndClears();
+    kindsTellOfThemselves();
     zelc_set_log(NULL, NULL);
     return 0;
 }
