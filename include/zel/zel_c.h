@@ -82,6 +82,8 @@ ZELC_API const char* zelc_last_error(void);
  */
 typedef void (*zelc_log)(void* user, const char* text, size_t bytes);
 ZELC_API void zelc_set_log(zelc_log write, void* user);
+/* Drops every log line, whatever ZEL_LOG says, until zelc_set_log() is called. */
+ZELC_API void zelc_silence_log(void);
 
 /* ---- what is fed ---- */
 

@@ -19,3 +19,7 @@ void zelc_set_log(zelc_log write, void* user) {
         ZEL::setLogSink(&handOver, user);
     }
 }
+
+void zelc_silence_log(void) {
+    ZEL::setLogSink([](const char*, size_t, void*) {}, nullptr);
+}

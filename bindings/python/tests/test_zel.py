@@ -1,11 +1,13 @@
 """The Python package over the library that ZEL_LIBRARY names."""
 
+import ctypes
 import threading
 
 import numpy as np
 import pytest
 
 import zel
+from zel import _native as native
 
 WIDTH, HEIGHT, RATE = 64, 48, 48000
 
@@ -88,7 +90,7 @@ def test_a_stream_calls_back_and_is_silent_once_closed():
 def test_events_are_raised_and_cleared():
     items = [zel.VideoFrame(packed(16 if 25 <= n < 75 else noise(n)), 5 + n / 25, 1 / 25) for n in range(100)]
     event, = zel.events(items, audio=False, rules={"black": (0.3, 0.1)})
-    assert event.kind == "black" and event.value > event.limit
+    assert event.kind == event.info.name == "black" and event.value > event.limit
     assert (event.start, event.end) == (pytest.approx(6, abs=0.05), pytest.approx(8, abs=0.05))
     with zel.Analyser(audio=False) as analyser:
         found = [what for item in items for what in analyser.feed(item)] + analyser.end()
@@ -96,13 +98,26 @@ def test_events_are_raised_and_cleared():
         assert found[0].noticed - found[0].start < 1.5
         with pytest.raises(zel.EndedError):
             analyser.feed(items[0])
+    seen, gaps, suspected, periods = [], [], [], []
+    with zel.Analyser(rules={"stall": (1, 0.1)}, on_frame=lambda *frame: seen.append(frame), on_gap=gaps.append,
+                      on_suspected=suspected.append, on_silence_period=lambda *period: periods.append(period)) as analyser:
+        for item in items:
+            analyser.feed(item)
+        analyser.audio(np.zeros(4800, np.int16), RATE, 5)
+        analyser.end()
+    assert len(seen) == 100 and seen[30][0] == 30 and seen[30][2].screen == zel.Screen.BLACK
+    assert "black" in suspected and gaps[0].track == zel.Source.AUDIO and periods[0][2].mute
     with pytest.raises(ValueError, match="there are black"):
         zel.Analyser(rules={"snow": (1, 1)})
 
 
 def test_kinds_and_log_are_the_library_s_own(quiet):
-    assert zel.KINDS[0].name == "black" and not zel.KINDS[0].is_look
-    assert {kind.source for kind in zel.KINDS} == {"video", "audio", "timestamps"}
+    defaults = native.Config()
+    native.lib.zelc_config_default(ctypes.byref(defaults))
+    kinds = {kind.name: kind for kind in zel.KINDS}
+    assert zel.KINDS[0].name == "black" and kinds["black"].tier == zel.Tier.FAULT and kinds["damage"].source == zel.Source.INPUT
+    assert kinds["no-voice"].tier == zel.Tier.LOOK and kinds["mute"].colour.startswith("#")
+    assert zel.Config.of_analyser().freeze_frames == 1 and bytes(zel.Config().native()) == bytes(defaults)
     zel.Stream().close()
     with zel.Detector() as detector:
         for _ in range(12):

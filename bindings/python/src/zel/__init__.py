@@ -12,11 +12,12 @@ Audio is interleaved signed 16-bit samples.
 """
 
 from ._native import BusyError, EndedError
-from .analysis import KINDS, Analyser, AudioFrame, Event, Kind, Raised, VideoFrame, events
+from .analysis import KINDS, Analyser, AudioFrame, Event, Gap, Kind, Raised, Source, Tier, VideoFrame, events, unwrapped
 from .detection import AudioVerdict, Config, Detector, Exposure, Screen, VideoVerdict
 from .log import set_log
 from .streaming import Stream
 
 __all__ = ["KINDS", "Analyser", "AudioFrame", "AudioVerdict", "BusyError", "Config", "Detector", "EndedError", "Event",
-           "Exposure", "Kind", "Raised", "Screen", "Stream", "VideoFrame", "VideoVerdict", "events", "set_log"]
+           "Exposure", "Gap", "Kind", "Raised", "Screen", "Source", "Stream", "Tier", "VideoFrame", "VideoVerdict", "events",
+           "set_log", "unwrapped"]
 __version__ = "1.0.0"

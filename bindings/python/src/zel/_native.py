@@ -27,7 +27,7 @@ class _Sized(c.Structure):
 
 class Frame(_Sized):
     _fields_ = [("struct_size", c.c_uint32), ("format", c.c_uint32), ("width", c.c_uint32), ("height", c.c_uint32),
-                ("data", c.c_void_p * 3), ("stride", c.c_size_t * 3)]
+                ("data", c.c_void_p * 3), ("stride", c.c_size_t * 3), ("is_damaged", c.c_uint32)]
 
 
 class Audio(_Sized):
@@ -56,14 +56,15 @@ class AudioVerdict(_Sized):
 
 
 class Kind(_Sized):
-    _fields_ = [("struct_size", c.c_uint32), ("source", c.c_uint32), ("is_look", c.c_uint32), ("name", c.c_char_p),
-                ("unit", c.c_char_p), ("meaning", c.c_char_p), ("min_s", c.c_double), ("gap_s", c.c_double)]
+    _fields_ = [("struct_size", c.c_uint32), ("source", c.c_uint32), ("tier", c.c_uint32), ("reserved", c.c_uint32),
+                ("name", c.c_char_p), ("unit", c.c_char_p), ("meaning", c.c_char_p), ("colour", c.c_char_p),
+                ("min_s", c.c_double), ("gap_s", c.c_double)]
 
 
 class Event(_Sized):
     _fields_ = [("struct_size", c.c_uint32), ("kind", c.c_uint32), ("start_s", c.c_double), ("end_s", c.c_double),
                 ("share", c.c_double), ("is_open_at_end", c.c_uint32), ("counts", c.c_uint32),
-                ("has_evidence", c.c_uint32), ("value", c.c_double), ("limit", c.c_double)]
+                ("has_evidence", c.c_uint32), ("reserved", c.c_uint32), ("value", c.c_double), ("limit", c.c_double)]
 
 
 class AnalyserOptions(_Sized):
@@ -76,6 +77,10 @@ ON_AUDIO = c.CFUNCTYPE(None, c.c_void_p, c.c_int64, c.POINTER(AudioVerdict))
 ON_REPORT = c.CFUNCTYPE(None, c.c_void_p, c.c_void_p, c.c_int)
 ON_RAISED = c.CFUNCTYPE(None, c.c_void_p, c.c_uint32, c.c_double, c.c_double)
 ON_CLEARED = c.CFUNCTYPE(None, c.c_void_p, c.POINTER(Event))
+ON_SUSPECTED = c.CFUNCTYPE(None, c.c_void_p, c.c_uint32)
+ON_GAP = c.CFUNCTYPE(None, c.c_void_p, c.c_uint32, c.c_double, c.c_double)
+ON_FRAME = c.CFUNCTYPE(None, c.c_void_p, c.c_uint64, c.c_double, c.POINTER(VideoVerdict))
+ON_PERIOD = c.CFUNCTYPE(None, c.c_void_p, c.c_double, c.c_double, c.POINTER(AudioVerdict))
 VISIT = c.CFUNCTYPE(c.c_int, c.c_void_p, c.c_char_p, c.c_char_p)
 LOG = c.CFUNCTYPE(None, c.c_void_p, c.POINTER(c.c_char), c.c_size_t)
 
@@ -87,7 +92,8 @@ class StreamCallbacks(_Sized):
 
 class AnalyserCallbacks(_Sized):
     _fields_ = [("struct_size", c.c_uint32), ("reserved", c.c_uint32), ("user", c.c_void_p), ("on_raised", ON_RAISED),
-                ("on_cleared", ON_CLEARED)]
+                ("on_cleared", ON_CLEARED), ("on_suspected", ON_SUSPECTED), ("on_gap", ON_GAP),
+                ("on_frame", ON_FRAME), ("on_silence_period", ON_PERIOD), ("on_voice_period", ON_PERIOD)]
 
 
 def _load() -> c.CDLL:
@@ -117,6 +123,7 @@ _HANDLE = c.c_void_p
 _NEW = c.POINTER(c.c_void_p)
 _CALLS = {  # name: arguments; all give a code
     "zelc_config_default": [c.POINTER(Config)],
+    "zelc_config_of_analyser": [c.POINTER(Config)],
     "zelc_detector_new": [c.POINTER(Config), _NEW],
     "zelc_detector_video": [_HANDLE, c.POINTER(Frame), c.POINTER(VideoVerdict)],
     "zelc_detector_audio": [_HANDLE, c.POINTER(Audio), c.POINTER(AudioVerdict)],
@@ -137,8 +144,10 @@ _CALLS = {  # name: arguments; all give a code
 lib = _load()
 lib.zelc_last_error.restype = c.c_char_p
 lib.zelc_kind_count.restype = c.c_uint32
+lib.zelc_unwrapped.argtypes, lib.zelc_unwrapped.restype = [c.c_double] * 3, c.c_double
 lib.zelc_analyser_reached.argtypes, lib.zelc_analyser_reached.restype = [_HANDLE], c.c_double
 lib.zelc_report_visit.argtypes, lib.zelc_report_visit.restype = [_HANDLE, VISIT, c.c_void_p], None
+lib.zelc_silence_log.argtypes, lib.zelc_silence_log.restype = [], None
 lib.zelc_set_log.argtypes, lib.zelc_set_log.restype = [LOG, c.c_void_p], None
 for _name in ("zelc_detector_free", "zelc_analyser_free"):
     getattr(lib, _name).argtypes, getattr(lib, _name).restype = [_HANDLE], None

@@ -3,12 +3,28 @@
 from __future__ import annotations
 
 import ctypes as c
+import enum
 import math
 from dataclasses import dataclass
-from typing import Iterable, Iterator, List, Mapping, Optional, Tuple, Union
+from typing import Callable, Iterable, Iterator, List, Mapping, Optional, Tuple, Union
 
 from . import _fed as fed
 from . import _native as native
+from .detection import AudioVerdict, VideoVerdict, audio_verdict, video_verdict
+
+
+class Source(enum.IntEnum):
+    """Where a kind's verdicts come from."""
+
+    VIDEO = 0
+    AUDIO = 1
+    TIMESTAMPS = 2
+    INPUT = 3  #: demuxer and decoder: an analyser, which sees neither, never tells of these
+
+
+class Tier(enum.IntEnum):
+    FAULT = 0  #: wrong in any stream
+    LOOK = 1  #: may be as it was meant to be, as a night scene and music without words are
 
 
 @dataclass(frozen=True)
@@ -16,10 +32,11 @@ class Kind:
     """What can be wrong over a stretch of a stream."""
 
     name: str
-    source: str  #: "video", "audio" or "timestamps"
-    is_look: bool  #: it may be as it was meant to be, as a night scene; otherwise it is wrong in any stream
+    source: Source
+    tier: Tier
     unit: str  #: what is measured
     meaning: str
+    colour: str  #: "#rrggbb", for charts
     min: float  #: the default rule: seconds that it lasts at least
     gap: float  #: seconds without it that end an event
 
@@ -27,8 +44,8 @@ class Kind:
 def _kind(number: int) -> Kind:
     info = native.Kind()
     native.lib.zelc_kind_info(number, c.byref(info))
-    return Kind(info.name.decode(), ("video", "audio", "timestamps")[info.source], info.is_look != 0,
-                info.unit.decode(), info.meaning.decode(), info.min_s, info.gap_s)
+    return Kind(info.name.decode(), Source(info.source), Tier(info.tier), info.unit.decode(), info.meaning.decode(),
+                info.colour.decode(), info.min_s, info.gap_s)
 
 
 KINDS: Tuple[Kind, ...] = tuple(_kind(number) for number in range(native.lib.zelc_kind_count()))
@@ -45,6 +62,11 @@ class Raised:
     start: float
     noticed: float
 
+    @property
+    def info(self) -> Kind:
+        """The row of `KINDS`."""
+        return KINDS[_NUMBERS[self.kind]]
+
 
 @dataclass(frozen=True)
 class Event:
@@ -58,6 +80,20 @@ class Event:
     value: Optional[float]  #: what was measured on average, in the unit of the kind
     limit: Optional[float]  #: and what it was held against
 
+    @property
+    def info(self) -> Kind:
+        """The row of `KINDS`."""
+        return KINDS[_NUMBERS[self.kind]]
+
+
+@dataclass(frozen=True)
+class Gap:
+    """A track has no frame for at least as long as the shortest stall."""
+
+    track: Source  #: VIDEO or AUDIO
+    start: float
+    end: float
+
 
 @dataclass(frozen=True)
 class VideoFrame:
@@ -65,6 +101,7 @@ class VideoFrame:
     time: float  #: seconds
     duration: float = 0.0  #: seconds; 0 if it is not known
     pixel_format: str = "i420"
+    is_damaged: bool = False  #: a decoder made up part of it, or did without a frame that it refers to
 
 
 @dataclass(frozen=True)
@@ -75,33 +112,63 @@ class AudioFrame:
     channels: Optional[int] = None  #: of flat samples; 1 if it is not given
 
 
+def _on_period(told: Callable[[float, float, AudioVerdict], None]):
+    return native.ON_PERIOD(lambda _user, start, end, verdict: told(start, end, audio_verdict(verdict.contents)))
+
+
 class Analyser:
     """Finds the events of one stream, live or from a file; one thread at a time.
 
     `rules` gives the shortest event and the gap that ends one, both in seconds, per kind: {"freeze": (5, 0.1)}. For live
     streams `late_after` is how many seconds a track may fall behind the other before it stalls.
+
+    Who wants more than events is called while a feed lasts: `on_suspected(kind)` where a fault is seen that may become an
+    event, `on_gap(gap)`, `on_frame(index, start, verdict)` for each frame, and for each tenth of a second of audio, and each
+    second of it, `on_silence_period` and `on_voice_period` `(start, end, verdict)`. They must not feed, and what they raise
+    goes to `sys.unraisablehook`.
     """
 
     def __init__(self, *, video: bool = True, audio: bool = True, is_still: bool = False,
                  late_after: Optional[float] = None,
-                 rules: Optional[Mapping[str, Tuple[float, float]]] = None) -> None:
+                 rules: Optional[Mapping[str, Tuple[float, float]]] = None,
+                 on_suspected: Optional[Callable[[str], None]] = None,
+                 on_gap: Optional[Callable[[Gap], None]] = None,
+                 on_frame: Optional[Callable[[int, float, VideoVerdict], None]] = None,
+                 on_silence_period: Optional[Callable[[float, float, AudioVerdict], None]] = None,
+                 on_voice_period: Optional[Callable[[float, float, AudioVerdict], None]] = None) -> None:
         self._handle = c.c_void_p()
         self._found: List[Union[Raised, Event]] = []
         self._callbacks = native.AnalyserCallbacks()
         self._callbacks.on_raised = native.ON_RAISED(self._on_raised)
         self._callbacks.on_cleared = native.ON_CLEARED(self._on_cleared)
+        if on_suspected is not None:
+            self._callbacks.on_suspected = native.ON_SUSPECTED(lambda _user, kind: on_suspected(KINDS[kind].name))
+        if on_gap is not None:
+            self._callbacks.on_gap = native.ON_GAP(
+                lambda _user, track, start, end: on_gap(Gap(Source(track), start, end)))
+        if on_frame is not None:
+            self._callbacks.on_frame = native.ON_FRAME(
+                lambda _user, index, start, verdict: on_frame(index, start, video_verdict(verdict.contents)))
+        if on_silence_period is not None:
+            self._callbacks.on_silence_period = _on_period(on_silence_period)
+        if on_voice_period is not None:
+            self._callbacks.on_voice_period = _on_period(on_voice_period)
         options = native.AnalyserOptions(has_video=video, has_audio=audio, is_still=is_still,
                                          late_after_s=-1.0 if late_after is None else late_after)
         native.lib.zelc_analyser_new(c.byref(options), c.byref(self._callbacks), c.byref(self._handle))
         for kind, (shortest, gap) in (rules or {}).items():
             self.set_rule(kind, shortest, gap)
 
-    def video(self, frame: fed.FrameData, time: float, duration: float = 0.0,
-              pixel_format: str = "i420") -> List[Union[Raised, Event]]:
-        """Takes the next frame, shown from `time` on; what was raised and cleared by it."""
+    def video(self, frame: fed.FrameData, time: float, duration: float = 0.0, pixel_format: str = "i420",
+              is_damaged: bool = False) -> List[Union[Raised, Event]]:
+        """Takes the next frame, shown from `time` on; what was raised and cleared by it.
+
+        Timestamps may jump, but those of few bits are to be unwrapped, see `unwrapped`.
+        """
         with native.Borrowed() as borrowed:
-            native.lib.zelc_analyser_video(self._open(), c.byref(fed.frame(frame, pixel_format, borrowed)), time,
-                                           duration)
+            own = fed.frame(frame, pixel_format, borrowed)
+            own.is_damaged = is_damaged
+            native.lib.zelc_analyser_video(self._open(), c.byref(own), time, duration)
         return self._take()
 
     def audio(self, samples: fed.Buffer, sample_rate: int, time: float,
@@ -115,7 +182,7 @@ class Analyser:
     def feed(self, item: Union[VideoFrame, AudioFrame]) -> List[Union[Raised, Event]]:
         """Takes either."""
         if isinstance(item, VideoFrame):
-            return self.video(item.data, item.time, item.duration, item.pixel_format)
+            return self.video(item.data, item.time, item.duration, item.pixel_format, item.is_damaged)
         return self.audio(item.samples, item.sample_rate, item.time, item.channels)
 
     def end(self, declared: Optional[float] = None) -> List[Union[Raised, Event]]:
@@ -167,6 +234,11 @@ class Analyser:
     def __del__(self) -> None:
         if getattr(self, "_handle", None):
             self.close()
+
+
+def unwrapped(stamp: float, expected: float, period: float) -> float:
+    """Timestamps of few bits begin again at zero every `period` seconds: `stamp` where it is nearest to `expected`."""
+    return native.lib.zelc_unwrapped(stamp, expected, period)
 
 
 def events(items: Iterable[Union[VideoFrame, AudioFrame]], *, declared: Optional[float] = None,

@@ -42,6 +42,9 @@ class AudioVerdict(NamedTuple):
     no_voice: bool
 
 
+_NATIVE_NAMES = {"audio_period": "audio_period_s"}  # of the fields that have another one in C
+
+
 @dataclass(frozen=True)
 class Config:
     """What to look for and how strictly; the defaults are the library's."""
@@ -53,17 +56,24 @@ class Config:
     look_for_freeze: bool = True
     black_ratio: float = 0.95  #: share of dark samples that makes a black screen
     green_ratio: float = 0.95  #: share of zero samples that makes a green screen
-    block_corners: float = 20  #: pairs of corners that make a frame blocky
-    freeze_frames: float = 10  #: like frames in a row that make a freeze
-    mute_level: float = 2  #: level up to which a period is mute
-    low_voice_level: float = 500  #: voiced level up to which a period is too quiet
-    high_voice_level: float = 20000  #: and from which it is too loud
+    block_corners: float = 20.0  #: pairs of corners that make a frame blocky
+    freeze_frames: float = 10.0  #: like frames in a row that make a freeze
+    mute_level: float = 2.0  #: level up to which a period is mute
+    low_voice_level: float = 500.0  #: voiced level up to which a period is too quiet
+    high_voice_level: float = 20000.0  #: and from which it is too loud
     no_voice_share: float = 0.01  #: share of voiced sound up to which a period has no voice
     audio_period: float = 10.0  #: length of an audio period, seconds
 
+    @classmethod
+    def of_analyser(cls) -> Config:
+        """What an `Analyser` asks its detectors for."""
+        own = native.Config()
+        native.lib.zelc_config_of_analyser(c.byref(own))
+        return cls(**{field.name: type(field.default)(getattr(own, _NATIVE_NAMES.get(field.name, field.name)))
+                      for field in fields(cls)})
+
     def native(self, heartbeat: int = 0) -> native.Config:
-        values = {("audio_period_s" if field.name == "audio_period" else field.name): getattr(self, field.name)
-                  for field in fields(self)}
+        values = {_NATIVE_NAMES.get(field.name, field.name): getattr(self, field.name) for field in fields(self)}
         return native.Config(heartbeat_s=heartbeat, **values)
 
 

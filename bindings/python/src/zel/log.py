@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import ctypes as c
+import os
 from typing import Callable, Optional
 
 from . import _native as native
@@ -11,10 +12,16 @@ _writer = native.LOG()  # kept alive while the library may call it
 
 
 def set_log(write: Optional[Callable[[str], None]]) -> None:
-    """Hands every line to `write`, or sends them again where the environment variable ZEL_LOG says, which is standard
-    output unless it is set."""
+    """Hands every line to `write`. With None, as in the beginning, they go where the environment variable ZEL_LOG says
+    ("stdout", "stderr" or the name of a file), and nowhere if it is not set."""
     global _writer
     writer = native.LOG() if write is None else native.LOG(
         lambda _user, text, count: write(c.string_at(text, count).decode(errors="replace")))
-    native.lib.zelc_set_log(writer, None)
+    if write is None and "ZEL_LOG" not in os.environ:  # standard output is the program's own
+        native.lib.zelc_silence_log()
+    else:
+        native.lib.zelc_set_log(writer, None)
     _writer = writer
+
+
+set_log(None)
