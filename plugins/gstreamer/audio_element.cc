@@ -14,11 +14,12 @@ namespace {
 
 /// Full scale is 1; what lies beyond is cut off, as a device would, and what is no number is silence.
 int16_t toInt16(float sample) {
-    const float scaled = sample * 32768.0F;
-    if (!(scaled > -32768.0F)) {
-        return std::isnan(scaled) ? int16_t{0} : INT16_MIN;
+    using Limits = std::numeric_limits<int16_t>;
+    const float scaled = std::isnan(sample) ? 0.0F : sample * 32768.0F;
+    if (scaled <= Limits::min()) {
+        return Limits::min();
     }
-    return scaled < 32767.0F ? static_cast<int16_t>(std::lrintf(scaled)) : INT16_MAX;
+    return scaled >= Limits::max() ? Limits::max() : static_cast<int16_t>(std::lrintf(scaled));
 }
 
 struct AudioWatch {
