@@ -335,7 +335,8 @@ ZELC_API int zelc_analyser_new(const zelc_analyser_options* options, const zelc_
 ZELC_API void zelc_analyser_free(zelc_analyser* analyser);
 
 /* Takes the next frame, with the timestamp time_s and to be shown for duration_s (0: not known), in seconds.
-   Timestamps may jump; those of few bits are to be unwrapped, see zelc_unwrapped(). */
+   Timestamps may jump; those of few bits are to be unwrapped, see zelc_unwrapped(). Where memory gives out in
+   the midst of a feed, the stream is over for the analyser: later ones are refused with ZELC_ENDED. */
 ZELC_API int zelc_analyser_video(zelc_analyser* analyser, const zelc_frame* frame, double time_s,
                                  double duration_s);
 /* Takes the next piece of audio, which begins at time_s. */

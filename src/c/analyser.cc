@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <optional>
+#include <utility>
 
 #include "c/calls.h"
 #include "c/fed.h"
@@ -100,6 +101,27 @@ struct zelc_analyser {
     bool ended = false;
 };
 
+namespace {
+
+/// Runs a feed. What one leaves that breaks off cannot be fed any more.
+template <typename Feed>
+int fed(zelc_analyser* analyser, double time_s, Feed feed) noexcept {
+    return ZELC::guarded([&] {
+        if (analyser == nullptr || !std::isfinite(time_s)) {
+            return ZELC::failed(ZELC_INVALID, "no analyser, or a time that is not finite");
+        }
+        if (analyser->ended) {
+            return ZELC::failed(ZELC_ENDED, "the stream has ended");
+        }
+        analyser->ended = true;
+        const int code = feed();
+        analyser->ended = false;
+        return code;
+    });
+}
+
+}  // namespace
+
 int zelc_analyser_options_default(zelc_analyser_options* options) {
     if (!ZELC::isReadable(options)) {
         return ZELC::failed(ZELC_INVALID, "no options, or none that know their size");
@@ -140,39 +162,26 @@ void zelc_analyser_free(zelc_analyser* analyser) {
 }
 
 int zelc_analyser_video(zelc_analyser* analyser, const zelc_frame* frame, double time_s, double duration_s) {
-    return ZELC::guarded([&] {
-        if (analyser == nullptr || !std::isfinite(time_s)) {
-            return ZELC::failed(ZELC_INVALID, "no analyser, or a time that is not finite");
-        }
-        if (analyser->ended) {
-            return ZELC::failed(ZELC_ENDED, "the stream has ended");
-        }
-        const auto fed = analyser->frames.read(frame);
-        if (!fed) {
+    return fed(analyser, time_s, [&] {
+        const auto own = analyser->frames.read(frame);
+        if (!own) {
             return int{ZELC_INVALID};
         }
-        const auto condition = fed->is_damaged ? ZEL::FrameCondition::kDamaged : ZEL::FrameCondition::kWhole;
-        return analyser->analyser.feedVideo(fed->planes, time_s, duration_s, condition)
+        const auto condition = own->is_damaged ? ZEL::FrameCondition::kDamaged : ZEL::FrameCondition::kWhole;
+        return analyser->analyser.feedVideo(own->planes, time_s, duration_s, condition)
                    ? int{ZELC_OK}
                    : ZELC::failed(ZELC_NO_MEMORY, "no memory for the detectors");
     });
 }
 
 int zelc_analyser_audio(zelc_analyser* analyser, const zelc_audio* audio, double time_s) {
-    return ZELC::guarded([&] {
-        if (analyser == nullptr || !std::isfinite(time_s)) {
-            return ZELC::failed(ZELC_INVALID, "no analyser, or a time that is not finite");
-        }
-        if (analyser->ended) {
-            return ZELC::failed(ZELC_ENDED, "the stream has ended");
-        }
-        const auto heard = ZELC::readAudio(audio);
-        if (!heard) {
+    return fed(analyser, time_s, [&] {
+        const auto own = ZELC::readAudio(audio);
+        if (!own) {
             return int{ZELC_INVALID};
         }
-        return analyser->analyser.feedAudio(*heard, time_s)
-                   ? int{ZELC_OK}
-                   : ZELC::failed(ZELC_INTERNAL, "audio was refused");
+        return analyser->analyser.feedAudio(*own, time_s) ? int{ZELC_OK}
+                                                          : ZELC::failed(ZELC_INTERNAL, "audio was refused");
     });
 }
 
@@ -181,7 +190,9 @@ int zelc_analyser_end(zelc_analyser* analyser, double declared_s) {
         if (analyser == nullptr) {
             return ZELC::failed(ZELC_INVALID, "no analyser");
         }
-        analyser->ended = true;
+        if (std::exchange(analyser->ended, true)) {
+            return int{ZELC_OK};
+        }
         analyser->analyser.endOfStream(declared_s >= 0.0 ? std::optional(declared_s) : std::nullopt);
         return int{ZELC_OK};
     });

@@ -8,6 +8,7 @@
 #include <thread>
 #include <vector>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "base/clock.h"
@@ -185,6 +186,28 @@ TEST_F(Session, TellsItsListenerOfResultsWhileSubscribed) {
     EXPECT_EQ(listener->events.value(), 1);
     session_->stop();
     EXPECT_EQ(listener.use_count(), 1);
+}
+
+TEST_F(Session, HandsTheVerdictsOfEachFrameThatIsLeftToWhoListensWithTheIndexThatWasFed) {
+    struct Listener : ZEL::IZELResultListener {
+        void onVideoResult(int64_t index, const ZELAlgo::ZELVideoResult& result) override {
+            EXPECT_EQ(result.screen_type, ZELAlgo::kScreenBlack);
+            indices.push_back(index);
+        }
+        void onAudioResult(int64_t index, const ZELAlgo::ZELAudioResult& /*result*/) override {
+            indices.push_back(-index);
+        }
+        std::vector<int64_t> indices;
+    };
+    const auto listener = std::make_shared<Listener>();
+    session_->setResultListener(listener);
+    session_->feedAudioFrame(silentAudioFrame(480), 7);
+    feed(12, kVideoBlack);  // the first two make room
+    session_->start();
+    ASSERT_TRUE(examined_.waitFor(10));
+    session_->stop();
+    EXPECT_THAT(listener->indices, testing::UnorderedElementsAre(2, 3, 4, 5, 6, 7, 8, 9, 10, 11, -7));
+    EXPECT_EQ(listener->indices.at(0), 2);
 }
 
 TEST_F(Session, RefusesWhatIsNoFrame) {
