@@ -7,8 +7,10 @@ import re
 import subprocess
 import sys
 
-CLIP = "testsrc2=s=320x180:r=25:d=6,drawbox=color=black:t=fill:enable='between(t,1.99,3.99)',format=yuv420p"
-EXPECTED = "black from 2.00 to 4.00 s\n"
+# Eight seconds: two of black, and three that stand still.
+CLIP = ("mandelbrot=s=320x180:r=25,trim=duration=5,drawbox=color=black:t=fill:enable='between(t,0.99,2.99)',"
+        "tpad=stop_mode=clone:stop_duration=3,format=yuv420p")
+EXPECTED = "black from 1.00 to 3.00 s\nfreeze from 4.96 to 8.00 s\n"
 
 
 def run(*command, **variables):
