@@ -1,5 +1,7 @@
 #include <zel/events/kinds.h>
 
+#include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <functional>
@@ -8,6 +10,8 @@
 #include <gst/video/video.h>
 #include <memory>
 #include <string>
+#include <thread>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -225,6 +229,23 @@ TEST(ZelVideo, PropertiesSayWhatIsToldAndWhen) {
     film.black(50);
     film.noise(25);
     EXPECT_THAT(film.events(), ElementsAre("-black@1.00+2.04"));
+}
+
+TEST(ZelVideo, PropertiesMayChangeOnAnotherThreadWhileItRuns) {
+    Film film;
+    std::atomic<bool> over = false;
+    std::thread setter([&] {
+        for (int i = 0; !over; ++i) {
+            film.set("black-min", i % 2 == 0 ? 0.5 : 1.0);
+            film.set("heartbeat-interval", 1U);
+        }
+    });
+    film.noise(25);
+    film.black(100);
+    film.noise(25);
+    over = true;
+    setter.join();
+    EXPECT_THAT(film.events(), ElementsAre("+black@1.00", "-black@1.00+4.00"));
 }
 
 TEST(ZelVideo, HeartbeatsCountFramesAndTellWhatIsOpen) {

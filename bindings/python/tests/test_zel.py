@@ -114,6 +114,8 @@ def test_events_are_raised_and_cleared():
 def test_kinds_and_log_are_the_library_s_own(quiet):
     defaults = native.Config()
     native.lib.zelc_config_default(ctypes.byref(defaults))
+    version = native.lib.zelc_version()
+    assert zel.__version__ == f"{version >> 16}.{version >> 8 & 255}.{version & 255}"
     kinds = {kind.name: kind for kind in zel.KINDS}
     assert zel.KINDS[0].name == "black" and kinds["black"].tier == zel.Tier.FAULT and kinds["damage"].source == zel.Source.INPUT
     assert kinds["no-voice"].tier == zel.Tier.LOOK and kinds["mute"].colour.startswith("#")

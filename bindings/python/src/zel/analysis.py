@@ -112,6 +112,18 @@ class AudioFrame:
     channels: Optional[int] = None  #: of flat samples; 1 if it is not given
 
 
+def _on_suspected(told: Callable[[str], None]):
+    return native.ON_SUSPECTED(lambda _user, kind: told(KINDS[kind].name))
+
+
+def _on_gap(told: Callable[[Gap], None]):
+    return native.ON_GAP(lambda _user, track, start, end: told(Gap(Source(track), start, end)))
+
+
+def _on_frame(told: Callable[[int, float, VideoVerdict], None]):
+    return native.ON_FRAME(lambda _user, index, start, verdict: told(index, start, video_verdict(verdict.contents)))
+
+
 def _on_period(told: Callable[[float, float, AudioVerdict], None]):
     return native.ON_PERIOD(lambda _user, start, end, verdict: told(start, end, audio_verdict(verdict.contents)))
 
@@ -142,13 +154,11 @@ class Analyser:
         self._callbacks.on_raised = native.ON_RAISED(self._on_raised)
         self._callbacks.on_cleared = native.ON_CLEARED(self._on_cleared)
         if on_suspected is not None:
-            self._callbacks.on_suspected = native.ON_SUSPECTED(lambda _user, kind: on_suspected(KINDS[kind].name))
+            self._callbacks.on_suspected = _on_suspected(on_suspected)
         if on_gap is not None:
-            self._callbacks.on_gap = native.ON_GAP(
-                lambda _user, track, start, end: on_gap(Gap(Source(track), start, end)))
+            self._callbacks.on_gap = _on_gap(on_gap)
         if on_frame is not None:
-            self._callbacks.on_frame = native.ON_FRAME(
-                lambda _user, index, start, verdict: on_frame(index, start, video_verdict(verdict.contents)))
+            self._callbacks.on_frame = _on_frame(on_frame)
         if on_silence_period is not None:
             self._callbacks.on_silence_period = _on_period(on_silence_period)
         if on_voice_period is not None:

@@ -69,7 +69,8 @@ class Config:
         """What an `Analyser` asks its detectors for."""
         own = native.Config()
         native.lib.zelc_config_of_analyser(c.byref(own))
-        return cls(**{field.name: type(field.default)(getattr(own, _NATIVE_NAMES.get(field.name, field.name)))
+        standard = cls()
+        return cls(**{field.name: type(getattr(standard, field.name))(getattr(own, _NATIVE_NAMES.get(field.name, field.name)))
                       for field in fields(cls)})
 
     def native(self, heartbeat: int = 0) -> native.Config:
@@ -82,9 +83,8 @@ def video_verdict(verdict: native.VideoVerdict) -> VideoVerdict:
                         verdict.is_freeze != 0)
 
 
-def audio_verdict(verdict: native.AudioVerdict) -> Optional[AudioVerdict]:
-    if not verdict.is_complete:
-        return None
+def audio_verdict(verdict: native.AudioVerdict) -> AudioVerdict:
+    """Of a period that is complete."""
     return AudioVerdict(verdict.level, verdict.voice_level, verdict.voice_share, verdict.is_mute != 0,
                         verdict.is_low_voice != 0, verdict.is_high_voice != 0, verdict.is_no_voice != 0)
 
@@ -114,7 +114,7 @@ class Detector:
             native.lib.zelc_detector_audio(self._open(),
                                            c.byref(fed.audio(samples, sample_rate, channels, borrowed)),
                                            c.byref(self._heard))
-        return audio_verdict(self._heard)
+        return audio_verdict(self._heard) if self._heard.is_complete else None
 
     def close(self) -> None:
         """Frees the detectors. A second call does nothing."""

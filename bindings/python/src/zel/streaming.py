@@ -23,6 +23,18 @@ def _report(handle: int) -> Report:
     return fields
 
 
+def _on_video(told: Callable[[int, VideoVerdict], None]):
+    return native.ON_VIDEO(lambda _user, index, verdict: told(index, video_verdict(verdict.contents)))
+
+
+def _on_audio(told: Callable[[int, AudioVerdict], None]):
+    return native.ON_AUDIO(lambda _user, index, verdict: told(index, audio_verdict(verdict.contents)))
+
+
+def _on_report(told: Callable[[Report, bool], None]):
+    return native.ON_REPORT(lambda _user, report, is_final: told(_report(report), is_final != 0))
+
+
 class Stream:
     """Feeds copy and return, so that a player never waits for the detectors.
 
@@ -38,14 +50,11 @@ class Stream:
         self._handle = c.c_void_p()
         self._callbacks = native.StreamCallbacks()  # kept alive as long as the stream
         if on_video is not None:
-            self._callbacks.on_video = native.ON_VIDEO(
-                lambda _user, index, verdict: on_video(index, video_verdict(verdict.contents)))
+            self._callbacks.on_video = _on_video(on_video)
         if on_audio is not None:
-            self._callbacks.on_audio = native.ON_AUDIO(
-                lambda _user, index, verdict: on_audio(index, audio_verdict(verdict.contents)))
+            self._callbacks.on_audio = _on_audio(on_audio)
         if on_report is not None:
-            self._callbacks.on_report = native.ON_REPORT(
-                lambda _user, report, is_final: on_report(_report(report), is_final != 0))
+            self._callbacks.on_report = _on_report(on_report)
         native.lib.zelc_stream_new(c.byref(config.native(heartbeat)), c.byref(self._callbacks), c.byref(self._handle))
 
     def video(self, frame: fed.FrameData, index: int = 0, pixel_format: str = "i420") -> None:
