@@ -222,8 +222,8 @@ ZELC_API int zelc_stream_drops(const zelc_stream* stream, uint64_t* video, uint6
 
 /*
  * Stops the stream: frames that still wait are left out, the final report goes out, and no callback comes any
- * more when it returns. ZELC_BUSY, and the stream lives on, from one of its own callbacks. No other thread
- * may use the stream meanwhile.
+ * more when it returns. Without memory for the report it is freed without one. ZELC_BUSY, and the stream
+ * lives on, from one of its own callbacks. No other thread may use the stream meanwhile.
  */
 ZELC_API int zelc_stream_free(zelc_stream* stream);
 
