@@ -6,8 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include "support/fast_timers.h"
 #include "support/frames.h"
 #include "support/log_capture.h"
+#include "support/wait.h"
 
 namespace {
 
@@ -167,7 +169,25 @@ TEST_F(SessionPc, UnsubscribesItsCoreAtAStopUnlessToldNotTo) {
         EXPECT_GT(core.use_count(), unsubscribed);  // the centre holds its subscribers
         session->stop();
         EXPECT_EQ(core.use_count() > unsubscribed, leave);
+        session->start();  // subscribes once in its life
+        EXPECT_EQ(core.use_count() > unsubscribed, leave);
+        session->stop();
     }
+}
+
+TEST_F(SessionPc, TakesTheInitialIntervalForEveryHeartbeat) {
+    static support::Count uploads;
+    host_.upload.setCallback(
+        [](const char*, int, const char*, const char*, const char*, ReportMap*) { uploads.add(); });
+    host_.switches.registerInt(
+        [](const char* key) { return std::string(key) == "ExtraInitialHeartBeatInterval" ? 1 : -1; });
+    const support::FastTimers timers;
+    const auto session = withCore();
+    session->setInterval(1'000'000);
+    session->setTimerSwitchListener([] { return true; });
+    session->start();
+    EXPECT_TRUE(uploads.waitFor(3));
+    session->stop();
 }
 
 TEST_F(SessionPc, SendsNoEndingHeartbeatAfterAStopFromTheSwitchThatAllowsIt) {
@@ -192,6 +212,18 @@ TEST_F(SessionPc, SendsNoEndingHeartbeatAfterAStopFromTheSwitchThatAllowsIt) {
         session->stop();
         EXPECT_EQ(uploads, 1) << "that of the stop from outside";
     }
+}
+
+TEST_F(SessionPc, SendsNoHeartbeatOnceItIsRetiredAlthoughSomebodyHoldsIt) {
+    const support::FastTimers timers;
+    const support::LogCapture log;
+    const auto session = withCore();
+    session->setInterval(1);
+    session->setTimerSwitchListener([] { return true; });
+    session->start();
+    session->retire();
+    EXPECT_TRUE(log.waitFor(" sessionpc is has released \n"));
+    session->stop();
 }
 
 TEST_F(SessionPc, FreesItsCoreWhenReleasedWithoutAStop) {
