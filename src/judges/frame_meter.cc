@@ -26,6 +26,7 @@ void FrameMeter::measure(const FramePlanes& frame, double time_s, MeasuredFrame&
         measured.row_edges.clear(strips_.height / 8 * 8);
         addColumnEdges(strips_, measured.column_edges);
         addRowEdges(strips_, measured.row_edges);
+        measured.flat_steps = countFlatSteps(measured.cells);
     }
 }
 
