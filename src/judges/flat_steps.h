@@ -1,7 +1,9 @@
 #ifndef ZEL_SRC_JUDGES_FLAT_STEPS_H_
 #define ZEL_SRC_JUDGES_FLAT_STEPS_H_
 
+#include <cstddef>
 #include <cstdint>
+#include <vector>
 
 #include "judges/cells.h"
 
@@ -17,7 +19,31 @@ struct FlatSteps {
     uint32_t flat = 0;
 };
 
-FlatSteps countFlatSteps(const Cells& cells);
+/// Counts them in one frame after another; takes memory only when their size has changed.
+class FlatStepCounter {
+  public:
+    FlatSteps count(const Cells& cells);
+
+  private:
+    /// Follows the steps along one line between cells.
+    class Line {
+      public:
+        void add(const Cells& cells, size_t a, size_t b, size_t at, FlatSteps& steps);
+        void close(FlatSteps& steps);
+
+      private:
+        size_t next_ = 0;
+        int way_ = 0;     // of the last step
+        int length_ = 0;  // of the run of flat steps that goes on
+        int step_ = 0;    // its first one
+        int last_ = 0;    // of the run before
+    };
+
+    void mark(const Cells& cells, size_t apart);
+
+    std::vector<uint16_t> marks_;
+    std::vector<Line> upright_;
+};
 
 }  // namespace ZELJudges
 

@@ -36,6 +36,7 @@ class FrameMeter {
     std::optional<double> looked_s_;  // when edges were looked for last
     size_t passed_over_ = 0;          // frames since then
     Strips strips_;
+    FlatStepCounter flat_steps_;
     BlankLuma blank_luma_;
 };
 

@@ -9,9 +9,9 @@
 namespace ZELJudges {
 namespace {
 
-constexpr double kStepS = 0.2;       // from look to look, so that slow motion shows
-constexpr double kLeastS = 1.0;      // of motion on either side
-constexpr double kApartS = 0.5;      // between it and what looks frozen
+constexpr double kStepS = 0.2;   // from look to look, so that slow motion shows
+constexpr double kLeastS = 1.0;  // of motion on either side
+constexpr double kApartS = 0.5;  // between it and what looks frozen
 constexpr double kKeptS = 20.0;
 constexpr double kSmallShare = 0.2;  // of the cells change at most
 
@@ -67,9 +67,9 @@ void SmallMotion::see(const std::vector<uint16_t>& cells, double time_s) {
 bool SmallMotion::ledTo(Span still) const {
     const double latest_s = (still.start_s + still.end_s) / 2.0;
     return cut_s_ <= still.start_s && std::any_of(spans_.begin(), spans_.end(), [&](Span span) {
-        return span.start_s <= still.start_s && span.end_s >= still.start_s - kApartS &&
-               std::min(span.end_s, latest_s) - span.start_s >= kLeastS;
-    });
+               return span.start_s <= still.start_s && span.end_s >= still.start_s - kApartS &&
+                      std::min(span.end_s, latest_s) - span.start_s >= kLeastS;
+           });
 }
 
 std::optional<bool> SmallMotion::goesOnAfter(Span still) const {
