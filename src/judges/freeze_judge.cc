@@ -98,7 +98,7 @@ std::span<const Stretch> FreezeJudge::finish() {
 
 void FreezeJudge::end() {
     if (!looks_.empty()) {
-        settle(looks_.back().end_s, isLong(looks_.back().end_s) && !isOfCard());
+        settle(looks_.back().end_s, isLong(looks_.back().end_s) && (told_long_ || !isOfCard()));
         motion_ = {};
         release();
         looks_.clear();
@@ -200,10 +200,7 @@ void FreezeJudge::compareNext() {
 /// whether it was a card.
 void FreezeJudge::settleRun(double end_s) {
     if (isOfCard() && !told_long_ && motion_.ledTo({run_start_s_, end_s})) {
-        settle(end_s, true);
-        if (!waiting_.empty()) {
-            waiting_.back().until = SmallMotion::Span{run_start_s_, end_s};
-        }
+        settle(end_s, true, SmallMotion::Span{run_start_s_, end_s});
     } else {
         settle(end_s, !isOfCard() || told_long_);
     }
@@ -297,9 +294,9 @@ double FreezeJudge::spreadFrom(double half_s) const {
     return std::numeric_limits<double>::infinity();
 }
 
-void FreezeJudge::settle(double end_s, bool present) {
+void FreezeJudge::settle(double end_s, bool present, std::optional<SmallMotion::Span> until) {
     if (end_s > settled_s_) {
-        waiting_.push_back({{settled_s_, end_s, present, changed_share_, kMostChanged, !told_}, {}});
+        waiting_.push_back({{settled_s_, end_s, present, changed_share_, kMostChanged, !told_}, until});
         told_ = true;
         settled_s_ = end_s;
     }

@@ -78,7 +78,7 @@ class FreezeJudge {
     double spreadSlack() const;
     bool wasStill(double end_s) const;
     double spreadFrom(double half_s) const;
-    void settle(double end_s, bool present);
+    void settle(double end_s, bool present, std::optional<SmallMotion::Span> until = {});
 
     double min_s_;
     size_t columns_ = 0;  // of the frames' cells

@@ -170,7 +170,9 @@ TEST(FreezeJudge, TellsWhatStopsOnPlainGroundFromCards) {
         canvas.flat(90);
         canvas.box(40 + steps(std::min(time_s, 2.0), 40), 80, 16, 24, 210);
     };
-    EXPECT_THAT(judge(stands_for_long, 16.0).freeze, ElementsAre(lasts(1.0, 16.0, 1.0)));
+    const auto for_long = judge(stands_for_long, 16.0).freeze;
+    ASSERT_THAT(for_long, ElementsAre(lasts(1.0, 16.0, 1.0)));
+    EXPECT_NEAR(16.0, for_long[0].end_s, 0.05) << "to the end";
     const auto title = [](Canvas& canvas, double time_s) {
         canvas.flat(20);
         const double shown = std::min({time_s / 1.5, (8.0 - time_s) / 1.5, 1.0});
