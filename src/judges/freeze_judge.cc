@@ -1,7 +1,6 @@
 #include "judges/freeze_judge.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
 #include <iterator>
 #include <limits>
