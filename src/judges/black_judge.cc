@@ -20,12 +20,9 @@ constexpr double kCornerHeight = 0.25;
 constexpr int kMostCorners = 2;
 constexpr double kMostColoured = 0.1;  // of the cells of chroma
 
-CellSum sumDark(const Cells& cells) {
-    return sumUpTo(cells.luma.data(), cells.luma.size(), kMostLuma);
-}
-
-double darkShare(const Cells& cells, const CellSum& dark) {
-    return static_cast<double>(dark.count) / static_cast<double>(std::max<size_t>(cells.luma.size(), 1));
+double darkShare(const Cells& cells) {
+    return static_cast<double>(cells.dark.count) /
+           static_cast<double>(std::max<size_t>(cells.luma.size(), 1));
 }
 
 bool isDark(int mean) {
@@ -71,15 +68,15 @@ bool isColourless(const Cells& cells) {
 
 }  // namespace
 
-bool BlackJudge::needsChroma(const Cells& cells) {
-    return darkShare(cells, sumDark(cells)) >= kLeastShare;
+bool BlackJudge::needsChroma(Cells& cells) {
+    cells.dark = sumUpTo(cells.luma.data(), cells.luma.size(), kMostLuma);
+    return darkShare(cells) >= kLeastShare;
 }
 
 std::span<const Stretch> BlackJudge::feed(const Cells& cells, double time_s, double duration_s) {
-    const CellSum dark = sumDark(cells);
-    const double share = darkShare(cells, dark);
+    const double share = darkShare(cells);
     const bool black = share >= kLeastShare && isColourless(cells) &&
-                       restIsLogo(cells, static_cast<int>(dark.sum / dark.count));
+                       restIsLogo(cells, static_cast<int>(cells.dark.sum / cells.dark.count));
     last_ = {time_s, time_s + duration_s, black, static_cast<float>(share), static_cast<float>(kLeastShare)};
     return {&last_, 1};
 }

@@ -13,12 +13,12 @@ namespace ZELJudges {
 /// logo, since they stand elsewhere. One thread at a time.
 class BlackJudge {
   public:
-    /// Whether the luma of a frame leaves open that it is black.
-    static bool needsChroma(const Cells& cells);
+    /// Measures how dark the luma of a frame is. Returns whether that leaves open that it is black.
+    static bool needsChroma(Cells& cells);
 
-    /// The next frame, with its chroma if that is needed, shown from `time_s` for `duration_s`. Returns its
-    /// verdict, valid until the next call: the value is the share of black cells, the limit the least that is
-    /// asked for.
+    /// The next frame, measured by needsChroma(), with its chroma if that is needed, shown from `time_s` for
+    /// `duration_s`. Returns its verdict, valid until the next call: the value is the share of black cells,
+    /// the limit the least that is asked for.
     std::span<const Stretch> feed(const Cells& cells, double time_s, double duration_s);
 
   private:

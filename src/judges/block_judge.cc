@@ -11,7 +11,11 @@ constexpr double kReachS = 0.5;     // to either side over which strengths are a
 constexpr double kMostWaitS = 5.0;  // for a weak beginning to become strong
 
 constexpr float kNearLimit = 0.092F;  // share of strips
-constexpr float kFarLimit = 0.05F;
+constexpr float kFarLimit = 0.04F;
+constexpr float kFlatLimit = 0.15F;  // share of steps
+// As if a frame had so many steps more, none of them flat: of few, a share tells nothing.
+constexpr float kFewSteps = 20.0F;
+constexpr float kFewStepsOfCells = 0.006F;
 constexpr float kStays = 0.6F;  // of the limit, once blocky
 
 constexpr size_t kLongestPeriod = 32;
@@ -48,9 +52,13 @@ void BlockJudge::look(const MeasuredFrame& frame, double time_s) {
         start_s_ = time_s;
         columns_ = frame.column_edges;
         rows_ = frame.row_edges;
+        flat_steps_ = frame.flat_steps;
+        cells_ = frame.cells.luma.size();
     } else {
         columns_.add(frame.column_edges);
         rows_.add(frame.row_edges);
+        flat_steps_.all += frame.flat_steps.all;
+        flat_steps_.flat += frame.flat_steps.flat;
     }
     ++looks_;
 }
@@ -65,13 +73,20 @@ float BlockJudge::strength() {
     const auto stronger = [](const CombStrength& across, const CombStrength& down) {
         return std::max({across.eight, down.eight, std::min(across.any, down.any)});
     };
-    const size_t across = height_ / 8 * looks_;
-    const size_t down = width_ / 8 * looks_;
-    const float near = stronger(comb_.strength(columns_.near, across, kLongestPeriod, 1),
-                                comb_.strength(rows_.near, down, kLongestPeriod, 1));
-    const float far = stronger(comb_.strength(columns_.far, across, kLongestFarPeriod, kFarPeriodStep),
-                               comb_.strength(rows_.far, down, kLongestFarPeriod, kFarPeriodStep));
-    return std::max(near / kNearLimit, far / kFarLimit);
+    const size_t across = height_ / 8;
+    const size_t down = width_ / 8;
+    const float near = stronger(comb_.strength(columns_.near, across, looks_, kLongestPeriod, 1),
+                                comb_.strength(rows_.near, down, looks_, kLongestPeriod, 1));
+    const float far =
+        stronger(comb_.strength(columns_.far, across, looks_, kLongestFarPeriod, kFarPeriodStep),
+                 comb_.strength(rows_.far, down, looks_, kLongestFarPeriod, kFarPeriodStep));
+    return std::max({near / kNearLimit, far / kFarLimit, flatShare() / kFlatLimit});
+}
+
+float BlockJudge::flatShare() const {
+    const float few =
+        (kFewSteps + kFewStepsOfCells * static_cast<float>(cells_)) * static_cast<float>(looks_);
+    return static_cast<float>(flat_steps_.flat) / (static_cast<float>(flat_steps_.all) + few);
 }
 
 float BlockJudge::meanStrength(size_t window) const {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "judges/cell_kernels.h"
 #include "judges/frame_planes.h"
 
 namespace ZELJudges {
@@ -21,6 +22,9 @@ struct Cells {
     std::vector<uint16_t> luma;      ///< mean, in 64ths
     std::vector<uint8_t> darkest;    ///< luma sample
     std::vector<uint8_t> brightest;  ///< luma sample
+    CellSum dark{};                  ///< of the cells that are as dark as black is
+    std::vector<uint8_t> blank;      ///< marks of cells whose luma may show nothing decoded
+    size_t blank_count = 0;
     bool has_chroma = false;  ///< most frames need none; what follows is then what an earlier frame left
     size_t chroma_columns = 0;
     size_t chroma_rows = 0;

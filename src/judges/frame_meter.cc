@@ -18,7 +18,8 @@ void FrameMeter::measure(const FramePlanes& frame, double time_s, MeasuredFrame&
     measured.has_edges = wantsEdges(time_s);
     measureLuma(frame, measured.cells, measured.has_edges ? &strips_ : nullptr);
     const bool may_be_lost = blank_luma_.turnsUp(measured.cells);
-    if (may_be_lost || BlackJudge::needsChroma(measured.cells)) {
+    const bool may_be_black = BlackJudge::needsChroma(measured.cells);
+    if (may_be_lost || may_be_black) {
         measureChroma(frame, measured.cells);
     }
     if (measured.has_edges) {
@@ -26,6 +27,7 @@ void FrameMeter::measure(const FramePlanes& frame, double time_s, MeasuredFrame&
         measured.row_edges.clear(strips_.height / 8 * 8);
         addColumnEdges(strips_, measured.column_edges);
         addRowEdges(strips_, measured.row_edges);
+        measured.flat_steps = flat_steps_.count(measured.cells);
     }
 }
 

@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "judges/cells.h"
+#include "judges/flat_steps.h"
 #include "judges/frame_planes.h"
 #include "judges/grid_kernels.h"
 #include "judges/loss_judge.h"
@@ -20,6 +21,7 @@ struct MeasuredFrame {
     bool has_edges = false;    ///< the edges of some frames of a second are enough
     EdgeProfile column_edges;  ///< by column; what an earlier frame left, if this one has no edges
     EdgeProfile row_edges;     ///< by row, the same
+    FlatSteps flat_steps;      ///< the same
 };
 
 /// Measures the frames of one stream in the order in which they are fed. One thread at a time.
@@ -34,6 +36,7 @@ class FrameMeter {
     std::optional<double> looked_s_;  // when edges were looked for last
     size_t passed_over_ = 0;          // frames since then
     Strips strips_;
+    FlatStepCounter flat_steps_;
     BlankLuma blank_luma_;
 };
 

@@ -1,13 +1,13 @@
 #include "judges/freeze_judge.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
 #include <iterator>
 #include <limits>
-#include <numeric>
 
+#include "judges/cell_change.h"
 #include "judges/cell_kernels.h"
+#include "judges/changed_rows.h"
 
 namespace ZELJudges {
 namespace {
@@ -17,29 +17,18 @@ constexpr double kLooksPerMinimum = 128;  // frames that come faster are passed 
 constexpr size_t kRetryPart = 4;          // of a run that failed, after which another is tried
 constexpr size_t kMostRows = 112;         // of cells; larger frames are measured in larger cells
 
-// A cell has changed beyond kLeastChange levels, or beyond what kNoiseReach deviations of noise explain,
-// which is taken to be kMostNoise at most.
-constexpr double kLeastChange = 2.5;
-constexpr double kNoiseReach = 4.5;
-constexpr double kMostNoise = 1.5;
-constexpr double kDeviationsPerMedian = 1.0 / 0.6745;  // of the absolute value, for a normal distribution
-
 constexpr float kMostChanged = 0.06F;  // share of all cells
-// A ticker does not count: one band of rows of which most cells have changed, near the upper or lower end.
-constexpr double kTickerHeight = 0.12;
-constexpr double kTickerReach = 0.2;
 // Where changes spread by more than this over the second half of a run, something moves. Changes that come at
 // once do not move: a frame was coded anew, a sign put up.
 constexpr double kMostSpread = 1.15;
 constexpr double kLeastSpread = 0.001;  // share of all cells
 constexpr double kLeastSpreadCells = 4.0;
+constexpr double kStillPart = 0.5;  // of that, in what was still before something moved
+constexpr double kStillOfMinimum = 0.8;
 
 constexpr int kMostUneven = 3 * kMeanScale;
 constexpr double kCardShare = 0.85;
-
-size_t shareOfRows(size_t rows, double share) {
-    return static_cast<size_t>(std::ceil(static_cast<double>(rows) * share));
-}
+constexpr double kLongestCardS = 10.0;  // on which something moved just before
 
 /// Joins cells by fours until they are few enough; returns how many rows are left.
 size_t pool(std::vector<uint16_t>& cells, size_t columns, size_t rows) {
@@ -60,7 +49,8 @@ size_t pool(std::vector<uint16_t>& cells, size_t columns, size_t rows) {
     return rows;
 }
 
-/// Hardly anything but one plain colour: a title or a logo, which stands still by intent, or nothing at all.
+/// Hardly anything but one plain colour: a title or a logo, which stands still by intent, nothing at all, or
+/// a scene on a plain ground.
 bool isCard(std::vector<uint16_t> cells) {
     const auto middle = cells.begin() + static_cast<std::ptrdiff_t>(cells.size() / 2);
     std::nth_element(cells.begin(), middle, cells.end());
@@ -69,73 +59,6 @@ bool isCard(std::vector<uint16_t> cells) {
     };
     const auto plain = std::count_if(cells.begin(), cells.end(), is_plain);
     return static_cast<double>(plain) >= kCardShare * static_cast<double>(cells.size());
-}
-
-/// Where the marked cells lie.
-class ChangedRows {
-  public:
-    ChangedRows(const std::vector<uint16_t>& marks, size_t rows) : columns_(marks.size() / rows) {
-        for (size_t y = 0; y < rows; ++y) {
-            const auto row = marks.begin() + static_cast<std::ptrdiff_t>(y * columns_);
-            const auto unmarked = std::count(row, row + static_cast<std::ptrdiff_t>(columns_), 0);
-            counts_.push_back(columns_ - static_cast<size_t>(unmarked));
-        }
-    }
-
-    /// Cells in the one band that may be a ticker.
-    size_t ticker() const {
-        const size_t reach = shareOfRows(counts_.size(), kTickerReach);
-        return std::max(band(0, reach), band(counts_.size() - reach, counts_.size()));
-    }
-
-    /// Cells outside the rows where tickers run.
-    size_t inner() const {
-        const auto outer = static_cast<std::ptrdiff_t>(shareOfRows(counts_.size(), kTickerHeight));
-        return outer * 2 >= std::ssize(counts_)
-                   ? 0
-                   : std::accumulate(counts_.begin() + outer, counts_.end() - outer, size_t{0});
-    }
-
-  private:
-    /// From the first to the last row of which most cells are marked, if that is no higher than a ticker.
-    size_t band(size_t first, size_t last) const {
-        const auto crowded = [this](size_t y) { return 2 * counts_[y] > columns_; };
-        while (first < last && !crowded(first)) {
-            ++first;
-        }
-        while (first < last && !crowded(last - 1)) {
-            --last;
-        }
-        if (last - first > shareOfRows(counts_.size(), kTickerHeight)) {
-            return 0;
-        }
-        return std::accumulate(counts_.begin() + static_cast<std::ptrdiff_t>(first),
-                               counts_.begin() + static_cast<std::ptrdiff_t>(last), size_t{0});
-    }
-
-    size_t columns_;
-    std::vector<size_t> counts_;
-};
-
-/// How many 64ths of a level a cell may differ, from the noise that most cells show.
-uint16_t changeLimit(const std::vector<uint16_t>& now, const std::vector<uint16_t>& then) {
-    const auto limit_for = [](int median) {
-        const double noise = std::min(kMostNoise, median * kDeviationsPerMedian / kMeanScale);
-        return static_cast<uint16_t>(std::max(kLeastChange, kNoiseReach * noise) * kMeanScale);
-    };
-    // The smallest difference that half of the cells stay within, looked for where it decides.
-    int low = static_cast<int>(kLeastChange / kNoiseReach / kDeviationsPerMedian * kMeanScale);
-    int high = static_cast<int>(kMostNoise / kDeviationsPerMedian * kMeanScale) + 1;
-    while (low < high) {
-        const int middle = (low + high) / 2;
-        const size_t like = countLike(now.data(), then.data(), now.size(), static_cast<uint16_t>(middle));
-        if (2 * like >= now.size()) {
-            high = middle;
-        } else {
-            low = middle + 1;
-        }
-    }
-    return limit_for(low);
 }
 
 }  // namespace
@@ -161,6 +84,7 @@ std::span<const Stretch> FreezeJudge::feed(const Cells& cells, double time_s, do
         while (next_ < looks_.size()) {
             compareNext();
         }
+        release();
     }
     return settled_;
 }
@@ -173,7 +97,9 @@ std::span<const Stretch> FreezeJudge::finish() {
 
 void FreezeJudge::end() {
     if (!looks_.empty()) {
-        settle(looks_.back().end_s, isLong(looks_.back().end_s) && !isOfCard());
+        settle(looks_.back().end_s, isLong(looks_.back().end_s) && (told_long_ || !isOfCard()));
+        motion_ = {};
+        release();
         looks_.clear();
         next_ = 0;
     }
@@ -198,6 +124,7 @@ void FreezeJudge::addLook(const Cells& cells, double time_s, double duration_s) 
     look.end_s = time_s + duration_s;
     look.cells.assign(cells.luma.begin(), cells.luma.end());
     pooled_rows_ = pool(look.cells, columns_, rows_);
+    motion_.see(look.cells, time_s);
 }
 
 void FreezeJudge::beginRun(size_t look) {
@@ -205,6 +132,7 @@ void FreezeJudge::beginRun(size_t look) {
     next_ = look + 1;
     alike_ = 1;
     told_ = false;
+    told_long_ = false;
     run_start_s_ = looks_[look].start_s;
     first_cells_ = looks_[look].cells;
     is_of_card_.reset();
@@ -231,7 +159,7 @@ void FreezeJudge::compareNext() {
     const Look& look = looks_[next_];
     if (!staysLikeFirst(look)) {
         if (isLong(last_end_s_)) {
-            settle(last_end_s_, !isOfCard());
+            settleRun(last_end_s_);
             beginRun(next_);
         } else {
             tryLater();
@@ -247,8 +175,8 @@ void FreezeJudge::compareNext() {
     const double half_s = (run_start_s_ + look.end_s) / 2.0;
     if (const double spread_s = spreadFrom(half_s); spread_s < look.end_s) {
         const double end_s = std::max({spread_s, looks_.front().start_s, settled_s_});
-        if (isLong(end_s)) {
-            settle(end_s, !isOfCard());
+        if (isLong(end_s) && (told_ || wasStill(end_s))) {
+            settleRun(end_s);
             const auto starts_later = [end_s](const Look& other) { return other.start_s >= end_s; };
             beginRun(static_cast<size_t>(std::find_if(looks_.begin(), looks_.end() - 1, starts_later) -
                                          looks_.begin()));
@@ -256,8 +184,41 @@ void FreezeJudge::compareNext() {
             tryLater();
         }
     } else if (const double sure_s = std::max(half_s, look.end_s - kSureAfterS); isLong(sure_s)) {
-        settle(sure_s, !isOfCard());
+        if (!isOfCard() || told_long_) {
+            settle(sure_s, true);
+        } else if (!motion_.ledTo({run_start_s_, look.end_s})) {
+            settle(sure_s, false);
+        } else if (look.end_s - run_start_s_ >= kLongestCardS) {
+            told_long_ = true;
+            settle(sure_s, true);
+        }
     }
+}
+
+/// Settles the run in work, which was long enough. Of a plain frame that something led to it is not known yet
+/// whether it was a card.
+void FreezeJudge::settleRun(double end_s) {
+    if (isOfCard() && !told_long_ && motion_.ledTo({run_start_s_, end_s})) {
+        settle(end_s, true, SmallMotion::Span{run_start_s_, end_s});
+    } else {
+        settle(end_s, !isOfCard() || told_long_);
+    }
+}
+
+/// Tells what is settled, up to what still depends on how the stream goes on.
+void FreezeJudge::release() {
+    auto waiting = waiting_.begin();
+    for (; waiting != waiting_.end(); ++waiting) {
+        if (waiting->until) {
+            const auto goes_on = motion_.goesOnAfter(*waiting->until);
+            if (!goes_on) {
+                break;
+            }
+            waiting->stretch.present = *goes_on;
+        }
+        settled_.push_back(waiting->stretch);
+    }
+    waiting_.erase(waiting_.begin(), waiting);
 }
 
 /// Gives up a run that was too short. The next begins a good part into it, so that the cost stays linear.
@@ -289,10 +250,26 @@ bool FreezeJudge::staysLikeFirst(const Look& look) {
     return true;
 }
 
+double FreezeJudge::spreadSlack() const {
+    return std::max(kLeastSpread * static_cast<double>(changed_.size()), kLeastSpreadCells);
+}
+
+/// Whether hardly anything spread for most of the minimum somewhere in the run up to `end_s`: if not, what
+/// has moved since has moved all along.
+bool FreezeJudge::wasStill(double end_s) const {
+    const auto most = static_cast<size_t>(kStillPart * spreadSlack());
+    const double still_s = kStillOfMinimum * min_s_;
+    return std::any_of(growth_.begin(), growth_.end(), [&](const Growth& first) {
+        const double until_s = first.start_s + still_s;
+        const auto is_later = [until_s](const Growth& growth) { return growth.start_s > until_s; };
+        const auto later = std::find_if(growth_.begin(), growth_.end(), is_later);
+        return until_s <= end_s && std::prev(later)->cells - first.cells <= most;
+    });
+}
+
 /// When the changes first went beyond what is allowed for those up to `half_s`; infinite if they did not.
 double FreezeJudge::spreadFrom(double half_s) const {
-    const auto all = static_cast<double>(changed_.size());
-    const double slack = std::max(kLeastSpread * all, kLeastSpreadCells);
+    const double slack = spreadSlack();
     auto later = growth_.begin() + 1;
     while (later != growth_.end() && later->start_s <= half_s) {
         ++later;
@@ -316,9 +293,9 @@ double FreezeJudge::spreadFrom(double half_s) const {
     return std::numeric_limits<double>::infinity();
 }
 
-void FreezeJudge::settle(double end_s, bool present) {
+void FreezeJudge::settle(double end_s, bool present, std::optional<SmallMotion::Span> until) {
     if (end_s > settled_s_) {
-        settled_.push_back({settled_s_, end_s, present, changed_share_, kMostChanged, !told_});
+        waiting_.push_back({{settled_s_, end_s, present, changed_share_, kMostChanged, !told_}, until});
         told_ = true;
         settled_s_ = end_s;
     }

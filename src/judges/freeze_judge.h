@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "judges/cells.h"
+#include "judges/small_motion.h"
 #include "judges/stretch.h"
 
 namespace ZELJudges {
@@ -19,10 +20,11 @@ namespace ZELJudges {
 /// A cell has changed where it differs from the run's first frame by more than 2.5 levels, or by more than
 /// the noise of most cells explains. What has changed once counts to the end of the run. Few cells may
 /// change: a clock, a logo, a ticker; and they must stay in place, since what spreads is motion. A freeze
-/// ends at a cut, even where the next one begins there.
+/// ends at a cut, even where the next one begins there. A plain frame that stands still is a card, unless
+/// something moves on its ground before it and goes on after it, or it stands for longer than cards do.
 ///
 /// Memory for the frames of the last `min_s` at most, however long the stream. A frozen stretch is settled
-/// from kSureAfterS after the minimum on, as it goes on. One thread at a time.
+/// from kSureAfterS after the minimum on, as it goes on; a plain one later. One thread at a time.
 class FreezeJudge {
   public:
     /// Whatever is to be found, runs of this length are judged: longer ones are made of them.
@@ -57,16 +59,26 @@ class FreezeJudge {
         size_t cells;
     };
 
+    /// Present only if the motion that led to it goes on after it, where that is asked for.
+    struct Waiting {
+        Stretch stretch;
+        std::optional<SmallMotion::Span> until;
+    };
+
     void end();
     void addLook(const Cells& cells, double time_s, double duration_s);
     void beginRun(size_t look);
     void compareNext();
     void tryLater();
+    void settleRun(double end_s);
+    void release();
     bool staysLikeFirst(const Look& look);
     bool isLong(double end_s) const;
     bool isOfCard();
+    double spreadSlack() const;
+    bool wasStill(double end_s) const;
     double spreadFrom(double half_s) const;
-    void settle(double end_s, bool present);
+    void settle(double end_s, bool present, std::optional<SmallMotion::Span> until = {});
 
     double min_s_;
     size_t columns_ = 0;  // of the frames' cells
@@ -77,6 +89,7 @@ class FreezeJudge {
     size_t next_ = 0;          // look to be compared
     size_t alike_ = 0;         // looks of the run
     bool told_ = false;        // part of the run is settled
+    bool told_long_ = false;   // it has been still for too long for a card
     double run_start_s_ = 0.0;
     double last_end_s_ = 0.0;  // of the last look that stayed like the first
     double settled_s_ = 0.0;
@@ -86,6 +99,8 @@ class FreezeJudge {
     size_t changed_count_ = 0;
     float changed_share_ = 0.0F;  // of all cells, without a ticker
     std::vector<Growth> growth_;  // between the outer rows
+    SmallMotion motion_;
+    std::vector<Waiting> waiting_;  // settled, or to be released after what is not
     std::vector<Stretch> settled_;
 };
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace ZELJudges {
 namespace {
@@ -12,29 +13,11 @@ constexpr float kTrimmedShare =
     0.25F;                            // of a comb's boundaries, those that show most: one texture is no grid
 constexpr float kLivingShare = 0.5F;  // of all strips count as living at least
 constexpr size_t kPhaseSlack = 2;     // an edge is a few samples wide
-
-/// The largest of the shares of phases more than kPhaseSlack away from `phase`, around the ring.
-float largestElsewhere(const std::vector<float>& shares, size_t phase) {
-    float largest = 0.0F;
-    for (size_t p = 0; p < shares.size(); ++p) {
-        const size_t apart = p > phase ? p - phase : phase - p;
-        if (std::min(apart, shares.size() - apart) > kPhaseSlack) {
-            largest = std::max(largest, shares[p]);
-        }
-    }
-    return largest;
-}
-
-/// How much the best phase stands out, if `same` at a phase is what both must show and `either` what one
-/// does.
-float standingOut(const std::vector<float>& same, const std::vector<float>& either) {
-    const size_t best = static_cast<size_t>(std::max_element(same.begin(), same.end()) - same.begin());
-    return std::max(0.0F, same[best] - largestElsewhere(either, best));
-}
+constexpr float kChanceReach = 2.0F;  // standard errors that are put down to chance
 
 }  // namespace
 
-float GridComb::trimmedShare(size_t phase, size_t period) {
+GridComb::Share GridComb::trimmedShare(size_t phase, size_t period) {
     const size_t size = counts_->living.size();
     teeth_.clear();
     for (size_t b = kGridMargin + (phase + period - kGridMargin % period) % period; b + kGridMargin < size;
@@ -46,7 +29,7 @@ float GridComb::trimmedShare(size_t phase, size_t period) {
     const auto kept =
         static_cast<std::ptrdiff_t>(std::ceil(static_cast<float>(teeth_.size()) * (1.0F - kTrimmedShare)));
     if (kept == 0) {
-        return 0.0F;
+        return {};
     }
     const auto end = teeth_.begin() + kept;
     if (end != teeth_.end()) {
@@ -59,7 +42,26 @@ float GridComb::trimmedShare(size_t phase, size_t period) {
         incoherent += tooth.incoherent;
         living += tooth.living;
     });
-    return incoherent / std::max(living, least_living_ * static_cast<float>(kept));
+    const float strips = std::max(living, least_living_ * static_cast<float>(kept));
+    const float share = incoherent / strips;
+    return {share, share * (1.0F - share) * frames_ / strips};
+}
+
+/// How much the best phase stands out, if `same` at a phase is what both halves of a comb must show and
+/// `either` what one does: beyond the largest share of phases more than kPhaseSlack away, around the ring.
+float GridComb::standingOut(const std::vector<Share>& same, const std::vector<Share>& either) {
+    const auto shows_less = [](const Share& a, const Share& b) { return a.incoherent < b.incoherent; };
+    const auto best = std::max_element(same.begin(), same.end(), shows_less);
+    const auto phase = static_cast<size_t>(best - same.begin());
+    Share elsewhere;
+    for (size_t p = 0; p < either.size(); ++p) {
+        const size_t apart = p > phase ? p - phase : phase - p;
+        if (std::min(apart, either.size() - apart) > kPhaseSlack) {
+            elsewhere = std::max(elsewhere, either[p], shows_less);
+        }
+    }
+    const float chance = kChanceReach * std::sqrt(best->chance + elsewhere.chance);
+    return std::max(0.0F, best->incoherent - elsewhere.incoherent - chance);
 }
 
 void GridComb::measurePhases(size_t period) {
@@ -69,10 +71,11 @@ void GridComb::measurePhases(size_t period) {
     }
 }
 
-CombStrength GridComb::strength(const EdgeProfile::Counts& counts, size_t strips, size_t longest,
-                                size_t period_step) {
+CombStrength GridComb::strength(const EdgeProfile::Counts& counts, size_t strips, size_t frames,
+                                size_t longest, size_t period_step) {
     counts_ = &counts;
-    least_living_ = std::max(1.0F, kLivingShare * static_cast<float>(strips));
+    frames_ = static_cast<float>(frames);
+    least_living_ = std::max(1.0F, kLivingShare * static_cast<float>(strips * frames));
     CombStrength strength;
     for (size_t period = kShortestPeriod; period <= longest; period += period_step) {
         if (counts.living.size() < 2 * kGridMargin + kFewestTeeth * period) {
@@ -81,11 +84,12 @@ CombStrength GridComb::strength(const EdgeProfile::Counts& counts, size_t strips
         measurePhases(period);
         strength.any = std::max(strength.any, standingOut(shares_, shares_));
         if (period == 2 * kShortestPeriod) {
-            std::vector<float> both(kShortestPeriod);
-            std::vector<float> either(kShortestPeriod);
+            std::vector<Share> both(shares_.begin(), shares_.begin() + kShortestPeriod);
+            std::vector<Share> either(shares_.begin() + kShortestPeriod, shares_.end());
             for (size_t p = 0; p < kShortestPeriod; ++p) {
-                both[p] = std::min(shares_[p], shares_[p + kShortestPeriod]);
-                either[p] = std::max(shares_[p], shares_[p + kShortestPeriod]);
+                if (both[p].incoherent > either[p].incoherent) {
+                    std::swap(both[p], either[p]);
+                }
             }
             strength.eight = standingOut(both, either);
         }

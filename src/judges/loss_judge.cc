@@ -22,17 +22,17 @@ constexpr int kMostMotion = 12 * kMeanScale;
 constexpr double kLeastGoingOn = 0.6;  // share of the cells that are not lost
 constexpr double kLeastRest = 0.05;    // of the cells are not lost
 
-size_t markBlankLuma(const Cells& cells, std::vector<uint8_t>& marks) {
-    marks.resize(cells.luma.size());
-    return markPlain({.luma = cells.luma.data(),
-                      .darkest = cells.darkest.data(),
-                      .brightest = cells.brightest.data(),
-                      .count = cells.luma.size()},
-                     {.most_uneven = kMostUneven,
-                      .most_dark = kMostGreen,
-                      .least_grey = kGreyLuma - kMostOff,
-                      .most_grey = kGreyLuma + kMostOff},
-                     marks.data());
+void markBlankLuma(Cells& cells) {
+    cells.blank.resize(cells.luma.size());
+    cells.blank_count = markPlain({.luma = cells.luma.data(),
+                                   .darkest = cells.darkest.data(),
+                                   .brightest = cells.brightest.data(),
+                                   .count = cells.luma.size()},
+                                  {.most_uneven = kMostUneven,
+                                   .most_dark = kMostGreen,
+                                   .least_grey = kGreyLuma - kMostOff,
+                                   .most_grey = kGreyLuma + kMostOff},
+                                  cells.blank.data());
 }
 
 double shareOf(size_t count, const Cells& cells) {
@@ -49,24 +49,27 @@ bool isMuch(size_t count, const Cells& cells) {
 
 }  // namespace
 
-bool BlankLuma::turnsUp(const Cells& cells) {
-    std::swap(marks_, marks_before_);
-    size_t fresh = markBlankLuma(cells, marks_);
-    if (isMuch(fresh, cells) && marks_before_.size() == marks_.size()) {
+bool BlankLuma::turnsUp(Cells& cells) {
+    markBlankLuma(cells);
+    const std::vector<uint8_t>& marks = cells.blank;
+    size_t fresh = cells.blank_count;
+    if (isMuch(fresh, cells) && marks_.size() == marks.size()) {
         fresh = 0;
-        for (size_t i = 0; i < marks_.size(); ++i) {
-            const bool is_same = marks_[i] == marks_before_[i] && !hasMoved(cells.luma[i], luma_[i]);
-            fresh += marks_[i] != 0 && !is_same ? 1U : 0U;
+        for (size_t i = 0; i < marks.size(); ++i) {
+            const bool is_same = marks[i] == marks_[i] && !hasMoved(cells.luma[i], luma_[i]);
+            fresh += marks[i] != 0 && !is_same ? 1U : 0U;
         }
     }
     luma_.assign(cells.luma.begin(), cells.luma.end());
+    marks_.assign(marks.begin(), marks.end());
     return isMuch(fresh, cells);
 }
 
 std::span<const Stretch> LossJudge::feed(const Cells& cells, double time_s, double duration_s) {
     const bool has_before = cells.columns == columns_ && cells.luma.size() == luma_.size();
     std::swap(blank_, blank_before_);
-    size_t blank = markBlankLuma(cells, blank_);
+    blank_.assign(cells.blank.begin(), cells.blank.end());
+    size_t blank = cells.blank_count;
     if (!has_before) {
         chroma_.clear();
     }

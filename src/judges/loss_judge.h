@@ -14,13 +14,13 @@ namespace ZELJudges {
 /// Watches the luma of frames for cells that may show nothing decoded. One thread at a time.
 class BlankLuma {
   public:
-    /// Whether so much of it has turned up in the next frame that the loss judge needs its chroma.
-    bool turnsUp(const Cells& cells);
+    /// Marks them in the next frame. Returns whether so many have turned up that the loss judge needs its
+    /// chroma.
+    bool turnsUp(Cells& cells);
 
   private:
     std::vector<uint16_t> luma_;  // of the frame before
     std::vector<uint8_t> marks_;
-    std::vector<uint8_t> marks_before_;
 };
 
 /// Tells stretches in which part of the frame was never decoded: areas along rows of blocks that turn at
@@ -28,9 +28,9 @@ class BlankLuma {
 /// thread at a time.
 class LossJudge {
   public:
-    /// The next frame, with its chroma if BlankLuma asked for it, shown from `time_s` for `duration_s`.
-    /// Returns its verdict, valid until the next call: the value is the share of lost cells, the limit how
-    /// much makes a fault.
+    /// The next frame, marked by BlankLuma and with its chroma if that asked for it, shown from `time_s` for
+    /// `duration_s`. Returns its verdict, valid until the next call: the value is the share of lost cells,
+    /// the limit how much makes a fault.
     std::span<const Stretch> feed(const Cells& cells, double time_s, double duration_s);
 
     /// The end of the stream: begins anew.

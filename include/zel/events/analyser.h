@@ -42,7 +42,8 @@ struct AnalyserOptions {
 /// that begins late or ends early, and an end before the declared one are events as well. What one fault
 /// implies is not told again.
 ///
-/// An event is raised at most a second after its rule's minimum is over.
+/// An event is raised at most a second after its rule's minimum is over, but for a freeze of a nearly plain
+/// frame: whether that is a title card shows up to ten seconds later.
 ///
 /// Works for files and for live streams: memory is bounded, however long the stream, and whatever it lacks.
 /// Nothing that is fed is kept beyond the call.

@@ -77,7 +77,9 @@ void join(std::vector<Stretch>& all, std::span<const Stretch> some) {
     }
 }
 
-Told judge(const Draw& draw, double seconds = 2.0, double rate = 25.0) {
+/// Judges what is drawn, of which only the upper left part may be in the frame.
+Told judge(const Draw& draw, double seconds = 2.0, double rate = 25.0, uint32_t width = kWidth,
+           uint32_t height = kHeight) {
     ZELJudges::FrameMeter meter;
     ZELJudges::MeasuredFrame measured;
     ZELJudges::VideoJudges judges;
@@ -96,8 +98,8 @@ Told judge(const Draw& draw, double seconds = 2.0, double rate = 25.0) {
         canvas.random = support::Random(static_cast<uint64_t>(i));
         draw(canvas, time_s);
         const std::vector<uint8_t> chroma(kWidth * kHeight / 4, canvas.chroma);
-        meter.measure({.width = kWidth,
-                       .height = kHeight,
+        meter.measure({.width = width,
+                       .height = height,
                        .data = {canvas.luma.data(), chroma.data(), chroma.data()},
                        .stride = {kWidth, kWidth / 2, kWidth / 2}},
                       time_s, measured);
@@ -152,6 +154,35 @@ TEST(FreezeJudge, CallsNoSlowMotionFrozen) {
     EXPECT_THAT(judge([](Canvas& canvas, double time_s) { canvas.scene(time_s < 1.9 ? 0 : 99); }, 2.5).freeze,
                 IsEmpty())
         << "shorter than the minimum";
+}
+
+TEST(FreezeJudge, TellsWhatStopsOnPlainGroundFromCards) {
+    const auto frozen_from_2_to_5 = [](double time_s) {
+        return time_s < 2.0 ? time_s : std::max(2.0, time_s - 3.0);
+    };
+    const auto walker = [=](Canvas& canvas, double time_s) {
+        canvas.flat(90);
+        canvas.box(40 + steps(frozen_from_2_to_5(time_s), 40), 80, 16, 24, 210);
+    };
+    EXPECT_THAT(judge(walker, 8.0).freeze, ElementsAre(lasts(1.0, 5.0, 1.0)));
+    EXPECT_THAT(judge(walker, 5.0).freeze, IsEmpty()) << "nothing goes on";
+    const auto stands_for_long = [](Canvas& canvas, double time_s) {
+        canvas.flat(90);
+        canvas.box(40 + steps(std::min(time_s, 2.0), 40), 80, 16, 24, 210);
+    };
+    const auto for_long = judge(stands_for_long, 16.0).freeze;
+    ASSERT_THAT(for_long, ElementsAre(lasts(1.0, 16.0, 1.0)));
+    EXPECT_NEAR(16.0, for_long[0].end_s, 0.05) << "to the end";
+    const auto title = [](Canvas& canvas, double time_s) {
+        canvas.flat(20);
+        const double shown = std::min({time_s / 1.5, (8.0 - time_s) / 1.5, 1.0});
+        canvas.box(100, 90, 120, 16, static_cast<uint8_t>(20 + 200 * shown));
+    };
+    EXPECT_THAT(judge(title, 8.0).freeze, IsEmpty()) << "fades in and out";
+    const auto put_up = [&walker](Canvas& canvas, double time_s) {
+        time_s < 2.0 || time_s >= 5.0 ? walker(canvas, time_s) : canvas.flat(30);
+    };
+    EXPECT_THAT(judge(put_up, 8.0).freeze, IsEmpty()) << "another ground";
 }
 
 TEST(BlackJudge, ToleratesNoiseAndALogoButNoPicture) {
@@ -215,6 +246,45 @@ TEST(BlockJudge, CallsNoScenesStripesOrSlopesBlocky) {
         EXPECT_THAT(judge(draw).block, IsEmpty()) << name;
     }
     EXPECT_THAT(judge([](Canvas& c, double time_s) { c.scene(steps(time_s, 75)); }).block, IsEmpty());
+}
+
+TEST(BlockJudge, TakesNoChanceInSmallFramesForAGrid) {
+    const auto grains = [](Canvas& canvas, double time_s) {  // sharp things anywhere, in a frame of 160x96
+        canvas.flat(90);
+        support::Random random(7);
+        for (int i = 0; i < 260; ++i) {
+            const size_t x = (random.below(160) + steps(time_s, 5)) % 152;
+            canvas.box(x, random.below(88), 1 + random.below(8), 1 + random.below(8),
+                       static_cast<uint8_t>(40 + random.below(180)));
+        }
+    };
+    EXPECT_THAT(judge(grains, 2.0, 25.0, 160, 96).block, IsEmpty());
+    const auto mosaic = [&grains](Canvas& canvas, double time_s) {
+        grains(canvas, time_s);
+        for (size_t y = 0; y < 96; y += 16) {
+            for (size_t x = 0; x < 160; x += 16) {
+                canvas.box(x, y, 16, 16, canvas.luma[y * kWidth + x]);
+            }
+        }
+    };
+    EXPECT_THAT(judge(mosaic, 2.0, 25.0, 160, 96).block, ElementsAre(lasts(0.0, 2.0)));
+}
+
+TEST(BlockJudge, FindsAMosaicOfLittleOnPlainGround) {
+    const auto disc = [](size_t side) {
+        return [side](Canvas& canvas, double time_s) {
+            const auto centre = static_cast<double>(60 + steps(time_s, 40));
+            for (size_t i = 0; i < canvas.luma.size(); ++i) {
+                const double x = static_cast<double>(i % kWidth / side * side) - centre;
+                const double y = static_cast<double>(i / kWidth / side * side) - 96.0;
+                canvas.luma[i] = x * x + y * y < 28.0 * 28.0 ? 200 : 90;
+            }
+        };
+    };
+    EXPECT_THAT(judge(disc(16)).block, ElementsAre(lasts(0.0, 2.0)));
+    EXPECT_THAT(judge(disc(1)).block, IsEmpty());
+    const auto sign = [](Canvas& c, double) { c.flat(90), c.box(64, 64, 128, 64, 200); };
+    EXPECT_THAT(judge(sign).block, IsEmpty()) << "along the cells, but one thing";
 }
 
 TEST(LossJudge, TellsGreyThatAppearsAtOnceWhereTheRestGoesOn) {

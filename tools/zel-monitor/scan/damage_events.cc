@@ -19,6 +19,9 @@ bool isNoticed(const Complaint& complaint) {
     if (complaint.reason == ComplaintReason::kBrokenPacket && complaint.track == ZEL::StreamTrack::kVideo) {
         return complaint.count > 1;  // as where streams were joined; what is lost the decoder misses
     }
+    if (complaint.reason == ComplaintReason::kRefused && complaint.track == ZEL::StreamTrack::kVideo) {
+        return complaint.count > 1 || complaint.span.length() > 0.0;  // as of the last packet of a recording
+    }
     return !isOfFrames(complaint.reason) || complaint.slice_share > kLeastOfSlice ||
            complaint.share > kLeastOfFrame;
 }

@@ -15,7 +15,8 @@ namespace zel_monitor {
 ZEL::FrameCondition conditionOf(const VideoFrame& frame);
 
 /// The events that complaints, by their time, amount to under a rule, by their start. What a viewer does not
-/// notice is none: a frame of which little was made up, and a lost packet that the decoder did not miss.
+/// notice is none: a frame of which little was made up, a lost packet that the decoder did not miss, and one
+/// that it could not use but that leaves no hole.
 /// Small gaps all over the stream are one event of their own.
 std::vector<ZEL::Event> damageEvents(const std::vector<Complaint>& complaints, ZEL::EventRule rule);
 

@@ -55,6 +55,9 @@ TEST(DamageEvents, AreWhatSomebodyNotices) {
     packet = complaint(1.0, 1.04, ComplaintReason::kBrokenPacket);
     packet.track = ZEL::StreamTrack::kAudio;
     EXPECT_EQ(1U, damageEvents({packet}, {}).size());
+
+    EXPECT_TRUE(damageEvents({complaint(9.0, 9.0, ComplaintReason::kRefused)}, {}).empty()) << "at the end";
+    EXPECT_EQ(1U, damageEvents({complaint(8.0, 8.04, ComplaintReason::kRefused)}, {}).size());
 }
 
 }  // namespace
