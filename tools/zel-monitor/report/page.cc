@@ -7,11 +7,9 @@
 #include "report/page_template.h"
 
 namespace zel_monitor {
-namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// A script element with data of this id. No text in it can end the element.
 std::string dataElement(std::string_view id, const Json& data) {
     std::string text = data.dump(-1, ' ', false, Json::error_handler_t::replace);
     for (size_t at = text.find('<'); at != std::string::npos; at = text.find('<', at)) {
@@ -31,8 +29,6 @@ Json kindsJson() {
     }
     return kinds;
 }
-
-}  // namespace
 
 bool hasPage() {
     return !pageTemplate().empty();
