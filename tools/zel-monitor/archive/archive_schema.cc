@@ -29,11 +29,7 @@ Json summarySchema(std::vector<Property> first) {
                                {"deserve_scan", count("Surveyed, and a full scan would tell more.")},
                                {"analysed_s", ref("length")},
                                {"fault_s", described(ref("length"), "Sum over all kinds of faults.")},
-                               {"kinds", described(foundKinds(object({{"inputs", ref("count")},
-                                                                      {"events", ref("count")},
-                                                                      {"total_s", ref("length")},
-                                                                      {"longest_s", ref("length")}})),
-                                                   "Those of which something was found.")}});
+                               {"kinds", ref("found_kinds")}});
     return object(first);
 }
 
@@ -50,7 +46,7 @@ Json inputSchema() {
          {"settings", described(orNull(ref("count")), "Which of the settings it was scanned with, from 0.")},
          {"analysed_s", ref("length")},
          {"fault_s", ref("length")},
-         {"kinds", foundKinds(ref("found_in_input"))}});
+         {"kinds", ref("found_kinds_in_input")}});
 }
 
 }  // namespace
@@ -78,17 +74,20 @@ Json archiveSchema() {
                 {"totals", summarySchema({})},
                 {"folders", arrayOf(summarySchema({{"folder", type("string")}}))},
                 {"inputs", arrayOf(ref("input"))}}));
-    schema["$defs"] = {{"count", {{"type", "integer"}, {"minimum", 0}}},
-                       {"length", {{"type", "number"}, {"minimum", 0}}},
-                       {"found", object({{"inputs", ref("count")},
-                                         {"events", ref("count")},
-                                         {"total_s", ref("length")},
-                                         {"longest_s", ref("length")}})},
-                       {"found_in_input", object({{"events", ref("count")},
-                                                  {"total_s", ref("length")},
-                                                  {"longest_s", ref("length")},
-                                                  {"first_at_s", type("number")}})},
-                       {"input", inputSchema()}};
+    schema["$defs"] = {
+        {"count", {{"type", "integer"}, {"minimum", 0}}},
+        {"length", {{"type", "number"}, {"minimum", 0}}},
+        {"found", object({{"inputs", ref("count")},
+                          {"events", ref("count")},
+                          {"total_s", ref("length")},
+                          {"longest_s", ref("length")}})},
+        {"found_kinds", described(foundKinds(ref("found")), "Those of which something was found.")},
+        {"found_in_input", object({{"events", ref("count")},
+                                   {"total_s", ref("length")},
+                                   {"longest_s", ref("length")},
+                                   {"first_at_s", type("number")}})},
+        {"found_kinds_in_input", foundKinds(ref("found_in_input"))},
+        {"input", inputSchema()}};
     return schema;
 }
 
