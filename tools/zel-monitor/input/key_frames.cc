@@ -6,7 +6,7 @@
 namespace zel_monitor {
 namespace {
 
-constexpr double kLeastGapS = 0.5;      // shorter ones are left to a full scan
+constexpr double kLeastGapS = 1.0;  // as the shortest stall unasked; slow streams have shorter ones all over
 constexpr double kFallbackRate = 25.0;  // of streams that say neither
 
 int64_t ticksOf(double seconds, AVRational time_base) {
@@ -66,7 +66,7 @@ void KeyFrames::setDuration(const AVPacket* next) {
         if (from < key.pts) {  // leading frames, shown before it
             continue;
         }
-        if (from > end + least_gap) {
+        if (from > end + least_gap && next != nullptr) {  // what is shown last tells where the stream ends
             break;
         }
         end = std::max({end, from, to});

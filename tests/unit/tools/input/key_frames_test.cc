@@ -50,6 +50,8 @@ TEST(KeyFrames, LastUntilTheNextOrUntilFramesAreMissing) {
     EXPECT_THAT(keyFramesOf({{0, true}, {40}, {3000, true}}), ElementsAre(Pair(0, 80), Pair(3000, 40)));
     EXPECT_THAT(keyFramesOf({{0, true}, {40}, {3000}, {3040}, {3080, true}}),
                 ElementsAre(Pair(0, 80), Pair(3080, 40)));
+    EXPECT_THAT(keyFramesOf({{0, true}, {900}, {1800, true}, {4000}}),
+                ElementsAre(Pair(0, 1800), Pair(1800, 2240)));
     // Frames that are shown before it came after it; timestamps may jump back.
     EXPECT_THAT(keyFramesOf({{1000, true}, {920}, {960}, {1040}, {1080, true}, {0, true}, {40}}),
                 ElementsAre(Pair(1000, 80), Pair(1080, 40), Pair(0, 80)));
