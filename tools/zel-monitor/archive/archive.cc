@@ -168,6 +168,7 @@ std::vector<Folder> foldersOf(const Archive& archive) {
         by_name[std::filesystem::path(input.report.facts.input).parent_path().string()].add(input);
     }
     std::vector<Folder> folders;
+    folders.reserve(by_name.size());
     for (auto& [name, summary] : by_name) {
         folders.push_back({name, summary});
     }

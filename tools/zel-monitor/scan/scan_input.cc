@@ -8,6 +8,7 @@
 #include <exception>
 #include <filesystem>
 #include <fmt/format.h>
+#include <new>
 #include <optional>
 #include <system_error>
 #include <utility>
@@ -230,6 +231,9 @@ InputScan scanInput(const std::string& input, const ScanOrder& order, Progress::
     } catch (const MediaError& error) {
         report.problem = problemOf(input, error);
         report.may_pass_later = mayPassLater(AVUNERROR(error.code()));
+    } catch (const std::bad_alloc&) {
+        report.problem = "there was not enough memory";
+        report.may_pass_later = true;
     } catch (const std::exception& error) {
         report.problem = error.what();
     }
