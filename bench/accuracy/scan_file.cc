@@ -23,7 +23,7 @@ Scanned scanFile(const std::string& file, const std::atomic<bool>& stop) {
     zel_monitor::ScanSettings settings;
     settings.wanted.fill(true);
     zel_monitor::InputReport report = zel_monitor::scanInput(
-                                          file, settings, false, unseen, [](const ZEL::Event&) {}, stop)
+                                          file, {settings}, unseen, [](const ZEL::Event&) {}, stop)
                                           .report;
     return {std::move(report.events), report.length_s, report.facts.video.has_value(),
             report.facts.audio.has_value(), report.problem.value_or("")};

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "archive/archive_options.h"
 #include "cli/command_line.h"
 #include "cli/exit_status.h"
 #include "fuzz/bytes.h"
@@ -20,11 +21,11 @@ using fuzz::Bytes;
 using namespace zel_monitor;  // NOLINT(google-build-using-namespace): as in main()
 
 /// What is worth trying, beside what the input makes up.
-constexpr const char* kWords[] = {"scan",    "watch",      "demo",          "--fail-on", "--min", "--gap",
-                                  "--only",  "--format",   "--html",        "--json",    "--csv", "-o",
-                                  "--speed", "--interval", "--help",        "--version", "--",    "-",
-                                  "mute=1s", "black",      "freeze=2s,any", "=",         ",",     "1e999",
-                                  "nan",     "-1",         "[a,b]"};
+constexpr const char* kWords[] = {
+    "scan",   "watch",  "demo",    "--fail-on", "--min",         "--gap",      "--only",   "--format",
+    "--html", "--json", "--csv",   "-o",        "--speed",       "--interval", "--help",   "--version",
+    "--",     "-",      "mute=1s", "black",     "freeze=2s,any", "=",          ",",        "1e999",
+    "nan",    "-1",     "[a,b]",   "report",    "--store",       "--shard",    "--survey", "--time-limit"};
 
 std::vector<std::string> argumentsOf(Bytes& bytes) {
     std::vector<std::string> arguments;
@@ -57,6 +58,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             "watch", "", &addWatchOptions, +[](const WatchOptions&) { return 0; }),
         command(
             "scan", "", &addScanOptions, +[](const ScanOptions&) { return 0; }),
+        command(
+            "report", "", &addArchiveReportOptions, +[](const ArchiveOptions&) { return 0; }),
     };
     const auto app = makeCommandLine();
     std::vector<std::function<int()>> prepared;  // they own the options

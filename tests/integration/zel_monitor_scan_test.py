@@ -492,7 +492,7 @@ class Endings(ScanTest):
             self.wait_until_read(process)
             process.send_signal(signal.SIGHUP)
             process.send_signal(signal.SIGHUP)
-            self.assertEqual(process.wait(), 3)
+            self.assertEqual(process.wait(), 75)
         self.assertEqual(self.files(), ["report.json"])
         self.assertEqual(json.loads(report.read_text())["inputs"][0]["problem"], "stopped before its end")
         report.unlink()
@@ -588,7 +588,7 @@ class Endings(ScanTest):
             process.send_signal(signal.SIGINT)
             self.assertNotIn(b"short", process.stdout.read())  # a stop is no early end of the stream
             first, second = process.stderr.read().decode().splitlines()
-            self.assertEqual(process.wait(), 3)
+            self.assertEqual(process.wait(), 75)
         self.assertEqual(first, "-: INCOMPLETE, no pass: stopped before its end")
         self.assertEqual(second, f"{self.faulty}: INCOMPLETE, no pass: not begun, the scan was stopped")
         self.assertTrue(page.stat().st_size)
@@ -606,7 +606,7 @@ class Endings(ScanTest):
                         pass
                     process.send_signal(signal.SIGINT)
                     self.assertIn(b"stopped", process.stderr.read())
-                    self.assertEqual(process.wait(), 3)
+                    self.assertEqual(process.wait(), 75)
 
     def test_names_that_look_like_urls_and_patterns(self):
         (self.work / "12:30.mkv").write_bytes(self.faulty.read_bytes())

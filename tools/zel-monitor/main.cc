@@ -3,6 +3,8 @@
 #include <system_error>
 #include <vector>
 
+#include "archive/archive_options.h"
+#include "archive/archive_report.h"
 #include "cli/command_line.h"
 #include "cli/exit_status.h"
 #include "cli/standard_streams.h"
@@ -21,6 +23,7 @@ std::vector<Command> commands() {
         command("demo", "Watch a built-in stream that shows each fault in turn", &addDemoOptions, &runWatch),
         command("watch", "Play a stream at its own pace and print heartbeats", &addWatchOptions, &runWatch),
         command("scan", "Find out when a file is broken, and how", &addScanOptions, &runScan),
+        command("report", "Sum up what scans have stored", &addArchiveReportOptions, &runArchiveReport),
     };
 }
 

@@ -13,6 +13,7 @@
 #include "cli/exit_status.h"
 #include "cli/file_names.h"
 #include "cli/standard_streams.h"
+#include "cli/time_text.h"
 
 namespace zel_monitor {
 namespace {
@@ -83,6 +84,15 @@ std::function<std::string(const std::string&)> numberFrom(double least, double m
 
 std::function<std::string(const std::string&)> wholeNumberFrom(int64_t least, int64_t most) {
     return checkOf("a whole number", least, most);
+}
+
+double seconds(const std::string& option, std::string_view text) {
+    const auto value = parseSeconds(text);
+    if (!value) {
+        throw CLI::ValidationError(
+            option, fmt::format("'{}' is no length of time; write for example 0.5s, 500ms or 2m", text));
+    }
+    return *value;
 }
 
 }  // namespace zel_monitor

@@ -7,6 +7,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace CLI {
@@ -53,6 +54,9 @@ std::optional<EarlyExit> parseArguments(CLI::App& app, std::vector<std::string> 
 /// For CLI::Option::check: refuses what is not a number from `least` to `most`.
 std::function<std::string(const std::string&)> numberFrom(double least, double most);
 std::function<std::string(const std::string&)> wholeNumberFrom(int64_t least, int64_t most);
+
+/// The length of time that an option was given. Throws CLI::ValidationError.
+double seconds(const std::string& option, std::string_view text);
 
 }  // namespace zel_monitor
 

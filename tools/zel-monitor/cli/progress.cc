@@ -119,7 +119,7 @@ ProgressState Progress::state(TimePoint now) {
             *all.length_s += length_s;
         }
     }
-    all.inputs_share /= static_cast<double>(slots_.size());
+    all.inputs_share /= static_cast<double>(std::max<size_t>(slots_.size(), 1));
     measureSpeed(all);
     return all;
 }

@@ -22,8 +22,9 @@ namespace zel_monitor {
 class MediaSource::Reader : public TrackListener {
   public:
     Reader(const std::string& input, const MediaOptions& options)
-        : interrupted_(options.interrupted),
+        : interruption_(options),
           threads_(options.threads),
+          key_frames_only_(options.key_frames_only),
           begins_anew_(options.begins_anew),
           input_(input, options),
           demuxer_(demuxerFor({options.video, options.audio})),
@@ -52,7 +53,7 @@ class MediaSource::Reader : public TrackListener {
     /// None too where the input is to be decoded anew.
     std::optional<MediaItem> next() {
         while (true) {
-            if (interrupted_ != nullptr && interrupted_->load()) {
+            if (interruption_.isDue()) {
                 completeness_.stopped();
                 return std::nullopt;
             }
@@ -92,7 +93,8 @@ class MediaSource::Reader : public TrackListener {
                 continue;
             }
             try {
-                tracks_[track].emplace(track, input_.format(), *stream, threads_, origin_, *this);
+                tracks_[track].emplace(track, input_.format(), *stream, threads_, key_frames_only_, origin_,
+                                       *this);
             } catch (const FfmpegError& error) {
                 throw input_.errorFor(error);
             }
@@ -224,8 +226,9 @@ class MediaSource::Reader : public TrackListener {
     }
     void onStreamRefused(const FfmpegError& reason) override { completeness_.streamRefused(reason.what()); }
 
-    const std::atomic<bool>* interrupted_;
+    Interruption interruption_;
     int threads_;
+    bool key_frames_only_;
     bool begins_anew_;
     OpenedInput input_;
     Demuxer demuxer_;

@@ -17,8 +17,8 @@ extern "C" {
 namespace zel_monitor {
 namespace {
 
-int isInterrupted(void* flag) {
-    return static_cast<const std::atomic<bool>*>(flag)->load() ? 1 : 0;
+int isInterrupted(void* interruption) {
+    return static_cast<const Interruption*>(interruption)->isDue() ? 1 : 0;
 }
 
 const AVInputFormat* forcedFormat(const std::string& name) {
@@ -60,7 +60,8 @@ OpenedInput::OpenedInput(const std::string& input, const MediaOptions& options)
     : input_(input),
       shown_(options.label.empty() ? input : options.label),
       // A name is that of a file whatever colons and patterns are in it.
-      is_file_(options.format.empty() && input != "-" && namesFile(input)) {
+      is_file_(options.format.empty() && input != "-" && namesFile(input)),
+      interruption_(std::make_unique<Interruption>(options)) {
     try {
         open(options);
     } catch (const FfmpegError& failure) {
@@ -81,10 +82,7 @@ void OpenedInput::open(const MediaOptions& options) {
         polled_.emplace(PolledInput::file(input_, options.interrupted));
     }
     AVFormatContext* format = orOutOfMemory(avformat_alloc_context());
-    if (options.interrupted != nullptr) {
-        format->interrupt_callback = {.callback = &isInterrupted,
-                                      .opaque = const_cast<std::atomic<bool>*>(options.interrupted)};
-    }
+    format->interrupt_callback = {.callback = &isInterrupted, .opaque = interruption_.get()};
     format->error_recognition |= AV_EF_CRCCHECK;
     format->correct_ts_overflow = 0;  // it takes a jump back for a wrap; the tracks tell the two apart
     if (polled_) {

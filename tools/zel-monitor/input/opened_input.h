@@ -2,7 +2,9 @@
 #define ZEL_TOOLS_INPUT_OPENED_INPUT_H_
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -27,6 +29,24 @@ struct MediaOptions {
     bool begins_anew = true;
     /// Once it is true, blocking reads end, an opening fails and the source ends. It outlives the source.
     const std::atomic<bool>* interrupted = nullptr;
+    /// When that happens of its own accord.
+    std::optional<std::chrono::steady_clock::time_point> deadline = {};
+    /// Of the video, decodes key frames alone, each by itself and shown until the next one, or until frames
+    /// are missing between the two.
+    bool key_frames_only = false;
+};
+
+/// Whether an input is to be left where it is.
+struct Interruption {
+    explicit Interruption(const MediaOptions& options)
+        : flag(options.interrupted), deadline(options.deadline) {}
+    bool isDue() const {
+        return (flag != nullptr && flag->load()) ||
+               (deadline && std::chrono::steady_clock::now() >= *deadline);
+    }
+
+    const std::atomic<bool>* flag;
+    std::optional<std::chrono::steady_clock::time_point> deadline;
 };
 
 /// A file, a pipe ("-") or a URL that libavformat has opened, its streams known.
@@ -55,7 +75,8 @@ class OpenedInput {
     std::string input_;
     std::string shown_;
     bool is_file_;
-    std::optional<PolledInput> polled_;  // outlives format_
+    std::unique_ptr<Interruption> interruption_;  // in one place, for format_ asks it
+    std::optional<PolledInput> polled_;           // outlives format_
     FormatHandle format_;
     std::optional<int64_t> declared_bytes_;
     std::vector<ComplaintReason> complaints_;

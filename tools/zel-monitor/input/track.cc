@@ -32,13 +32,17 @@ double secondsOf(int64_t ticks, const AVStream& stream) {
 }  // namespace
 
 Track::Track(StreamTrack track, const AVFormatContext& format, const AVStream& stream, int threads,
-             StreamOrigin& origin, TrackListener& listener)
+             bool key_frames_only, StreamOrigin& origin, TrackListener& listener)
     : track_(track),
       stream_(&stream),
-      threads_(threads),
+      // Each key frame is decoded by itself, so that threads would only wait for one another.
+      threads_(key_frames_only && track == StreamTrack::kVideo ? 1 : threads),
       origin_(origin),
       listener_(listener),
       ledger_(natureOf(format)) {
+    if (key_frames_only && track == StreamTrack::kVideo) {
+        key_frames_.emplace();
+    }
     open();
 }
 
@@ -60,20 +64,38 @@ void Track::decode(const AVPacket& packet, const AVStream& stream,
             listener_.onStreamRefused(reason);
         }
     }
-    if (codec_) {
-        const auto time_s = origin_.isKnown() ? meaningOf(packet.pts) : std::nullopt;
-        codec_->reordered_opaque = ledger_.send(time_s.value_or(next_time_s_),
-                                                secondsOf(std::max<int64_t>(packet.duration, 0), stream),
-                                                (packet.flags & AV_PKT_FLAG_KEY) != 0);
-        for (const ComplaintReason reason : complaints) {
-            ledger_.complain(reason);
-        }
-        feed(&packet);
+    if (codec_ && key_frames_) {
+        decodeKeyFrame(key_frames_->take(packet, stream.time_base, complaints, frameRateOf(stream)));
+    } else if (codec_) {
+        send(packet, complaints);
+    }
+}
+
+void Track::send(const AVPacket& packet, const std::vector<ComplaintReason>& complaints) {
+    const auto time_s = origin_.isKnown() ? meaningOf(packet.pts) : std::nullopt;
+    codec_->reordered_opaque = ledger_.send(time_s.value_or(next_time_s_),
+                                            secondsOf(std::max<int64_t>(packet.duration, 0), *stream_),
+                                            (packet.flags & AV_PKT_FLAG_KEY) != 0);
+    for (const ComplaintReason reason : complaints) {
+        ledger_.complain(reason);
+    }
+    feed(&packet);
+}
+
+/// By itself: it comes out at once, and the decoder does not look for what was left out before it.
+void Track::decodeKeyFrame(KeyFrames::Ready ready) {
+    if (ready.packet) {
+        send(*ready.packet, ready.complaints);
+        feed(nullptr);
+        avcodec_flush_buffers(codec_.get());
     }
 }
 
 void Track::finish() {
     if (codec_) {
+        if (key_frames_) {
+            decodeKeyFrame(key_frames_->finish());
+        }
         feed(nullptr);
         listener_.onStreamEnd(track_, gave_anything_);
     }

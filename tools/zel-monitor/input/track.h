@@ -7,6 +7,7 @@
 
 #include "input/ffmpeg_handles.h"
 #include "input/frame_converter.h"
+#include "input/key_frames.h"
 #include "input/media_item.h"
 #include "input/packet_ledger.h"
 #include "input/per_track.h"
@@ -47,10 +48,10 @@ class TrackListener {
 class Track {
   public:
     /// Begins with `stream` of an input in `format`, with so many threads, or with 0 as many as there are
-    /// processors. What is referred to outlives this object. Throws FfmpegError if the stream cannot be
-    /// decoded.
+    /// processors; of video, if that is wanted, decodes key frames only. What is referred to outlives this
+    /// object. Throws FfmpegError if the stream cannot be decoded.
     Track(StreamTrack track, const AVFormatContext& format, const AVStream& stream, int threads,
-          StreamOrigin& origin, TrackListener& listener);
+          bool key_frames_only, StreamOrigin& origin, TrackListener& listener);
     Track(const Track&) = delete;
     Track& operator=(const Track&) = delete;
 
@@ -72,6 +73,8 @@ class Track {
 
   private:
     void open();
+    void decodeKeyFrame(KeyFrames::Ready ready);
+    void send(const AVPacket& packet, const std::vector<ComplaintReason>& complaints);
     void feed(const AVPacket* packet);
     void take(const AVFrame& frame);
     void give(const AVFrame& frame, MediaItem item);
@@ -88,6 +91,7 @@ class Track {
     PacketLedger ledger_;
     CodecHandle codec_;         // null after a stream was refused; complains to the ledger
     bool has_threads_ = false;  // a decoder of this track
+    std::optional<KeyFrames> key_frames_;
     FrameHandle frame_{orOutOfMemory(av_frame_alloc())};
     VideoFrameConverter frames_;
     AudioFrameConverter sounds_;

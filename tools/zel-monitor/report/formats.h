@@ -23,6 +23,8 @@ struct ReportFormat {
 
 /// Summary, events and verdict of each input, for people.
 std::unique_ptr<ReportWriter> makeTableReport(const ScanSettings& settings);
+/// A line for each input.
+std::unique_ptr<ReportWriter> makeBriefReport(const ScanSettings& settings);
 /// The whole, as docs/scan-report.schema.json describes it.
 std::unique_ptr<ReportWriter> makeJsonReport(const ScanSettings& settings);
 /// An object per event and one per input.
@@ -35,6 +37,10 @@ std::unique_ptr<ReportWriter> makePageReport(const ScanSettings& settings);
 /// In the order of --help.
 inline constexpr std::array kReportFormats = {
     ReportFormat{.make = &makeTableReport, .option = nullptr, .help = nullptr, .for_people = true},
+    ReportFormat{.make = &makeBriefReport,
+                 .option = "--brief",
+                 .help = "One line per input, as with --store",
+                 .for_people = true},
     ReportFormat{.make = &makeJsonReport,
                  .option = "--json",
                  .help = "One JSON object at the end",
@@ -51,6 +57,9 @@ inline constexpr std::array kReportFormats = {
                  .has_own_file = true,
                  .wants_record = true},
 };
+
+inline constexpr const ReportFormat& kTableFormat = kReportFormats[0];
+inline constexpr const ReportFormat& kBriefFormat = kReportFormats[1];
 
 }  // namespace zel_monitor
 

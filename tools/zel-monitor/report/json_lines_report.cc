@@ -10,22 +10,29 @@ class JsonLinesReport : public ReportWriter {
   public:
     explicit JsonLinesReport(const ScanSettings& settings) : policy_(settings.policy) {}
 
-    std::string event(const std::string& input, const ZEL::Event& event) override {
+    std::string event(const std::string& input, const ZEL::Event& event, bool of_survey) override {
         Json line = {{"input", input}};
         line.update(eventJson(event));
-        return jsonText(line, false);
+        return text(line, of_survey);
     }
 
     std::string inputFinished(const InputReport& report, const PageRecord* /*record*/) override {
-        return jsonText({{"input", report.facts.input},
-                         {"kind", "status"},
-                         {"complete", !report.problem},
-                         {"problem", problemJson(report)},
-                         {"verdict", verdictJson(report, policy_)}},
-                        false);
+        return text({{"input", report.facts.input},
+                     {"kind", "status"},
+                     {"complete", !report.problem},
+                     {"problem", problemJson(report)},
+                     {"verdict", verdictJson(report, policy_)}},
+                    report.survey.has_value());
     }
 
   private:
+    static std::string text(Json line, bool of_survey) {
+        if (of_survey) {
+            line["survey"] = true;
+        }
+        return jsonText(line, false);
+    }
+
     const Policy& policy_;
 };
 

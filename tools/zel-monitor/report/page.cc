@@ -8,11 +8,24 @@
 #include "report/page_template.h"
 
 namespace zel_monitor {
-namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// A script element with data of this id. No text in it can end the element.
+namespace {
+
+/// What a person calls the containers of the inputs, by FFmpeg's names.
+Json containersJson(const Json& inputs) {
+    Json containers = Json::object();
+    for (const Json& input : inputs) {
+        if (const Json& container = input.at("stream").at("container"); container.is_string()) {
+            containers[container.get<std::string>()] = containerName(container.get<std::string>());
+        }
+    }
+    return containers;
+}
+
+}  // namespace
+
 std::string dataElement(std::string_view id, const Json& data) {
     std::string text = data.dump(-1, ' ', false, Json::error_handler_t::replace);
     for (size_t at = text.find('<'); at != std::string::npos; at = text.find('<', at)) {
@@ -32,19 +45,6 @@ Json kindsJson() {
     }
     return kinds;
 }
-
-/// What a person calls the containers of the inputs, by FFmpeg's names.
-Json containersJson(const Json& inputs) {
-    Json containers = Json::object();
-    for (const Json& input : inputs) {
-        if (const Json& container = input.at("stream").at("container"); container.is_string()) {
-            containers[container.get<std::string>()] = containerName(container.get<std::string>());
-        }
-    }
-    return containers;
-}
-
-}  // namespace
 
 bool hasPage() {
     return !pageTemplate().empty();

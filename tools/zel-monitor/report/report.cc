@@ -16,6 +16,10 @@ Wanted wantedUnasked() {
     return wanted;
 }
 
+bool deservesScan(const InputReport& report) {
+    return report.survey && report.survey->deserves_scan;
+}
+
 double wholeLength(const InputReport& report) {
     const double declared_s = report.facts.duration_estimated ? 0.0 : report.facts.duration.value_or(0.0);
     return std::max(report.length_s, declared_s);
@@ -91,16 +95,21 @@ bool isEmpty(const Policy& policy) {
 }
 
 int exitStatus(const std::vector<InputReport>& reports, const Policy& policy) {
-    int status = kExitDone;
+    bool failed = false;
+    bool passing = false;
+    bool violated = false;
     for (const InputReport& report : reports) {
-        if (report.problem) {
-            return kExitFailed;
-        }
-        if (verdictOn(report, policy) == Verdict::kFail) {
-            status = kExitViolated;
-        }
+        failed = failed || (report.problem && !report.may_pass_later);
+        passing = passing || (report.problem && report.may_pass_later);
+        violated = violated || !violations(report, policy).empty();
     }
-    return status;
+    if (passing && !violated) {
+        return kExitTryAgain;
+    }
+    if (failed || passing) {
+        return kExitFailed;
+    }
+    return violated ? kExitViolated : kExitDone;
 }
 
 }  // namespace zel_monitor

@@ -37,14 +37,15 @@ struct ScanSettings {
     ZEL::EventRules rules = ZEL::defaultEventRules();
     Wanted wanted = wantedUnasked();
     Policy policy{};
+    bool survey = false;  ///< of the video, key frames alone are decoded
 };
 
 enum class Verdict { kNone, kPass, kFail, kIncomplete };
 
 /// What was wrong with the data of an input in one stretch of it.
 struct DamageNote {
-    std::string_view what;   ///< in words
-    std::string_view track;  ///< "video", "audio", or empty: of either
+    std::string what;   ///< in words
+    std::string track;  ///< "video", "audio", or empty: of either
     ZEL::TimeSpan span;
     uint64_t count;  ///< packets, frames or stretches of bytes that are hit
     double share;    ///< of the frame that is hit worst, or of the whole input
@@ -57,6 +58,14 @@ struct Loudness {
     std::optional<double> true_peak_dbtp;
 };
 
+/// What a survey is worth. Of the video only key frames were judged.
+struct Survey {
+    uint64_t key_frames = 0;
+    double longest_distance_s = 0.0;  ///< between two of them
+    ZEL::EventRules rules{};          ///< as they were fitted to that
+    bool deserves_scan = false;       ///< something was seen that a full scan would tell more of
+};
+
 /// What was found in one input.
 struct InputReport {
     MediaFacts facts;
@@ -66,7 +75,12 @@ struct InputReport {
     std::vector<DamageNote> damage;      ///< by its start
     std::optional<Loudness> loudness;    ///< if there was sound
     std::optional<std::string> problem;  ///< why it could not be analysed to its end
+    bool may_pass_later = false;         ///< the problem may be gone when it is tried again
+    std::optional<Survey> survey;        ///< if it was one
 };
+
+/// Whether a survey of it says so.
+bool deservesScan(const InputReport& report);
 
 /// How long the input is: as declared, unless that is a guess, or at least as long as what was analysed.
 double wholeLength(const InputReport& report);
@@ -84,8 +98,9 @@ std::string_view nameOf(Verdict verdict);
 
 bool isEmpty(const Policy& policy);
 
-/// The exit status: the worst of all inputs, where one that was not analysed to its end
-/// outweighs a violation.
+/// The exit status: the worst of all inputs, where one that was not analysed to its end outweighs a
+/// violation. Something may come of trying again as long as an input could not be analysed for a reason that
+/// passes; but never where an input violates the policy.
 int exitStatus(const std::vector<InputReport>& reports, const Policy& policy);
 
 }  // namespace zel_monitor

@@ -24,35 +24,13 @@ Json number(const std::optional<double>& value) {
     return value ? number(*value) : Json(nullptr);
 }
 
-Json settingsJson(const ScanSettings& settings) {
-    Json rules = Json::object();
-    Json wanted = Json::array();
-    Json policy = Json::object();
+Json rulesJson(const ZEL::EventRules& rules) {
+    Json json = Json::object();
     for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
-        const ZEL::EventRule& rule = settings.rules[indexOf(info.kind)];
-        rules[std::string(info.name)] = {{"min_s", number(rule.min_s)}, {"gap_s", number(rule.gap_s)}};
-        if (settings.wanted[indexOf(info.kind)]) {
-            wanted.push_back(info.name);
-        }
-        if (const auto& limit = settings.policy[indexOf(info.kind)]) {
-            policy[std::string(info.name)] = number(*limit);
-        }
+        const ZEL::EventRule& rule = rules[indexOf(info.kind)];
+        json[std::string(info.name)] = {{"min_s", number(rule.min_s)}, {"gap_s", number(rule.gap_s)}};
     }
-    const ZELAlgo::ZELAlgoConfig config = ZEL::EventAnalyser::detectorConfig();
-    return {{"kinds", std::move(wanted)},
-            {"rules", std::move(rules)},
-            {"fail_on", std::move(policy)},
-            {"detectors",
-             {{"black_screen_ratio", number(config.black_screen_ratio)},
-              {"green_screen_ratio", number(config.green_screen_ratio)},
-              {"block_param", number(config.block_param)},
-              {"staticframe_param", number(config.staticframe_param)},
-              {"mute_level", number(config.mute_level)},
-              {"low_voice_level", number(config.low_voice_level)},
-              {"high_voice_level", number(config.high_voice_level)},
-              {"novoice_scale", number(config.novoice_scale)},
-              {"silence_period_s", number(ZEL::EventAnalyser::kSilencePeriodS)},
-              {"voice_period_s", number(ZEL::EventAnalyser::kVoicePeriodS)}}}};
+    return json;
 }
 
 Json damageJson(const std::vector<DamageNote>& damage) {
@@ -132,21 +110,68 @@ Json evidenceJson(const ZEL::Event& event) {
                                   {"unit", infoOf(event.kind).unit}};
 }
 
+Json surveyJson(const std::optional<Survey>& survey) {
+    return !survey ? Json(nullptr)
+                   : Json{{"key_frames", survey->key_frames},
+                          {"longest_distance_s", number(survey->longest_distance_s)},
+                          {"rules", rulesJson(survey->rules)},
+                          {"deserves_scan", survey->deserves_scan}};
+}
+
+}  // namespace
+
+Json settingsJson(const ScanSettings& settings) {
+    Json wanted = Json::array();
+    Json policy = Json::object();
+    for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
+        if (settings.wanted[indexOf(info.kind)]) {
+            wanted.push_back(info.name);
+        }
+        if (const auto& limit = settings.policy[indexOf(info.kind)]) {
+            policy[std::string(info.name)] = number(*limit);
+        }
+    }
+    const ZELAlgo::ZELAlgoConfig config = ZEL::EventAnalyser::detectorConfig();
+    return {{"survey", settings.survey},
+            {"kinds", std::move(wanted)},
+            {"rules", rulesJson(settings.rules)},
+            {"fail_on", std::move(policy)},
+            {"detectors",
+             {{"black_screen_ratio", number(config.black_screen_ratio)},
+              {"green_screen_ratio", number(config.green_screen_ratio)},
+              {"block_param", number(config.block_param)},
+              {"staticframe_param", number(config.staticframe_param)},
+              {"mute_level", number(config.mute_level)},
+              {"low_voice_level", number(config.low_voice_level)},
+              {"high_voice_level", number(config.high_voice_level)},
+              {"novoice_scale", number(config.novoice_scale)},
+              {"silence_period_s", number(ZEL::EventAnalyser::kSilencePeriodS)},
+              {"voice_period_s", number(ZEL::EventAnalyser::kVoicePeriodS)}}}};
+}
+
 Json inputJson(const InputReport& report, const ScanSettings& settings) {
     Json events = Json::array();
     std::transform(report.events.begin(), report.events.end(), std::back_inserter(events), eventJson);
     return {{"input", report.facts.input},
             {"complete", !report.problem},
             {"problem", problemJson(report)},
+            {"may_pass_later", report.may_pass_later},
             {"verdict", verdictJson(report, settings.policy)},
             {"violations", violations(report, settings.policy)},
+            {"survey", surveyJson(report.survey)},
             {"stream", streamJson(report)},
             {"loudness", loudnessJson(report.loudness)},
             {"totals", totalsJson(report, settings.wanted)},
             {"events", std::move(events)}};
 }
 
-}  // namespace
+Json toolJson() {
+    return {{"name", "zel-monitor"}, {"version", ZEL_VERSION}};
+}
+
+Json numberJson(double value) {
+    return number(value);
+}
 
 nlohmann::ordered_json reportJson(const std::vector<InputReport>& reports, const ScanSettings& settings,
                                   int status) {
@@ -154,12 +179,8 @@ nlohmann::ordered_json reportJson(const std::vector<InputReport>& reports, const
     for (const InputReport& report : reports) {
         inputs.push_back(inputJson(report, settings));
     }
-    return {{"format", "zel-scan-report"},
-            {"version", kReportVersion},
-            {"tool", {{"name", "zel-monitor"}, {"version", ZEL_VERSION}}},
-            {"settings", settingsJson(settings)},
-            {"exit_status", status},
-            {"inputs", std::move(inputs)}};
+    return {{"format", "zel-scan-report"},        {"version", kReportVersion}, {"tool", toolJson()},
+            {"settings", settingsJson(settings)}, {"exit_status", status},     {"inputs", std::move(inputs)}};
 }
 
 Json eventJson(const ZEL::Event& event) {

@@ -18,11 +18,18 @@ inline constexpr int kReportVersion = 2;
 nlohmann::ordered_json reportJson(const std::vector<InputReport>& reports, const ScanSettings& settings,
                                   int status);
 
+nlohmann::ordered_json settingsJson(const ScanSettings& settings);
+/// One of the report's inputs.
+nlohmann::ordered_json inputJson(const InputReport& report, const ScanSettings& settings);
 nlohmann::ordered_json eventJson(const ZEL::Event& event);
 /// "pass", "fail", "incomplete" or null.
 nlohmann::ordered_json verdictJson(const InputReport& report, const Policy& policy);
 /// Null if there is none.
 nlohmann::ordered_json problemJson(const InputReport& report);
+
+/// To the microsecond; null for what is not finite.
+nlohmann::ordered_json numberJson(double value);
+nlohmann::ordered_json toolJson();
 
 /// The text and a newline; over several lines, for people too, if `indented`. What is not UTF-8 becomes a
 /// replacement character: file names are bytes.

@@ -24,8 +24,10 @@ class ReportWriter {
     /// Before everything else.
     virtual std::string begin() { return ""; }
 
-    /// An event has ended, in one of the inputs that are scanned at the same time.
-    virtual std::string event(const std::string& /*input*/, const ZEL::Event& /*event*/) { return ""; }
+    /// An event has ended, in one of the inputs that are scanned, or surveyed, at the same time.
+    virtual std::string event(const std::string& /*input*/, const ZEL::Event& /*event*/, bool /*of_survey*/) {
+        return "";
+    }
 
     /// Of each input, in the order of the command line. `record` is null unless the format wants records, and
     /// of an input that could not be opened.

@@ -2,74 +2,18 @@
 
 #include <zel/events/kinds.h>
 
-#include <initializer_list>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "cli/exit_status.h"
 #include "report/report_json.h"
+#include "report/schema_parts.h"
 
 namespace zel_monitor {
 namespace {
 
-using Json = nlohmann::ordered_json;
-
-struct Property {
-    std::string name;
-    Json schema;
-};
-
-Json described(Json schema, const char* description) {
-    schema["description"] = description;
-    return schema;
-}
-
-Json ref(const char* definition) {
-    return {{"$ref", std::string("#/$defs/") + definition}};
-}
-
-Json type(const char* name) {
-    return {{"type", name}};
-}
-
-Json anyOf(const std::vector<Json>& values) {
-    return {{"enum", values}};
-}
-
-Json orNull(const char* name) {
-    return {{"type", Json::array({name, "null"})}};
-}
-
-Json orNull(Json schema) {
-    return {{"oneOf", Json::array({type("null"), std::move(schema)})}};
-}
-
-Json arrayOf(Json items) {
-    return {{"type", "array"}, {"items", std::move(items)}};
-}
-
-/// An object that has all of these properties and no others.
-template <typename Properties = std::initializer_list<Property>>
-Json object(const Properties& properties) {
-    Json schema = {{"type", "object"},
-                   {"properties", Json::object()},
-                   {"required", Json::array()},
-                   {"additionalProperties", false}};
-    for (const Property& property : properties) {
-        schema["properties"][property.name] = property.schema;
-        schema["required"].push_back(property.name);
-    }
-    return schema;
-}
-
-Json perKind(const Json& schema) {
-    std::vector<Property> properties;
-    for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
-        properties.push_back({std::string(info.name), schema});
-    }
-    return object(properties);
-}
+using namespace schema_parts;  // NOLINT(google-build-using-namespace): the words that schemas are made of
 
 Json kindSchema() {
     Json names = Json::array();
@@ -88,10 +32,17 @@ Json settingsSchema() {
     }
     const Json policy = {
         {"type", "object"}, {"propertyNames", ref("kind")}, {"additionalProperties", ref("length")}};
-    return object({{"kinds", described(arrayOf(ref("kind")), "Those that were looked for.")},
+    return object({{"survey", described(type("boolean"), "Of the video, key frames alone were judged.")},
+                   {"kinds", described(arrayOf(ref("kind")), "Those that were looked for.")},
                    {"rules", perKind(ref("rule"))},
                    {"fail_on", described(policy, "From which length an event of a kind is a violation.")},
                    {"detectors", described(object(detectors), "What the detectors were given.")}});
+}
+
+/// A line of a survey says so.
+Json markedLine(Json schema) {
+    schema["properties"]["survey"] = described({{"const", true}}, "Only key frames were judged.");
+    return schema;
 }
 
 /// What is said of every input, before `rest`.
@@ -168,9 +119,10 @@ Json definitions() {
                            {"true_peak_dbtp", ref("number")}}),
                    "By EBU R 128; null for what is silent, or too short to be measured.")},
         {"event", eventSchema(false)},
-        {"event_line", described(eventSchema(true), "A line of --jsonl, for each event.")},
-        {"status_line", described(statusSchema({{"input", type("string")}, {"kind", {{"const", "status"}}}}),
-                                  "A line of --jsonl, for each input.")},
+        {"event_line", described(markedLine(eventSchema(true)), "A line of --jsonl, for each event.")},
+        {"status_line",
+         described(markedLine(statusSchema({{"input", type("string")}, {"kind", {{"const", "status"}}}})),
+                   "A line of --jsonl, for each input.")},
         {"video", object({{"codec", type("string")},
                           {"pixel_format", described(type("string"), "As decoded.")},
                           {"width", ref("count")},
@@ -188,22 +140,30 @@ Json definitions() {
                  {"end_s", ref("number")},
                  {"count", ref("count")},
                  {"share", described(ref("share"), "Of the frame that is hit worst, or of the input.")}})},
+        {"survey",
+         object({{"key_frames", ref("count")},
+                 {"longest_distance_s", described(ref("number"), "Between two key frames.")},
+                 {"rules", described(perKind(ref("rule")), "As they were fitted to that distance.")},
+                 {"deserves_scan", described(type("boolean"), "A full scan would tell more.")}})},
         {"stream", streamSchema()},
-        {"input", statusSchema({{"input", type("string")}},
-                               {{"violations", arrayOf(type("string"))},
-                                {"stream", ref("stream")},
-                                {"loudness", described(orNull(ref("loudness")), "Null without sound.")},
-                                {"totals", described(perKind(orNull(ref("totals"))),
-                                                     "Null for a kind that was not looked for.")},
-                                {"events", arrayOf(ref("event"))}})},
+        {"input",
+         statusSchema({{"input", type("string")}},
+                      {{"may_pass_later",
+                        described(type("boolean"), "The problem may be gone when it is tried again.")},
+                       {"violations", arrayOf(type("string"))},
+                       {"survey", described(orNull(ref("survey")), "Null for a full scan.")},
+                       {"stream", ref("stream")},
+                       {"loudness", described(orNull(ref("loudness")), "Null without sound.")},
+                       {"totals", described(perKind(orNull(ref("totals"))),
+                                            "Null for a kind that was not looked for.")},
+                       {"events", arrayOf(ref("event"))}})},
     };
 }
 
 }  // namespace
 
 Json reportSchema() {
-    Json inputs = arrayOf(ref("input"));
-    inputs["minItems"] = 1;
+    Json inputs = described(arrayOf(ref("input")), "None where none fell to this --shard.");
     Json schema = {
         {"$schema", "https://json-schema.org/draft/2020-12/schema"},
         {"title", "Report of zel-monitor scan --json"},
@@ -218,9 +178,9 @@ Json reportSchema() {
                           {"version", {{"type", "string"}, {"pattern", "^[0-9]+\\.[0-9]+\\.[0-9]+"}}}})},
          {"settings", ref("settings")},
          {"exit_status",
-          described(anyOf({kExitDone, kExitViolated, kExitFailed}),
+          described(anyOf({kExitDone, kExitViolated, kExitFailed, kExitTryAgain}),
                     "0 clean, 1 an input violates fail_on, 3 an input could not be analysed to its end, or "
-                    "another output not be written.")},
+                    "another output not be written, 75 the same for reasons that may be gone later.")},
          {"inputs", std::move(inputs)}}));
     schema["$defs"] = definitions();
     return schema;

@@ -79,10 +79,18 @@ std::string loudnessText(const Loudness& loudness) {
                        text(loudness.true_peak_dbtp, "dBTP"));
 }
 
+std::string surveyText(const Survey& survey) {
+    return fmt::format("SURVEY of {} key frames, {:.3g} s apart at most{}", survey.key_frames,
+                       survey.longest_distance_s, survey.deserves_scan ? ": deserves a full scan" : "");
+}
+
 std::string inputTable(const InputReport& report, const Policy& policy) {
     std::string text = printable(report.facts.input) + "\n";
     if (!report.facts.container.empty()) {
         text += "  " + streamText(report) + "\n";
+    }
+    if (report.survey) {
+        text += "  " + surveyText(*report.survey) + "\n";
     }
     if (report.loudness) {
         text += "  " + loudnessText(*report.loudness) + "\n";
@@ -123,6 +131,9 @@ std::string totalTable(const std::vector<InputReport>& reports, const Policy& po
         text += fmt::format(", {} failed, {} passed", failed, reports.size() - incomplete - failed);
     }
     text += '\n';
+    if (const auto worth = std::count_if(reports.begin(), reports.end(), deservesScan); worth > 0) {
+        text += fmt::format("  {} of them were surveyed and deserve a full scan\n", worth);
+    }
     if (std::any_of(all.begin(), all.end(), [](const Totals& mine) { return mine.events > 0; })) {
         text += fmt::format("  {:<13}{:>7}{:>12}{:>8}{:>12}\n", "kind", "events", "total s", "share",
                             "longest s");

@@ -37,8 +37,8 @@ void Outputs::begin() {
     write([](ReportWriter& writer) { return writer.begin(); });
 }
 
-void Outputs::event(const std::string& input, const ZEL::Event& event) {
-    write([&](ReportWriter& writer) { return writer.event(input, event); });
+void Outputs::event(const std::string& input, const ZEL::Event& event, bool of_survey) {
+    write([&](ReportWriter& writer) { return writer.event(input, event, of_survey); });
 }
 
 void Outputs::inputFinished(const InputReport& report, const PageRecord* record) {

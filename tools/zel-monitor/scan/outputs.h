@@ -32,7 +32,7 @@ class Outputs {
 
     // As ReportWriter has them. Any thread.
     void begin();
-    void event(const std::string& input, const ZEL::Event& event);
+    void event(const std::string& input, const ZEL::Event& event, bool of_survey);
     void inputFinished(const InputReport& report, const PageRecord* record);
     /// Gives the exit status.
     int end(const std::vector<InputReport>& reports);

@@ -3,18 +3,28 @@
 #include <zel/events/analyser.h>
 
 #include <algorithm>
+#include <chrono>
 #include <deque>
 #include <exception>
+#include <filesystem>
+#include <fmt/format.h>
+#include <new>
 #include <optional>
+#include <system_error>
 #include <utility>
 
+#include "cli/exit_status.h"
+#include "cli/time_text.h"
 #include "input/decode_ahead.h"
 #include "input/demo_source.h"
 #include "scan/damage_events.h"
 #include "scan/loudness_meter.h"
+#include "scan/survey_rules.h"
 
 namespace zel_monitor {
 namespace {
+
+constexpr double kLongestLimitS = 1e9;  // beyond it clocks overflow
 
 /// Collects what the analysis of one input finds.
 class Findings : public ZEL::EventListener {
@@ -84,6 +94,7 @@ class Findings : public ZEL::EventListener {
 struct Stations {
     ZEL::EventAnalyser& analyser;
     Findings& findings;
+    SurveyRules* survey;  ///< null for a full scan
     LoudnessMeter loudness = {};
 };
 
@@ -91,6 +102,11 @@ void feed(Stations& stations, VideoFrame frame) {
     const double time_s = frame.time;  // the frame may be placed, and gone, within the call
     const double duration_s = frame.duration;
     const ZEL::FrameCondition condition = conditionOf(frame);
+    if (stations.survey != nullptr) {
+        for (const ZEL::EventKind kind : stations.survey->see(duration_s)) {
+            stations.analyser.setRule(kind, stations.survey->rules()[indexOf(kind)]);
+        }
+    }
     const ZELAlgo::ZELVideoPlanes planes = stations.findings.keep(std::move(frame)).planes;
     if (!stations.analyser.feedVideo(planes, time_s, duration_s, condition)) {
         stations.findings.forgetLast();
@@ -114,7 +130,7 @@ std::vector<DamageNote> notesOn(const std::vector<Complaint>& complaints) {
         const char* const track = !complaint.track                               ? ""
                                   : *complaint.track == ZEL::StreamTrack::kVideo ? "video"
                                                                                  : "audio";
-        notes.push_back({.what = wordsFor(complaint.reason),
+        notes.push_back({.what = std::string(wordsFor(complaint.reason)),
                          .track = track,
                          .span = complaint.span,
                          .count = complaint.count,
@@ -123,15 +139,20 @@ std::vector<DamageNote> notesOn(const std::vector<Complaint>& complaints) {
     return notes;
 }
 
-void analyse(MediaSource& source, const ZEL::EventRules& rules, InputScan& scan, Progress::Slot& progress,
-             Findings& findings, const std::atomic<bool>& stop) {
+void analyse(MediaSource& source, const ScanSettings& settings, InputScan& scan, Progress::Slot& progress,
+             Findings& findings, const Interruption& interruption) {
+    const ZEL::EventRules& rules = settings.rules;
     InputReport& report = scan.report;
     const auto& video = report.facts.video;
+    std::optional<SurveyRules> survey;
+    if (settings.survey && video) {  // of sound alone, all is judged
+        survey.emplace(rules);
+    }
     ZEL::EventAnalyser analyser(findings, {.tracks = {.video = video.has_value(),
                                                       .audio = report.facts.audio.has_value(),
                                                       .still = video && video->still},
                                            .rules = rules});
-    Stations stations{analyser, findings};
+    Stations stations{analyser, findings, survey ? &*survey : nullptr};
     {
         DecodeAhead ahead(source);
         try {
@@ -141,12 +162,14 @@ void analyse(MediaSource& source, const ZEL::EventRules& rules, InputScan& scan,
             }
         } catch (const MediaError& error) {
             report.problem = error.reason();
+            report.may_pass_later = mayPassLater(AVUNERROR(error.code()));
         }
     }
     report.counts = source.counts();
     const bool anything = report.counts.video_frames + report.counts.audio_frames > 0;
-    const auto declared_s =
-        anything && !stop && !report.facts.duration_estimated ? report.facts.duration : std::nullopt;
+    const auto declared_s = anything && !interruption.isDue() && !report.facts.duration_estimated
+                                ? report.facts.duration
+                                : std::nullopt;
     analyser.endOfStream(declared_s);
     report.length_s = analyser.reached();
     const std::vector<Complaint> complaints = source.complaints();
@@ -155,35 +178,72 @@ void analyse(MediaSource& source, const ZEL::EventRules& rules, InputScan& scan,
     }
     report.damage = notesOn(complaints);
     report.loudness = stations.loudness.loudness();
+    if (survey) {
+        report.survey = survey->survey(report.events);
+    }
     if (!report.problem && source.shortfall()) {
         report.problem = source.shortfall()->detail;
     }
 }
 
+/// How long the input may take.
+std::optional<double> limitFor(const std::string& input, const TimeLimit& limit) {
+    constexpr double kGigabyte = 1e9;
+    std::error_code unknown;
+    const auto bytes = limit.base_s ? std::filesystem::file_size(input, unknown) : 0;
+    return limit.base_s && !unknown
+               ? *limit.base_s + limit.per_gigabyte_s * static_cast<double>(bytes) / kGigabyte
+               : limit.base_s;
+}
+
+std::string problemOf(const std::string& input, const MediaError& error) {
+    std::error_code ignored;
+    return std::filesystem::is_directory(input, ignored)
+               ? "there are no media files in this folder, or it cannot be read"
+               : error.reason();
+}
+
 }  // namespace
 
-InputScan scanInput(const std::string& input, const ScanSettings& settings, bool with_record,
-                    Progress::Slot& progress, const std::function<void(const ZEL::Event&)>& on_event,
-                    const std::atomic<bool>& stop) {
+InputScan scanInput(const std::string& input, const ScanOrder& order, Progress::Slot& progress,
+                    const std::function<void(const ZEL::Event&)>& on_event, const std::atomic<bool>& stop) {
+    using Clock = std::chrono::steady_clock;
     InputScan scan;
     InputReport& report = scan.report;
     report.facts.input = input;
+    MediaOptions media{.label = input, .interrupted = &stop};
+    media.key_frames_only = order.settings.survey;
+    const auto limit_s = limitFor(input, order.limit);
+    if (limit_s) {
+        media.deadline =
+            Clock::now() + std::chrono::duration_cast<Clock::duration>(
+                               std::chrono::duration<double>(std::min(*limit_s, kLongestLimitS)));
+    }
+    const Interruption interruption(media);
     try {
-        MediaSource source = openInput(input, {.label = input, .interrupted = &stop});
+        MediaSource source = openInput(input, media);
         report.facts = source.facts();
         progress.length_s = report.facts.duration.value_or(0.0);
-        if (with_record) {
+        if (order.with_record) {
             scan.record.emplace(report.facts.video ? report.facts.video->frame_rate : 0.0);
         }
-        Findings findings(scan, settings.wanted, progress, on_event);
-        analyse(source, settings.rules, scan, progress, findings, stop);
+        Findings findings(scan, order.settings.wanted, progress, on_event);
+        analyse(source, order.settings, scan, progress, findings, interruption);
     } catch (const MediaError& error) {
-        report.problem = error.reason();
+        report.problem = problemOf(input, error);
+        report.may_pass_later = mayPassLater(AVUNERROR(error.code()));
+    } catch (const std::bad_alloc&) {
+        report.problem = "there was not enough memory";
+        report.may_pass_later = true;
     } catch (const std::exception& error) {
         report.problem = error.what();
     }
     if (stop) {
         report.problem = "stopped before its end";
+        report.may_pass_later = true;
+    } else if (report.problem && interruption.isDue()) {
+        report.problem = fmt::format("not finished within its time limit of {}", shortClockText(*limit_s));
+        report.may_pass_later = false;
     }
     std::stable_sort(
         report.events.begin(), report.events.end(),

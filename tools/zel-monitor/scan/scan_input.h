@@ -10,6 +10,7 @@
 #include "cli/progress.h"
 #include "report/page_record.h"
 #include "report/report.h"
+#include "scan/scan_options.h"
 
 namespace zel_monitor {
 
@@ -19,12 +20,19 @@ struct InputScan {
     std::optional<PageRecord> record;  ///< if it was asked for
 };
 
+/// How an input is scanned.
+struct ScanOrder {
+    const ScanSettings& settings;
+    TimeLimit limit = {};
+    bool with_record = false;
+};
+
 /// Decodes `input` on one thread and analyses it on the calling one, as fast as both can. Whatever goes wrong
-/// with the input stands in the report. `on_event` hears of each event that is wanted, as it
-/// ends. Once `stop` is true the input is left where it is, which counts as not analysed to its end.
-InputScan scanInput(const std::string& input, const ScanSettings& settings, bool with_record,
-                    Progress::Slot& progress, const std::function<void(const ZEL::Event&)>& on_event,
-                    const std::atomic<bool>& stop);
+/// with the input stands in the report, also that it took longer than it may. `on_event` hears of each event
+/// that is wanted, as it ends. Once `stop` is true the input is left where it is, which counts as not
+/// analysed to its end.
+InputScan scanInput(const std::string& input, const ScanOrder& order, Progress::Slot& progress,
+                    const std::function<void(const ZEL::Event&)>& on_event, const std::atomic<bool>& stop);
 
 }  // namespace zel_monitor
 

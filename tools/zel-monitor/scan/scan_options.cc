@@ -2,38 +2,20 @@
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
-#include <functional>
 #include <memory>
 #include <optional>
-#include <string_view>
 #include <utility>
 
 #include "cli/command_line.h"
 #include "cli/file_names.h"
 #include "cli/time_text.h"
+#include "report/kind_options.h"
+#include "scan/archive_options.h"
 
 namespace zel_monitor {
 namespace {
 
 constexpr int kMostJobs = 64;
-
-double seconds(const std::string& option, std::string_view text) {
-    const auto value = parseSeconds(text);
-    if (!value) {
-        throw CLI::ValidationError(
-            option, fmt::format("'{}' is no length of time; write for example 0.5s, 500ms or 2m", text));
-    }
-    return *value;
-}
-
-ZEL::EventKind kind(const std::string& option, std::string_view name) {
-    const auto found = ZEL::eventKindByName(name);
-    if (!found) {
-        throw CLI::ValidationError(
-            option, fmt::format("'{}' is not a kind of fault; --list-detectors names them all", name));
-    }
-    return *found;
-}
 
 /// What stood on the command line, where that is more than the options tell.
 struct Given {
@@ -47,7 +29,7 @@ void addWanted(CLI::App& command, ScanOptions& options) {
             "--also",
             [&options](const std::vector<std::string>& names) {
                 for (const std::string& name : names) {
-                    options.settings.wanted[indexOf(kind("--also", name))] = true;
+                    options.settings.wanted[indexOf(kindOf("--also", name))] = true;
                 }
             },
             "Report these looks too, as does naming them in another option")
@@ -56,37 +38,6 @@ void addWanted(CLI::App& command, ScanOptions& options) {
         ->allow_extra_args(false);
     command.add_flag_callback(
         "--all", [&options] { options.settings.wanted.fill(true); }, "Report looks as well as faults");
-}
-
-/// Adds an option that takes "kind=time", several with commas or by repetition. `bare` allows "kind" alone,
-/// without a time.
-void addPerKind(CLI::App& command, const std::string& name, const std::string& help, bool bare,
-                std::function<void(ZEL::EventKind, std::optional<double>)> set) {
-    command
-        .add_option_function<std::vector<std::string>>(
-            name,
-            [name, bare, set = std::move(set)](const std::vector<std::string>& items) {
-                ZEL::PerEventKind<bool> given{};
-                for (const std::string& item : items) {
-                    const size_t equals = item.find('=');
-                    if (equals == std::string::npos && !bare) {
-                        throw CLI::ValidationError(
-                            name, fmt::format("'{}' lacks a length of time; write {}=0.5s", item, item));
-                    }
-                    const ZEL::EventKind wanted = kind(name, item.substr(0, equals));
-                    if (std::exchange(given[indexOf(wanted)], true)) {
-                        throw CLI::ValidationError(name,
-                                                   fmt::format("{} is given twice", infoOf(wanted).name));
-                    }
-                    set(wanted, equals == std::string::npos
-                                    ? std::nullopt
-                                    : std::optional(seconds(name, item.substr(equals + 1))));
-                }
-            },
-            help)
-        ->delimiter(',')
-        ->type_name("KIND=TIME")
-        ->allow_extra_args(false);
 }
 
 /// Sets the shortest event of a kind, as --min and --stall ask for it.
@@ -156,10 +107,10 @@ void addFormats(CLI::App& command, ScanOptions& options) {
 void addScanOptions(CLI::App& command, ScanOptions& options) {
     command.footer(
         "Exit status: 0 clean, 1 an input violates --fail-on, 2 usage, 3 an input could not be analysed to "
-        "its end, or an output not be written.");
+        "its end, or an output not be written, 75 the same for a reason that may be gone when tried again.");
     // Options that take any number of words read "[a,b]" as a list. This one takes a fixed number, which is
     // never reached, so that such a name stays one.
-    command.add_option("INPUT", options.inputs, "Files, URLs, or - for standard input")
+    command.add_option("INPUT", options.inputs.names, "Files, folders, URLs, or - for standard input")
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->allow_extra_args(false)
         ->expected(CLI::detail::expected_max_vector_size - 1, CLI::detail::expected_max_vector_size)
@@ -196,14 +147,19 @@ void addScanOptions(CLI::App& command, ScanOptions& options) {
             given->limit[indexOf(k)] = s.has_value();
         });
     addFormats(command, options);
+    addArchiveOptions(command, options);
     command.add_option("-j,--jobs", options.jobs, "Inputs to scan at the same time, 1 to 64")
         ->check(wholeNumberFrom(1, kMostJobs))
         ->type_name("N");
 
     command.final_callback([&options, given] {
         applyLimits(options, *given);
-        if (options.inputs.empty() && !options.list_detectors && !options.schema) {
+        if (options.inputs.names.empty() && options.inputs.from.empty() && !options.list_detectors &&
+            !options.schema) {
             throw CLI::RequiredError("INPUT");
+        }
+        if (!options.store.folder.empty() && options.format == &kTableFormat) {
+            options.format = &kBriefFormat;
         }
         if (namesStandardOutput(options.output)) {
             options.output.clear();

@@ -1,9 +1,11 @@
 #ifndef ZEL_TOOLS_SCAN_SCAN_OPTIONS_H_
 #define ZEL_TOOLS_SCAN_SCAN_OPTIONS_H_
 
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "cli/file_list.h"
 #include "report/formats.h"
 #include "report/report.h"
 
@@ -19,10 +21,28 @@ struct FormatFile {
     std::string file;
 };
 
+/// How long the scan of one file may take.
+struct TimeLimit {
+    std::optional<double> base_s;
+    double per_gigabyte_s = 0.0;  ///< and that much more for each 10^9 bytes of it
+};
+
+/// Where reports are kept, and which of them are not good enough.
+struct StoreOptions {
+    std::string folder;  ///< empty: nowhere
+    bool retry_failed = false;
+    bool rescan = false;
+    bool by_content = false;  ///< a file is the same as long as its content is
+};
+
 struct ScanOptions {
-    std::vector<std::string> inputs;
+    FileList inputs;
+    std::string shard;  ///< empty: all
+    StoreOptions store;
+    TimeLimit limit;
+    bool then_scan = false;
     ScanSettings settings;
-    const ReportFormat* format = kReportFormats.data();
+    const ReportFormat* format = &kTableFormat;
     std::string output;  ///< empty: standard output
     std::vector<FormatFile> beside;
     bool overwrite = false;

@@ -79,6 +79,10 @@ TEST(Report, WhatWasNotAnalysedToItsEndIsNeverAPass) {
     EXPECT_EQ(exitStatus({reportOf({}), reportOf({kLongBlack})}, policy), kExitViolated);
     EXPECT_EQ(exitStatus({reportOf({kLongBlack}), broken}, policy), kExitFailed);
     EXPECT_EQ(exitStatus({broken}, Policy{}), kExitFailed);
+    InputReport unread = broken;
+    unread.may_pass_later = true;
+    EXPECT_EQ(exitStatus({unread, broken, reportOf({kShortBlack})}, policy), kExitTryAgain);
+    EXPECT_EQ(exitStatus({unread, reportOf({kLongBlack})}, policy), kExitFailed);
     EXPECT_EQ(exitStatus({reportOf({kLongBlack})}, Policy{}), kExitDone);
 }
 
@@ -101,7 +105,7 @@ const ReportFormat& formatOf(const char* option) {
 
 std::string eventText(const char* option, const std::string& input, const ZEL::Event& event) {
     const ScanSettings settings;
-    return formatOf(option).make(settings)->event(input, event);
+    return formatOf(option).make(settings)->event(input, event, false);
 }
 
 TEST(ReportFormats, TableTellsOfDamageAndOfTheContainerByItsUsualName) {

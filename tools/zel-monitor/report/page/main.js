@@ -26,9 +26,9 @@ function loudnessText({ integrated_lufs: whole, short_term_max_lufs: most, true_
   return `loudness ${text(whole, "LUFS")}, short-term at most ${text(most, "LUFS")}, true peak ${text(peak, "dBTP")}`;
 }
 
-function factsText({ stream, loudness }) {
+function factsText({ survey, stream, loudness }) {
   const { container, video, audio } = stream;
-  const parts = [containers[container]];
+  const parts = [survey && `SURVEY of ${survey.key_frames} key frames`, containers[container]];
   if (video) {
     const rate = video.frame_rate ? ` at ${Number(video.frame_rate.toPrecision(4))} fps` : "";
     parts.push(`${video.codec} ${video.width}\u00d7${video.height}${rate}`);
