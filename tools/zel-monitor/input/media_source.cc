@@ -31,6 +31,9 @@ class MediaSource::Reader : public TrackListener {
           completeness_(input_),
           damage_(natureOf(input_.format())) {
         facts_.input = options.label.empty() ? input : options.label;
+        if (options.live) {
+            interleaver_.waitLess();
+        }
         openTracks();
         gatherFacts(options);
         damage_.atEnd(input_.complaints());  // of nothing so far

@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <map>
 #include <optional>
 #include <string>
 #include <vector>
@@ -25,6 +26,9 @@ struct MediaOptions {
     /// Whether a damaged file is decoded from its beginning once more, without threads, so that the same
     /// comes out of it every time. What is shown as it plays cannot wait for that.
     bool begins_anew = true;
+    bool live = false;  ///< frames come as they are made: a track waits for the other for a moment only
+    /// Settings of the protocol and the demuxer, by FFmpeg's names. An opening fails if one is not known.
+    std::map<std::string, std::string> settings = {};
     /// Once it is true, blocking reads end, an opening fails and the source ends. It outlives the source.
     const std::atomic<bool>* interrupted = nullptr;
 };
