@@ -1,0 +1,54 @@
+#ifndef ZEL_TOOLS_SERVE_LIVE_ANALYSIS_H_
+#define ZEL_TOOLS_SERVE_LIVE_ANALYSIS_H_
+
+#include <zel/events/analyser.h>
+
+#include <optional>
+
+#include "input/media_item.h"
+#include "serve/alarm_book.h"
+#include "serve/history.h"
+#include "serve/settings.h"
+
+namespace zel_monitor {
+
+/// Analyses one stretch of a live stream without interruption: its faults to the alarms, its measurements to
+/// the history. One thread at a time.
+class LiveAnalysis : public ZEL::EventListener {
+  public:
+    /// What is referred to outlives this object.
+    LiveAnalysis(const StreamSettings& settings, ZEL::StreamTracks tracks, AlarmBook& alarms,
+                 History& history);
+
+    void feed(const VideoFrame& frame, Moment now);
+    void feed(const AudioFrame& sound, Moment now);
+    /// Nothing more comes; what is still there is cleared for this reason.
+    void end(Cleared reason, Moment now);
+
+    std::optional<double> luma() const { return luma_; }
+    /// Mean absolute sample value, 0 to 32768, in the last tenth of a second.
+    std::optional<double> level() const { return level_; }
+
+    void onRaised(ZEL::EventKind kind, double start_s, double noticed_s) override;
+    void onCleared(const ZEL::Event& event) override;
+    void onSilencePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result) override;
+    void onVoicePeriod(ZEL::TimeSpan period, const ZELAlgo::ZELAudioResult& result) override;
+
+  private:
+    std::string detailOf(ZEL::EventKind kind) const;
+
+    AlarmBook& alarms_;
+    History& history_;
+    Moment now_{};                   ///< of the call at hand
+    std::optional<Cleared> ending_;  ///< why, once it is over
+    ZEL::PerEventKind<bool> raised_{};
+    std::optional<double> luma_;
+    std::optional<double> level_;
+    double video_at_s_ = 0.0;  ///< where the tracks have come to
+    double audio_at_s_ = 0.0;
+    ZEL::EventAnalyser analyser_;
+};
+
+}  // namespace zel_monitor
+
+#endif  // ZEL_TOOLS_SERVE_LIVE_ANALYSIS_H_
