@@ -8,7 +8,7 @@ from selenium import webdriver
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.common.by import By
 
-from zel_monitor_serve_support import ServeTest, wait_for
+from zel_monitor_serve_support import MOVING, ServeTest, wait_for
 
 
 class Wall(ServeTest):
@@ -41,7 +41,7 @@ class Wall(ServeTest):
 defaults: {{grace: 1s, rules: {{no-signal: {{min: 1s}}}}}}
 streams:
   - {{name: zulu, input: "udp://127.0.0.1:9"}}
-  - {{name: "a <b>&'\\\\", input: "demo:", labels: {{site: north}}, rules: {{black: off, freeze: off, mute: off, green: off}}}}
+  - {{name: "a <b>&'\\\\", format: lavfi, input: "testsrc2=r=25,{MOVING},realtime", labels: {{site: north}}}}
   - {{name: demo, input: "demo:"}}
 """)
         self.resize(1280, 800)

@@ -1,6 +1,8 @@
 #!/usr/bin/python3
 """`zel-monitor serve` with real senders, receivers and clients on loopback."""
 import contextlib
+import functools
+import http.server
 import os
 import pathlib
 import random
@@ -14,7 +16,12 @@ import time
 import unittest
 import urllib.error
 
-from zel_monitor_serve_support import FAST, GOOD, MOVING, PROGRAM, SOUND, Receiver, ServeTest, free_port, wait_for
+from zel_monitor_serve_support import FAST, GOOD, MOVING, PROGRAM, SOUND, UDP_INPUT, Receiver, ServeTest, free_port, wait_for
+
+
+class QuietFiles(http.server.SimpleHTTPRequestHandler):
+    def log_message(self, *arguments):
+        pass
 
 
 class Faults(ServeTest):
@@ -24,7 +31,7 @@ class Faults(ServeTest):
         self.serve(f"""
 streams:
   - name: a
-    input: udp://127.0.0.1:{port}
+    input: {UDP_INPUT % port}
     options: {FAST}
     grace: 1s
     rules: {{no-signal: {{min: 1s}}}}
@@ -70,17 +77,39 @@ streams:
 defaults: {{open_timeout: 2s, read_timeout: 2s, grace: 1s, reconnect: {{most: 1s}}, rules: {{no-signal: {{min: 1s}}}}}}
 streams:
   - {{name: silent, input: "tcp://127.0.0.1:{silent.getsockname()[1]}"}}
-  - {{name: garbage, input: "udp://127.0.0.1:{garbage_port}"}}
+  - {{name: garbage, input: "{UDP_INPUT % garbage_port}"}}
   - {{name: nowhere, input: "tcp://127.0.0.1:{free_port(socket.SOCK_STREAM)}"}}
-  - {{name: option, input: "demo:", options: {{no_such_option: "1"}}}}
-  - {{name: demo, input: "demo:", grace: 20s}}
+  - {{name: option, format: lavfi, input: "color=s=32x32,realtime", options: {{no_such_option: "1"}}}}
+  - {{name: well, format: lavfi, input: "testsrc2=s=64x64:r=5,{MOVING},realtime", grace: 20s}}
 """)
         for name, reason in (("silent", "within 2 s"), ("garbage", ""), ("nowhere", "refused"),
                              ("option", "no setting no_such_option")):
             wait_for(lambda: self.told(name) == ["+no-signal"], f"{name} told")
             wait_for(lambda: reason in self.stream(name)["reason"], f"{name}: {reason}")
-        self.wait_up("demo")
-        self.assertNotIn("+no-signal", self.told("demo"))
+        self.wait_up("well")
+        self.assertEqual(self.told("well"), [])
+        self.stop()
+        self.check_alarms()
+
+    def test_segments_that_no_longer_come_are_no_signal(self):
+        hls = http.server.ThreadingHTTPServer(("127.0.0.1", 0), functools.partial(QuietFiles, directory=self.folder))
+        threading.Thread(target=hls.serve_forever, daemon=True).start()
+        self.addCleanup(lambda: (hls.shutdown(), hls.server_close()))
+        options = "-f hls -hls_time 1 -hls_flags delete_segments+append_list"
+        sender = self.send(str(self.folder / "live.m3u8"), container=options)
+        wait_for((self.folder / "live.m3u8").exists, "a playlist")
+        self.serve(f"""
+streams:
+  - name: a
+    input: http://127.0.0.1:{hls.server_port}/live.m3u8
+    read_timeout: 5s
+    rules: {{no-signal: {{min: 2s}}}}
+""")
+        self.wait_up("a")
+        sender.kill()
+        wait_for(lambda: self.told() == ["+no-signal"], "no more segments")
+        self.send(str(self.folder / "live.m3u8"), container=options)
+        wait_for(lambda: self.told() == ["+no-signal", "-no-signal"], "segments again")
         self.stop()
         self.check_alarms()
 
@@ -88,7 +117,7 @@ streams:
         port = free_port()
         self.serve(f"""
 streams:
-  - {{name: a, input: "udp://127.0.0.1:{port}", options: {FAST}, grace: 0s, rules: {{no-signal: {{min: 20s}}}}}}
+  - {{name: a, input: "{UDP_INPUT % port}", options: {FAST}, grace: 0s, rules: {{no-signal: {{min: 20s}}}}}}
 """)
         # Video that ends after 6 s, sound that goes on.
         self.send(f"udp://127.0.0.1:{port}?pkt_size=1316", f"{GOOD},trim=end=6", SOUND)
@@ -100,10 +129,9 @@ streams:
 
 
 class Control(ServeTest):
-    DEMO = '{name: %s, input: "demo:", labels: {site: north}}'
-
-    def streams(self, *names, more=""):
-        return f"{more}\nstreams:\n" + "".join(f"  - {self.DEMO % name}\n" for name in names)
+    def streams(self, *names, more="", graph=f"testsrc2=s=64x64:r=25,{MOVING}"):
+        stream = f'format: lavfi, input: "{graph},realtime", labels: {{site: north}}'
+        return f"{more}\nstreams:\n" + "".join(f"  - {{name: {name}, {stream}}}\n" for name in names)
 
     def test_reload_leaves_unchanged_streams_alone_and_takes_no_mistakes(self):
         self.serve(self.streams("a", "b"))
@@ -124,6 +152,24 @@ class Control(ServeTest):
         self.reload(self.streams("a", more="defaults: {threads: 2}"))
         self.stop()
         self.assertTrue(old.exists() and self.events.exists())
+
+    def test_reloads_and_reconnects_leave_nothing_behind(self):
+        rounds = int(os.environ.get("ZEL_SERVE_ROUNDS", "20"))
+        short = '{name: %s, format: lavfi, input: "color=s=32x32:r=10:d=0.1", reconnect: {first: 0.1s, most: 0.1s}}'
+        texts = [f"streams:\n  - {short % 'stays'}\n  - {short % other}\n" for other in ("a", "b")]
+        self.serve(texts[0])
+        used = []
+        for i in range(rounds):
+            self.reload(texts[(i + 1) % 2])
+            if i in (min(5, rounds - 2), rounds - 1):
+                wait_for(lambda: self.stream("stays")["connections"] > i, "reconnects")
+                used.append(self.threads_and_files())
+        self.assertLessEqual(abs(used[1][0] - used[0][0]) + abs(used[1][1] - used[0][1]), 6, used)
+        self.stop()
+
+    def threads_and_files(self):
+        process = pathlib.Path(f"/proc/{self.process.pid}")
+        return [len(list((process / folder).iterdir())) for folder in ("task", "fd")]
 
     def test_check_and_wrong_usage(self):
         self.config.write_text(self.streams("a", "b"))
@@ -164,7 +210,7 @@ class Control(ServeTest):
 
     def test_webhooks_deliver_all_in_order_whatever_the_other_side_does(self):
         native, alertmanager = Receiver([503, 500, 429]), Receiver()
-        self.serve(self.streams("a", more=f"""
+        self.serve(self.streams("a", graph="color=black:s=64x64:r=25:d=2", more=f"""
 webhooks:
   - url: http://127.0.0.1:{native.server_port}/alarms
   - {{url: "http://127.0.0.1:{alertmanager.server_port}/", form: alertmanager}}

@@ -48,7 +48,7 @@ int AlarmOutlets::outputError() const {
 
 AlarmOutlets::Counts AlarmOutlets::counts() const {
     const std::lock_guard<std::mutex> lock(mutex_);
-    Counts counts{.lost = log_->lost(), .webhooks = {}};
+    Counts counts{.lost = log_ != nullptr ? log_->lost() : 0, .webhooks = {}};
     for (const auto& webhook : webhooks_) {
         counts.webhooks.push_back({shownUrl(webhook->settings().url), webhook->counts()});
     }

@@ -12,7 +12,8 @@
 
 namespace zel_monitor {
 
-/// Where alarms go: the event log and the webhooks of the configuration in force. Any thread.
+/// Where alarms go: the event log and the webhooks of the configuration in force. Any thread; what takes
+/// alarms only after configure().
 class AlarmOutlets : public AlarmSink {
   public:
     void take(const Alarm& alarm) override;

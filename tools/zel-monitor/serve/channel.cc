@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "input/demo_source.h"
+#include "serve/play_out.h"
 #include "serve/quiet_thread.h"
 #include "serve/shown_url.h"
 
@@ -25,6 +26,7 @@ constexpr std::chrono::seconds kThumbnailWanted{5};
 
 MediaOptions optionsFor(const StreamSettings& settings, const std::atomic<bool>& interrupted) {
     MediaOptions options;
+    options.format = settings.format;
     options.label = settings.name;
     options.video = settings.video.value_or(true);
     options.audio = settings.audio.value_or(true);
@@ -48,6 +50,7 @@ struct Channel::Reading {
     std::optional<double> first_s = {};  ///< stream time of the first item
     std::unique_ptr<LiveAnalysis> analysis = {};
     LagMeter lag = {};
+    PlayOut play_out = {};
     bool thinned = false;
     double examined_s = 0.0;  ///< stream time of the last frame that was
 };
@@ -96,14 +99,15 @@ void Channel::tick(Moment now) {
         interrupted_.store(true);
     }
     const double silent_s = secondsBetween(last_item_, now.steady);
-    if (!signal_lost_ && silent_s >= settings_.rules[kNoSignal].min_s) {
-        signal_lost_ = true;
+    if (silent_s >= settings_.rules[kNoSignal].min_s) {
         if (status_.state == StreamState::kUp) {
             status_.state = StreamState::kNoData;
             status_.since = now.wall;
         }
-        alarms_.endAll(Cleared::kSignalLost, now);
-        alarms_.begin(kNoSignal, silent_s, lossDetail(), now);
+        if (!std::exchange(signal_lost_, true)) {
+            alarms_.endAll(Cleared::kSignalLost, now);
+            alarms_.begin(kNoSignal, silent_s, lossDetail(), now);
+        }
     }
     alarms_.tick(now);
     if (status_.state == StreamState::kUp && alarms_.active().empty()) {
@@ -224,14 +228,16 @@ void Channel::take(Reading& reading, const MediaItem& item, double took_s) {
         return;
     }
     const Moment now = Moment::now();
-    if (noteSignal(now) && reading.analysis) {
+    const double now_s = secondsBetween(reading.began, now.steady);
+    const double shown_s = reading.play_out.update(since_s, now_s, took_s);
+    if (noteSignal(reading, shown_s - now_s, now) && reading.analysis) {
         reading.analysis->end(Cleared::kSignalLost, now);
         reading.analysis.reset();
     }
     if (!reading.analysis) {
         reading.analysis = std::make_unique<LiveAnalysis>(settings_, reading.tracks, alarms_, history_);
     }
-    const double lag_s = reading.lag.update(since_s, secondsBetween(reading.began, now.steady), took_s);
+    const double lag_s = reading.lag.update(since_s, now_s, took_s);
     if (const auto* const sound = std::get_if<AudioFrame>(&item)) {
         reading.analysis->feed(*sound, now);
     } else {
@@ -256,20 +262,23 @@ void Channel::feed(Reading& reading, const VideoFrame& frame, double lag_s, Mome
     makeThumbnail(frame, now);
 }
 
-/// Something came. Whether the signal had been lost, so that what comes now begins anew.
-bool Channel::noteSignal(Moment now) {
+/// Something came that is to be shown in so many seconds. Whether the signal had been lost, so that what
+/// comes now begins anew.
+bool Channel::noteSignal(const Reading& reading, double shown_in_s, Moment now) {
     const std::lock_guard<std::mutex> lock(mutex_);
     const AlarmRule& rule = settings_.rules[kNoSignal];
-    const bool after_loss = signal_lost_ && secondsBetween(last_item_, now.steady) >= rule.min_s;
-    if (signal_lost_ && secondsBetween(last_item_, now.steady) > rule.gap_s) {
+    const double silent_s = secondsBetween(last_item_, now.steady);
+    const bool after_loss = signal_lost_ && silent_s >= rule.min_s;
+    if (signal_lost_ && silent_s > rule.gap_s) {
         signal_since_ = now.steady;
     }
-    last_item_ = now.steady;
-    deadline_ = now.steady + steadySeconds(settings_.read_timeout_s);
+    last_item_ = now.steady + steadySeconds(shown_in_s);
+    deadline_ = last_item_ + steadySeconds(settings_.read_timeout_s);
     status_.last_frame = now.wall;
-    if (signal_lost_ && secondsBetween(signal_since_, now.steady) >= rule.gap_s) {
+    const double back_s = secondsBetween(signal_since_, now.steady);
+    if (signal_lost_ && reading.play_out.isLive() && back_s >= rule.gap_s) {
         signal_lost_ = false;
-        alarms_.end(kNoSignal, secondsBetween(signal_since_, now.steady), Cleared::kOver, now);
+        alarms_.end(kNoSignal, back_s, Cleared::kOver, now);
     }
     if (status_.state != StreamState::kUp) {
         status_.state = StreamState::kUp;

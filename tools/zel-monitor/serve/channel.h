@@ -8,10 +8,10 @@
 #include <string>
 #include <thread>
 
+#include "cli/backoff.h"
 #include "input/media_source.h"
 #include "report/thumbnail.h"
 #include "serve/alarm_book.h"
-#include "cli/backoff.h"
 #include "serve/history.h"
 #include "serve/lag_meter.h"
 #include "serve/live_analysis.h"
@@ -58,8 +58,7 @@ class Channel {
     void follow(MediaSource& source);
     void take(Reading& reading, const MediaItem& item, double took_s);
     void feed(Reading& reading, const VideoFrame& frame, double lag_s, Moment now);
-    void noteItem(Moment now);
-    bool noteSignal(Moment now);
+    bool noteSignal(const Reading& reading, double shown_in_s, Moment now);
     void makeThumbnail(const VideoFrame& frame, Moment now);
     void setState(StreamState state, const std::string& reason);
     bool stopping() const { return stop_.load(); }
@@ -81,7 +80,7 @@ class Channel {
     StreamStatus status_;
     std::optional<TimePoint> deadline_;  ///< after which the input is given up
     bool timed_out_ = false;
-    TimePoint last_item_;
+    TimePoint last_item_;     ///< when the last one that came is to be shown
     TimePoint signal_since_;  ///< when frames began to come again
     bool signal_lost_ = false;
     TimePoint thumbnail_wanted_until_;

@@ -10,6 +10,7 @@
 #include <sstream>
 #include <utility>
 
+#include "input/demo_source.h"
 #include "serve/http_address.h"
 #include "serve/yaml_value.h"
 
@@ -102,6 +103,7 @@ void readExpected(const YamlValue& value, std::optional<bool>& expected) {
 std::vector<YamlValue::Key> sharedKeys(StreamSettings& s) {
     return {
         {"labels", [&](const YamlValue& v) { readLabels(v, s.labels); }},
+        {"format", [&](const YamlValue& v) { set(s.format, v.text()); }},
         {"options", [&](const YamlValue& v) { readTexts(v, s.options); }},
         {"threads", [&](const YamlValue& v) { set(s.threads, v.number(0, kMostThreads)); }},
         {"video", [&](const YamlValue& v) { readExpected(v, s.video); }},
@@ -133,6 +135,7 @@ StreamSettings readStream(const YamlValue& value, const StreamSettings& defaults
                   [&](const YamlValue& v) {
                       set(stream.name, v.text());
                       if (stream.name.size() > kLongestName || stream.name.find('/') != std::string::npos ||
+                          stream.name == "." || stream.name == ".." ||
                           std::any_of(stream.name.begin(), stream.name.end(), &isControl)) {
                           v.complain(fmt::format(
                               "a name has at most {} bytes, no / and no control characters", kLongestName));
@@ -191,10 +194,14 @@ WebhookSettings readWebhook(const YamlValue& value) {
 
 void readStreams(const YamlValue& value, const StreamSettings& defaults, ServeSettings& settings) {
     std::set<std::string> names;
+    bool any_demo = false;
     value.readList([&](const YamlValue& item) {
         StreamSettings stream = readStream(item, defaults);
         if (!stream.name.empty() && !names.insert(stream.name).second) {
             item.complain(fmt::format("another stream has the name {}; give it another one", stream.name));
+        }
+        if (stream.input == kDemoInput && std::exchange(any_demo, true)) {
+            item.complain("only one stream may be demo:, whose speech FFmpeg can make once at a time");
         }
         settings.streams.push_back(std::move(stream));
     });

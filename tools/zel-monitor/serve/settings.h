@@ -24,6 +24,7 @@ struct StreamSettings {
     std::string name;
     std::string input;
     std::map<std::string, std::string> labels;
+    std::string format;                          ///< FFmpeg's name of it; empty: found out
     std::map<std::string, std::string> options;  ///< of FFmpeg's protocol and demuxer
     int threads = 1;                             ///< of each decoder; 0: as many as there are processors
     std::optional<bool> video;                   ///< whether it must have any; no value: as it comes

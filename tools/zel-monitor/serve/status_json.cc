@@ -94,6 +94,17 @@ std::string hourPage(const StreamStatus& stream, const History& history,
     report.counts = stream.counts;
     report.length_s = History::kLengthS;
     report.events = history.events(now);
+    for (const AlarmBook::Active& alarm : stream.alarms) {
+        if (alarm.kind == kNoSignal) {
+            continue;  // the curves have a gap there
+        }
+        const std::chrono::duration<double> ago = now - alarm.began;
+        ZEL::Event event;
+        event.kind = ZEL::eventKinds()[alarm.kind].kind;
+        event.span = {std::max(History::kLengthS - ago.count(), 0.0), History::kLengthS};
+        event.open_at_end = true;
+        report.events.push_back(event);
+    }
     std::stable_sort(report.events.begin(), report.events.end(),
                      [](const auto& a, const auto& b) { return a.span.start_s < b.span.start_s; });
     return pageHtml({{"report", reportJson({report}, ScanSettings{}, 0)},

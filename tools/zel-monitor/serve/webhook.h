@@ -8,8 +8,8 @@
 #include <string>
 #include <thread>
 
-#include "serve/alarm_queue.h"
 #include "cli/backoff.h"
+#include "serve/alarm_queue.h"
 #include "serve/settings.h"
 
 namespace zel_monitor {

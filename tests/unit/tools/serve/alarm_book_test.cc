@@ -8,6 +8,7 @@
 
 #include "cli/backoff.h"
 #include "serve/lag_meter.h"
+#include "serve/play_out.h"
 
 namespace {
 
@@ -146,6 +147,27 @@ TEST(LagMeter, TellsASlowReaderFromAnInputThatWaits) {
     EXPECT_EQ(bursts.update(5.9, 10.1, 0.01), 0.0);
     EXPECT_EQ(bursts.update(6.0, 16.0, 5.9), 0.0);
     EXPECT_EQ(bursts.update(11.9, 16.1, 0.01), 0.0);
+}
+
+TEST(PlayOut, HoldsTheSignalWhileSegmentsLastAndTellsWhatWasLeftBehind) {
+    zel_monitor::PlayOut segments;
+    for (double s = 0.0; s < 6.0; s += 0.04) {
+        segments.update(s, 10.0 + s / 100.0, s == 0.0 ? 2.0 : 0.001);
+    }
+    EXPECT_NEAR(segments.update(6.0, 10.06, 0.001), 16.0, 1e-9);
+    EXPECT_FALSE(segments.isLive());  // all of it may be old
+    EXPECT_NEAR(segments.update(6.04, 16.1, 6.0), 16.1, 1e-9);
+    EXPECT_TRUE(segments.isLive());
+    EXPECT_NEAR(segments.update(12.0, 16.2, 0.001), 22.06, 1e-9);
+
+    zel_monitor::PlayOut steady;  // its clock is a thousandth faster than ours
+    double now_s = 0.0;
+    for (int i = 0; i < 100'000; ++i) {
+        now_s = i * 0.04;
+        ASSERT_LT(steady.update(now_s * 1.001, now_s, 0.03), now_s + 0.5);
+        ASSERT_TRUE(steady.isLive());
+    }
+    EXPECT_NEAR(steady.update(now_s + 7200.0, now_s + 0.04, 0.03), now_s + 0.04, 1e-9);  // a jump ahead
 }
 
 }  // namespace

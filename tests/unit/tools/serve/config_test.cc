@@ -81,26 +81,35 @@ streams:
   - {name: b, input: x, reconnect: {first: 9s, most: 1s}}
   - {name: b, input: x, input: y}
   - {input: x}
+  - {name: d, input: "demo:"}
+  - {name: e, input: "demo:"}
   - {name: c, input: x, video: false, audio: false, open_timeout: 0s}
 webhooks: [{url: ftp://x}, {form: native}]
 )");
     for (const char* const mistake :
-         {"f.yaml:1: listen: must be an address", "f.yaml:2: lsten: unknown key; use one of listen,",
+         {"f.yaml:1: listen: must be an address",
+          "f.yaml:2: lsten: unknown key; use one of listen,",
           "f.yaml:4: defaults.rules.blck: unknown key",
           "f.yaml:4: defaults.rules.black.min: must be a length",
           "f.yaml:4: defaults.rules.black.severity: must be one of warning, critical",
-          "f.yaml:4: defaults.rules.mute: must be on, off", "f.yaml:5: defaults.labels.stream: this label",
+          "f.yaml:4: defaults.rules.mute: must be on, off",
+          "f.yaml:5: defaults.labels.stream: this label",
           "f.yaml:5: defaults.labels.9x: a label's name",
-          "f.yaml:6: defaults.threads: must be a whole number", "f.yaml:8: streams[1].name: a name has",
-          "f.yaml:8: streams[1]: standard input", "f.yaml:10: streams[2].reconnect: most, 1s, is less",
+          "f.yaml:6: defaults.threads: must be a whole number",
+          "f.yaml:8: streams[1].name: a name has",
+          "f.yaml:8: streams[1]: standard input",
+          "f.yaml:10: streams[2].reconnect: most, 1s, is less",
           "f.yaml:11: streams[3].input: is there twice",
-          "f.yaml:11: streams[3]: another stream has the name b", "f.yaml:12: streams[4]: needs a name",
-          "f.yaml:13: streams[5]: video and audio are both false",
-          "f.yaml:13: streams[5].open_timeout: must be at least 0.1s",
-          "f.yaml:14: webhooks[1].url: must begin with http://", "f.yaml:14: webhooks[2]: needs a url"}) {
+          "f.yaml:11: streams[3]: another stream has the name b",
+          "f.yaml:12: streams[4]: needs a name",
+          "f.yaml:14: streams[6]: only one stream may be demo:",
+          "f.yaml:15: streams[7]: video and audio are both false",
+          "f.yaml:15: streams[7].open_timeout: must be at least 0.1s",
+          "f.yaml:16: webhooks[1].url: must begin with http://",
+          "f.yaml:16: webhooks[2]: needs a url"}) {
         EXPECT_THAT(mistakes, HasSubstr(mistake));
     }
-    EXPECT_EQ(std::count(mistakes.begin(), mistakes.end(), '\n'), 19);
+    EXPECT_EQ(std::count(mistakes.begin(), mistakes.end(), '\n'), 20);
     EXPECT_THAT(mistakesIn(""), HasSubstr("f.yaml:1: must hold keys"));
     EXPECT_THAT(mistakesIn("listen: 127.0.0.1:1"), HasSubstr("needs streams"));
     EXPECT_THAT(mistakesIn("streams: {a: b}"), HasSubstr("streams: must be a list"));
