@@ -147,7 +147,7 @@ bool Channel::connect() {
         status_.state = StreamState::kConnecting;
         status_.since = std::chrono::system_clock::now();
     }
-    const auto timedOut = [this] {
+    const auto timed_out = [this] {
         const std::lock_guard<std::mutex> lock(mutex_);
         deadline_.reset();
         return timed_out_;
@@ -157,19 +157,19 @@ bool Channel::connect() {
         MediaSource source = openInput(settings_.input, optionsFor(settings_, interrupted_));
         opened = steady_clock::now();
         follow(source);
-        if (timedOut()) {
+        if (timed_out()) {
             setState(StreamState::kFailing, fmt::format("no frame for {:g} s", settings_.read_timeout_s));
         } else {
             setState(StreamState::kEnded, "the other side ended it");
         }
     } catch (const MediaError& error) {
-        const bool late = timedOut();
+        const bool late = timed_out();
         setState(StreamState::kFailing,
                  !late    ? error.reason()
                  : opened ? fmt::format("no frame for {:g} s", settings_.read_timeout_s)
                           : fmt::format("nothing to decode within {:g} s", settings_.open_timeout_s));
     } catch (const std::exception& error) {
-        timedOut();
+        timed_out();
         setState(StreamState::kFailing, error.what());
     }
     return opened && secondsBetween(*opened, steady_clock::now()) >= kGoodAfterS;

@@ -3,11 +3,11 @@
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
-#include <cstring>
 #include <fmt/format.h>
 #include <fstream>
 #include <set>
 #include <sstream>
+#include <system_error>
 #include <utility>
 
 #include "input/demo_source.h"
@@ -49,12 +49,12 @@ void readTexts(const YamlValue& value, std::map<std::string, std::string>& texts
 }
 
 void readLabels(const YamlValue& value, std::map<std::string, std::string>& labels) {
-    static const std::set<std::string> kTaken = {"stream", "kind",     "state", "track",    "severity",
-                                                 "le",     "quantile", "job",   "instance", "alertname"};
+    static const std::set<std::string> taken = {"stream", "kind",     "state", "track",    "severity",
+                                                "le",     "quantile", "job",   "instance", "alertname"};
     value.readEntries([&](const std::string& key, const YamlValue& entry) {
         if (!isLabelName(key)) {
             entry.complain("a label's name has letters, digits and _, does not begin with a digit or __");
-        } else if (kTaken.contains(key)) {
+        } else if (taken.contains(key)) {
             entry.complain("this label's name is taken; choose another one");
         } else {
             set(labels[key], entry.text());
@@ -255,7 +255,8 @@ ServeSettings readConfig(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     std::ostringstream text;
     if (!file || !(text << file.rdbuf())) {
-        throw ConfigError(fmt::format("{}: {}\n", path, std::strerror(errno != 0 ? errno : EIO)));
+        throw ConfigError(
+            fmt::format("{}: {}\n", path, std::generic_category().message(errno != 0 ? errno : EIO)));
     }
     return parseConfig(text.str(), path);
 }

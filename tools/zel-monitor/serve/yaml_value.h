@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 #include <yaml-cpp/yaml.h>
 
@@ -30,8 +31,8 @@ class ConfigProblems {
 /// nothing.
 class YamlValue {
   public:
-    YamlValue(YAML::Node node, std::string path, ConfigProblems& problems)
-        : node_(std::move(node)), path_(std::move(path)), problems_(&problems) {}
+    YamlValue(const YAML::Node& node, std::string path, ConfigProblems& problems)
+        : node_(node), path_(std::move(path)), problems_(&problems) {}
 
     void complain(const std::string& what) const { problems_->add(node_.Mark(), path_, what); }
     bool isMap() const { return node_.IsMap(); }
