@@ -31,12 +31,17 @@ add_custom_command(OUTPUT ${page_build}/packages.stamp
   DEPENDS ${page_packages}
   COMMENT "Fetching the pages' packages" VERBATIM)
 
+add_custom_command(OUTPUT ${page_build}/sources.stamp
+  COMMAND ${CMAKE_COMMAND} -E copy ${page_files} ${wall_files} ${page_build}
+  COMMAND ${CMAKE_COMMAND} -E touch ${page_build}/sources.stamp
+  DEPENDS ${page_files} ${wall_files}
+  COMMENT "Copying the pages' sources" VERBATIM)
+
 # zel_page(<source> <html> <script> <style> <header> <function>): the source, which defines the function.
 function(zel_page source)
   add_custom_command(OUTPUT ${page_build}/${source}
-    COMMAND ${CMAKE_COMMAND} -E copy ${page_files} ${wall_files} ${page_build}
     COMMAND ${ZEL_NODE} ${page_build}/build.mjs ${ARGN} ${page_build}/${source}
-    DEPENDS ${page_files} ${wall_files} ${page_build}/packages.stamp
+    DEPENDS ${page_build}/sources.stamp ${page_build}/packages.stamp
     COMMENT "Bundling ${source}" VERBATIM)
   target_sources(zel_monitor_parts PRIVATE ${page_build}/${source})
 endfunction()
