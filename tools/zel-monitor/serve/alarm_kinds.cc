@@ -1,6 +1,7 @@
 #include "serve/alarm_kinds.h"
 
 #include <algorithm>
+#include <array>
 
 namespace zel_monitor {
 namespace {
@@ -8,14 +9,6 @@ namespace {
 constexpr std::string_view kNoSignalName = "no-signal";
 constexpr double kNoSignalMinS = 3.0;
 constexpr double kNoSignalGapS = 0.5;
-
-/// What looks odd but may be meant so.
-bool isLook(ZEL::EventKind kind) {
-    constexpr std::array kLooks = {ZEL::EventKind::kUnderexposed, ZEL::EventKind::kOverexposed,
-                                   ZEL::EventKind::kLowVoice, ZEL::EventKind::kHighVoice,
-                                   ZEL::EventKind::kNoVoice};
-    return std::find(kLooks.begin(), kLooks.end(), kind) != kLooks.end();
-}
 
 /// What nobody can watch or hear.
 bool isCritical(ZEL::EventKind kind) {
@@ -50,7 +43,7 @@ PerAlarmKind<AlarmRule> defaultAlarmRules() {
     PerAlarmKind<AlarmRule> rules;
     for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
         rules[indexOf(info.kind)] = {
-            .enabled = !isLook(info.kind),
+            .enabled = info.tier == ZEL::EventTier::kFault,
             .severity = isCritical(info.kind) ? Severity::kCritical : Severity::kWarning,
             .min_s = info.rule.min_s,
             .gap_s = info.rule.gap_s};

@@ -40,7 +40,7 @@ struct AlarmRule {
     bool operator==(const AlarmRule&) const = default;
 };
 
-/// Rules for every kind: faults are on, looks, which are a matter of taste, are off.
+/// Rules for every kind: faults are on, looks are off.
 PerAlarmKind<AlarmRule> defaultAlarmRules();
 
 }  // namespace zel_monitor
