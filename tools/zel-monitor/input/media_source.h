@@ -38,7 +38,8 @@ class MediaSource {
     const MediaFacts& facts() const;
     MediaCounts counts() const;
 
-    /// What is wrong with what came out, and with what did not: complete at the end.
+    /// What is wrong with what came out, and with what did not: complete at the end, but for what does not
+    /// begin anew. Of that the items alone tell.
     std::vector<Complaint> complaints() const;
 
     /// The next frame or audio frame; none at the end and after an interruption. Throws MediaError, once

@@ -8,6 +8,7 @@
 #include <optional>
 #include <utility>
 
+#include "input/damage_run.h"
 #include "input/decode_ahead.h"
 #include "input/demo_source.h"
 #include "scan/damage_events.h"

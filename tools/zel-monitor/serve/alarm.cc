@@ -5,10 +5,20 @@
 #include <fmt/format.h>
 
 #include "cli/time_text.h"
+#include "report/report_json.h"
 
 namespace zel_monitor {
 
 using Json = nlohmann::ordered_json;
+
+namespace {
+
+Json evidenceOf(const Alarm& alarm) {
+    return alarm.kind == kNoSignal ? Json(nullptr)
+                                   : evidenceJson(ZEL::eventKinds()[alarm.kind].kind, alarm.evidence);
+}
+
+}  // namespace
 
 std::string_view nameOf(Cleared reason) {
     constexpr std::array<std::string_view, 4> kNames{"over", "signal lost", "disconnected", "stopped"};
@@ -25,6 +35,7 @@ Json alarmJson(const Alarm& alarm) {
                  {"kind", alarmName(alarm.kind)},
                  {"severity", nameOf(alarm.severity)},
                  {"detail", alarm.detail},
+                 {"evidence", evidenceOf(alarm)},
                  {"labels", alarm.labels},
                  {"began", utcText(alarm.began)}};
     if (alarm.ended) {
@@ -45,6 +56,11 @@ Json alertJson(const Alarm& alarm, std::chrono::system_clock::time_point expires
     Json annotations = {
         {"summary", fmt::format("{} on {}", alarmName(alarm.kind), alarm.stream)},
         {"description", alarm.detail.empty() ? std::string(alarmMeaning(alarm.kind)) : alarm.detail}};
+    if (const Json evidence = evidenceOf(alarm); !evidence.is_null()) {
+        annotations["evidence"] =
+            fmt::format("{:.4g} {} (limit {:.4g})", evidence["value"].get<double>(),
+                        evidence["unit"].get<std::string>(), evidence["limit"].get<double>());
+    }
     // Alertmanager takes alerts for one by their labels, so an id would be a label of no use.
     return {{"labels", std::move(labels)},
             {"annotations", std::move(annotations)},

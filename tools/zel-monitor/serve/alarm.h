@@ -1,6 +1,8 @@
 #ifndef ZEL_TOOLS_SERVE_ALARM_H_
 #define ZEL_TOOLS_SERVE_ALARM_H_
 
+#include <zel/events/event.h>
+
 #include <chrono>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -52,6 +54,7 @@ struct Alarm {
     AlarmKind kind = kNoSignal;
     Severity severity = Severity::kWarning;
     std::string detail;                                          ///< in words; empty if the kind says it all
+    std::optional<ZEL::Evidence> evidence;                       ///< so far, or of all of it
     std::chrono::system_clock::time_point time;                  ///< of this raise or clear
     std::chrono::system_clock::time_point began;                 ///< when the fault did
     std::optional<std::chrono::system_clock::time_point> ended;  ///< when the fault did; set for a clear

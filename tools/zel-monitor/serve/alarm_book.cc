@@ -11,7 +11,7 @@ void AlarmBook::beginGrace(std::chrono::steady_clock::time_point end) {
     grace_end_ = end;
 }
 
-void AlarmBook::begin(AlarmKind kind, double ago_s, const std::string& detail, Moment now) {
+void AlarmBook::begin(AlarmKind kind, double ago_s, Findings findings, Moment now) {
     const std::lock_guard<std::mutex> lock(mutex_);
     Entry& entry = entries_[kind];
     if (closed_ || !rules_[kind].enabled || entry.fault) {
@@ -20,9 +20,16 @@ void AlarmBook::begin(AlarmKind kind, double ago_s, const std::string& detail, M
     entry.fault = {.began = now.wall - wallSeconds(ago_s),
                    .known_after_s = ago_s,
                    .known = now.steady,
-                   .detail = detail,
+                   .findings = std::move(findings),
                    .id = ""};
     raiseIfDue(kind, now);
+}
+
+void AlarmBook::measured(AlarmKind kind, const std::optional<ZEL::Evidence>& evidence) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    if (Entry& entry = entries_[kind]; entry.fault) {
+        entry.fault->findings.evidence = evidence;
+    }
 }
 
 void AlarmBook::end(AlarmKind kind, double ago_s, Cleared reason, Moment now) {
@@ -87,7 +94,8 @@ Alarm AlarmBook::alarmOf(AlarmKind kind, const Fault& fault, Moment now) const {
             .labels = labels_,
             .kind = kind,
             .severity = rules_[kind].severity,
-            .detail = fault.detail,
+            .detail = fault.findings.detail,
+            .evidence = fault.findings.evidence,
             .time = now.wall,
             .began = fault.began,
             .ended = std::nullopt};
@@ -98,7 +106,7 @@ std::vector<AlarmBook::Active> AlarmBook::active() const {
     std::vector<Active> active;
     for (AlarmKind kind = 0; kind < kAlarmKinds; ++kind) {
         if (const auto& fault = entries_[kind].fault; fault && !fault->id.empty()) {
-            active.push_back({kind, rules_[kind].severity, fault->detail, fault->began});
+            active.push_back({kind, rules_[kind].severity, fault->findings.detail, fault->began});
         }
     }
     return active;

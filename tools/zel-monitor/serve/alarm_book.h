@@ -27,8 +27,15 @@ class AlarmBook {
     /// Until `end` no fault is raised but that there is no signal.
     void beginGrace(std::chrono::steady_clock::time_point end);
 
+    /// What is known of a fault.
+    struct Findings {
+        std::string detail = {};  ///< in words; empty if the kind says it all
+        std::optional<ZEL::Evidence> evidence = {};
+    };
     /// The fault has lasted its minimum; it began `ago_s` seconds before `now`.
-    void begin(AlarmKind kind, double ago_s, const std::string& detail, Moment now);
+    void begin(AlarmKind kind, double ago_s, Findings findings, Moment now);
+    /// What was measured of all of the fault, which end() is to tell. Nothing happens if it is not known.
+    void measured(AlarmKind kind, const std::optional<ZEL::Evidence>& evidence);
     /// The fault is over since `ago_s` seconds before `now`. Nothing happens if it is not known.
     void end(AlarmKind kind, double ago_s, Cleared reason, Moment now);
     /// All faults are over, but that there is no signal.
@@ -57,7 +64,7 @@ class AlarmBook {
         std::chrono::system_clock::time_point began;
         double known_after_s;  ///< how long it had lasted when it was known
         std::chrono::steady_clock::time_point known;
-        std::string detail;
+        Findings findings;
         std::string id;  ///< empty until it is raised
     };
     struct Entry {

@@ -31,6 +31,7 @@ MediaOptions optionsFor(const StreamSettings& settings, const std::atomic<bool>&
     options.video = settings.video.value_or(true);
     options.audio = settings.audio.value_or(true);
     options.live = true;
+    options.begins_anew = false;
     options.threads = settings.threads;
     options.settings = settings.options;
     if (settings.input.starts_with("udp:")) {
@@ -106,7 +107,7 @@ void Channel::tick(Moment now) {
         }
         if (!std::exchange(signal_lost_, true)) {
             alarms_.endAll(Cleared::kSignalLost, now);
-            alarms_.begin(kNoSignal, silent_s, lossDetail(), now);
+            alarms_.begin(kNoSignal, silent_s, {.detail = lossDetail()}, now);
         }
     }
     alarms_.tick(now);
@@ -238,8 +239,9 @@ void Channel::take(Reading& reading, const MediaItem& item, double took_s) {
         reading.analysis = std::make_unique<LiveAnalysis>(settings_, reading.tracks, alarms_, history_);
     }
     const double lag_s = reading.lag.update(since_s, now_s, took_s);
+    reading.analysis->saw(item, now);
     if (const auto* const sound = std::get_if<AudioFrame>(&item)) {
-        reading.analysis->feed(*sound, now);
+        reading.analysis->feed(*sound);
     } else {
         feed(reading, std::get<VideoFrame>(item), lag_s, now);
     }
@@ -258,7 +260,7 @@ void Channel::feed(Reading& reading, const VideoFrame& frame, double lag_s, Mome
         return;
     }
     reading.examined_s = frame.time;
-    reading.analysis->feed(frame, now);
+    reading.analysis->feed(frame);
     makeThumbnail(frame, now);
 }
 

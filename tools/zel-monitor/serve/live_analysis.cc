@@ -12,12 +12,16 @@ namespace {
 /// One track of a live stream may always be ahead of the other by about that.
 constexpr double kUsuallyApartS = 0.8;
 
+ZEL::EventRule ruleFor(const StreamSettings& settings, ZEL::EventKind kind) {
+    const AlarmRule& rule = settings.rules[indexOf(kind)];
+    return {.min_s = rule.min_s, .gap_s = rule.gap_s};
+}
+
 ZEL::AnalyserOptions optionsFor(const StreamSettings& settings, ZEL::StreamTracks tracks) {
     ZEL::AnalyserOptions options;
     options.tracks = tracks;
     for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
-        const AlarmRule& rule = settings.rules[indexOf(info.kind)];
-        options.rules[indexOf(info.kind)] = {.min_s = rule.min_s, .gap_s = rule.gap_s};
+        options.rules[indexOf(info.kind)] = ruleFor(settings, info.kind);
     }
     options.late_after_s = settings.rules[indexOf(ZEL::EventKind::kStall)].min_s + kUsuallyApartS;
     return options;
@@ -27,19 +31,27 @@ ZEL::AnalyserOptions optionsFor(const StreamSettings& settings, ZEL::StreamTrack
 
 LiveAnalysis::LiveAnalysis(const StreamSettings& settings, ZEL::StreamTracks tracks, AlarmBook& alarms,
                            History& history)
-    : alarms_(alarms), history_(history), analyser_(*this, optionsFor(settings, tracks)) {}
+    : alarms_(alarms),
+      history_(history),
+      tells_damage_(settings.rules[indexOf(ZEL::EventKind::kDamage)].enabled),
+      analyser_(*this, optionsFor(settings, tracks)),
+      damage_(ruleFor(settings, ZEL::EventKind::kDamage), *this) {}
 
-void LiveAnalysis::feed(const VideoFrame& frame, Moment now) {
+void LiveAnalysis::saw(const MediaItem& item, Moment now) {
     now_ = now;
-    video_at_s_ = frame.time + durationOf(frame);
-    luma_ = meanLuma(frame.planes);
-    history_.add(History::Curve::kLuma, *luma_, now.wall);
-    analyser_.feedVideo(frame.planes, frame.time, frame.duration);
+    reached_s_[trackOf(item)] = timeOf(item) + durationOf(item);
+    damage_.saw(item);
 }
 
-void LiveAnalysis::feed(const AudioFrame& sound, Moment now) {
-    now_ = now;
-    audio_at_s_ = sound.time + durationOf(sound);
+void LiveAnalysis::feed(const VideoFrame& frame) {
+    luma_ = meanLuma(frame.planes);
+    history_.add(History::Curve::kLuma, *luma_, now_.wall);
+    // What damage leaves is told once, unless damage is not told.
+    analyser_.feedVideo(frame.planes, frame.time, frame.duration,
+                        tells_damage_ ? conditionOf(frame) : ZEL::FrameCondition::kWhole);
+}
+
+void LiveAnalysis::feed(const AudioFrame& sound) {
     analyser_.feedAudio({.sample_rate = static_cast<uint32_t>(sound.sample_rate),
                          .samples = static_cast<uint32_t>(sound.samples),
                          .channels = static_cast<uint32_t>(sound.channels),
@@ -50,6 +62,7 @@ void LiveAnalysis::feed(const AudioFrame& sound, Moment now) {
 void LiveAnalysis::end(Cleared reason, Moment now) {
     now_ = now;
     ending_ = reason;
+    damage_.end();
     analyser_.endOfStream();
 }
 
@@ -58,17 +71,24 @@ void LiveAnalysis::onRaised(ZEL::EventKind kind, double start_s, double noticed_
     if (ending_) {
         return;  // where a live stream breaks off says nothing of what it lacks
     }
-    alarms_.begin(indexOf(kind), std::max(noticed_s - start_s, 0.0), detailOf(kind), now_);
+    const bool is_damage = kind == ZEL::EventKind::kDamage;
+    alarms_.begin(
+        indexOf(kind), std::max(noticed_s - start_s, 0.0),
+        {.detail = detailOf(kind), .evidence = is_damage ? damage_.evidence() : analyser_.evidence(kind)},
+        now_);
 }
 
 void LiveAnalysis::onCleared(const ZEL::Event& event) {
     if (!std::exchange(raised_[indexOf(event.kind)], false)) {
         return;
     }
-    const double ago_s = std::max(analyser_.reached() - event.span.end_s, 0.0);
+    const bool is_damage = event.kind == ZEL::EventKind::kDamage;
+    const double reached_s = is_damage ? std::max(reached_s_.video, reached_s_.audio) : analyser_.reached();
+    const double ago_s = std::max(reached_s - event.span.end_s, 0.0);
+    alarms_.measured(indexOf(event.kind), event.evidence);
     alarms_.end(indexOf(event.kind), ago_s,
                 event.open_at_end ? ending_.value_or(Cleared::kOver) : Cleared::kOver, now_);
-    if (event.counts()) {
+    if (event.counts() || is_damage) {  // damage lies here and there
         const auto ended = now_.wall - wallSeconds(ago_s);
         history_.add(event.kind, ended - wallSeconds(event.span.length()), ended);
     }
@@ -84,10 +104,11 @@ void LiveAnalysis::onVoicePeriod(ZEL::TimeSpan /*period*/, const ZELAlgo::ZELAud
 }
 
 std::string LiveAnalysis::detailOf(ZEL::EventKind kind) const {
-    if (kind != ZEL::EventKind::kStall || std::abs(video_at_s_ - audio_at_s_) < kUsuallyApartS) {
+    if (kind != ZEL::EventKind::kStall || std::abs(reached_s_.video - reached_s_.audio) < kUsuallyApartS) {
         return "";
     }
-    return video_at_s_ < audio_at_s_ ? "no video, while audio goes on" : "no audio, while video goes on";
+    return reached_s_.video < reached_s_.audio ? "no video, while audio goes on"
+                                               : "no audio, while video goes on";
 }
 
 }  // namespace zel_monitor

@@ -5,7 +5,9 @@
 
 #include <optional>
 
+#include "input/live_damage.h"
 #include "input/media_item.h"
+#include "input/per_track.h"
 #include "serve/alarm_book.h"
 #include "serve/history.h"
 #include "serve/settings.h"
@@ -20,8 +22,10 @@ class LiveAnalysis : public ZEL::EventListener {
     LiveAnalysis(const StreamSettings& settings, ZEL::StreamTracks tracks, AlarmBook& alarms,
                  History& history);
 
-    void feed(const VideoFrame& frame, Moment now);
-    void feed(const AudioFrame& sound, Moment now);
+    /// The next item has come: what is wrong with its data. Before it is fed, and also if it is not.
+    void saw(const MediaItem& item, Moment now);
+    void feed(const VideoFrame& frame);
+    void feed(const AudioFrame& sound);
     /// Nothing more comes; what is still there is cleared for this reason.
     void end(Cleared reason, Moment now);
 
@@ -39,14 +43,15 @@ class LiveAnalysis : public ZEL::EventListener {
 
     AlarmBook& alarms_;
     History& history_;
+    const bool tells_damage_;
     Moment now_{};                   ///< of the call at hand
     std::optional<Cleared> ending_;  ///< why, once it is over
     ZEL::PerEventKind<bool> raised_{};
     std::optional<double> luma_;
     std::optional<double> level_;
-    double video_at_s_ = 0.0;  ///< where the tracks have come to
-    double audio_at_s_ = 0.0;
+    PerTrack<double> reached_s_{};  ///< by the times of the items
     ZEL::EventAnalyser analyser_;
+    LiveDamage damage_;
 };
 
 }  // namespace zel_monitor

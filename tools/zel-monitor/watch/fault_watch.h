@@ -4,6 +4,7 @@
 #include <zel/events/analyser.h>
 
 #include "cli/media_facts.h"
+#include "input/live_damage.h"
 #include "input/media_item.h"
 #include "watch/heartbeat_writer.h"
 
@@ -16,8 +17,7 @@ class FaultWatch : public ZEL::EventListener {
     /// For a stretch of the stream that begins at `begin_s`. `writer` outlives this object.
     FaultWatch(const MediaFacts& facts, double begin_s, HeartbeatWriter& writer);
 
-    void feed(const VideoFrame& frame);
-    void feed(const AudioFrame& sound);
+    void feed(const MediaItem& item);
     /// The stretch is over, and so is what was raised.
     void end();
 
@@ -25,9 +25,13 @@ class FaultWatch : public ZEL::EventListener {
     void onCleared(const ZEL::Event& event) override;
 
   private:
+    void feed(const VideoFrame& frame);
+    void feed(const AudioFrame& sound);
+
     double begin_s_;
     HeartbeatWriter& writer_;
     ZEL::EventAnalyser analyser_;
+    LiveDamage damage_;
 };
 
 }  // namespace zel_monitor

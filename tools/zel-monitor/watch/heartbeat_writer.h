@@ -1,7 +1,7 @@
 #ifndef ZEL_TOOLS_WATCH_HEARTBEAT_WRITER_H_
 #define ZEL_TOOLS_WATCH_HEARTBEAT_WRITER_H_
 
-#include <zel/events/kinds.h>
+#include <zel/events/event.h>
 #include <zel/session/session.h>
 #include <zel/zel.h>
 
@@ -32,6 +32,7 @@ struct FaultNotice {
     double position;
     double start_s;
     std::optional<double> length_s;
+    std::optional<ZEL::Evidence> evidence = {};
 };
 
 /// The input ended or failed, and another attempt follows.

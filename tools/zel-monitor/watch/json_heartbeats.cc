@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "cli/time_text.h"
+#include "report/report_json.h"
 #include "watch/formats.h"
 
 namespace zel_monitor {
@@ -51,6 +52,7 @@ class JsonHeartbeats : public HeartbeatWriter {
         if (notice.length_s) {
             object["duration"] = toMilliseconds(*notice.length_s);
         }
+        object["evidence"] = evidenceJson(notice.kind, notice.evidence);
         write(object);
     }
 

@@ -115,9 +115,10 @@ class Watch {
         patience_.reset();
         patience_.begin(options_.open_timeout_s);
         try {
-            source_.emplace(openInput(
-                options_.input,
-                {.label = options_.name, .audio = options_.audio, .begins_anew = false, .interrupted = &patience_.givenUp()}));
+            source_.emplace(openInput(options_.input, {.label = options_.name,
+                                                       .audio = options_.audio,
+                                                       .begins_anew = false,
+                                                       .interrupted = &patience_.givenUp()}));
             patience_.end();
         } catch (const MediaError&) {
             if (patience_.end()) {
@@ -175,12 +176,8 @@ class Watch {
                 return;
             }
             heedHangups();
-            std::visit(
-                [&](const auto& content) {
-                    host_.feed(content);
-                    faults.feed(content);
-                },
-                *item);
+            std::visit([&](const auto& content) { host_.feed(content); }, *item);
+            faults.feed(*item);
             position_.store(std::max(position_.load(), position));
             slot.position_s = position_.load();
             slot.video_frames = host_.fed().video;

@@ -132,6 +132,7 @@ TEST(Heartbeats, TellFaultsAndInterruptionsBetweenThem) {
             const zel_monitor::FaultNotice raised{ZEL::EventKind::kBlack, kMoment, 12.5, 12.0, {}};
             zel_monitor::FaultNotice cleared = raised;
             cleared.length_s = 3.5;
+            cleared.evidence = ZEL::Evidence{0.99, 0.98};
             writer->fault(raised);
             writer->fault(cleared);
             writer->interrupted({kMoment, 15.0, "it ended"});
@@ -143,11 +144,13 @@ TEST(Heartbeats, TellFaultsAndInterruptionsBetweenThem) {
                             kTime + "  0:00:15  it ended"));
     const auto lines = write(&zel_monitor::makeHeartbeatJson);
     ASSERT_EQ(3U, lines.size());
-    const nlohmann::json raised = {{"event", "raised"}, {"time", "2023-11-14T22:13:20.042Z"},
-                                   {"position", 12.5},  {"name", "news"},
-                                   {"kind", "black"},   {"start", 12.0}};
+    const nlohmann::json raised = {{"event", "raised"},  {"time", "2023-11-14T22:13:20.042Z"},
+                                   {"position", 12.5},   {"name", "news"},
+                                   {"kind", "black"},    {"start", 12.0},
+                                   {"evidence", nullptr}};
     EXPECT_EQ(nlohmann::json::parse(lines[0]), raised);
     EXPECT_EQ(nlohmann::json::parse(lines[1]).at("duration"), 3.5);
+    EXPECT_EQ(nlohmann::json::parse(lines[1]).at("evidence").at("value"), 0.99);
     EXPECT_EQ(nlohmann::json::parse(lines[2]).at("reason"), "it ended");
 }
 
