@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "input/demo_source.h"
+#include "serve/jump_bridge.h"
 #include "serve/play_out.h"
 #include "serve/quiet_thread.h"
 #include "serve/shown_url.h"
@@ -20,6 +21,7 @@ constexpr double kGoodAfterS = 10.0;    // a connection that holds so long was n
 constexpr double kShortestWaitS = 0.1;  // between two attempts
 constexpr double kTooLateS = 2.0;       // behind: then frames are left out
 constexpr double kOnTimeS = 0.5;        // until this
+constexpr double kLeastLeapS = 1.0;     // of timestamps; what is shorter is no stall
 constexpr double kThinnedStepS = 0.4;   // of which one in so many seconds is examined
 constexpr std::chrono::seconds kThumbnailEvery{1};
 constexpr std::chrono::seconds kThumbnailWanted{5};
@@ -51,7 +53,9 @@ struct Channel::Reading {
     std::optional<double> first_s = {};  ///< stream time of the first item
     std::unique_ptr<LiveAnalysis> analysis = {};
     LagMeter lag = {};
+    JumpBridge bridge = {};
     PlayOut play_out = {};
+    double stored_s = 0.0;  ///< how long the last item that came was to wait until it is shown
     bool thinned = false;
     double examined_s = 0.0;  ///< stream time of the last frame that was
 };
@@ -207,7 +211,7 @@ void Channel::follow(MediaSource& source) {
     };
     try {
         for (auto asked = steady_clock::now();; asked = steady_clock::now()) {
-            const auto item = source.next();
+            auto item = source.next();
             if (!item || stopping()) {
                 break;
             }
@@ -221,8 +225,11 @@ void Channel::follow(MediaSource& source) {
     end();
 }
 
-void Channel::take(Reading& reading, const MediaItem& item, double took_s) {
-    const double time_s = timeOf(item);
+void Channel::take(Reading& reading, MediaItem& item, double took_s) {
+    const double time_s = reading.bridge.place(
+        trackOf(item), timeOf(item), durationOf(item), secondsBetween(reading.began, steady_clock::now()),
+        reading.paced ? ZEL::StreamClock::kLongestWaitS : kLeastLeapS + reading.stored_s);
+    std::visit([time_s](auto& content) { content.time = time_s; }, item);
     const double since_s = time_s - reading.first_s.value_or(time_s);
     reading.first_s = reading.first_s.value_or(time_s);
     if (reading.paced && !waitUntil(reading.began + steadySeconds(since_s))) {
@@ -231,7 +238,8 @@ void Channel::take(Reading& reading, const MediaItem& item, double took_s) {
     const Moment now = Moment::now();
     const double now_s = secondsBetween(reading.began, now.steady);
     const double shown_s = reading.play_out.update(since_s, now_s, took_s);
-    if (noteSignal(reading, shown_s - now_s, now) && reading.analysis) {
+    reading.stored_s = shown_s - now_s;
+    if (noteSignal(reading, reading.stored_s, now) && reading.analysis) {
         reading.analysis->end(Cleared::kSignalLost, now);
         reading.analysis.reset();
     }

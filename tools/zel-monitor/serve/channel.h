@@ -56,7 +56,7 @@ class Channel {
     /// One connection from its opening to its end; true if frames came for long enough to call it good.
     bool connect();
     void follow(MediaSource& source);
-    void take(Reading& reading, const MediaItem& item, double took_s);
+    void take(Reading& reading, MediaItem& item, double took_s);
     void feed(Reading& reading, const VideoFrame& frame, double lag_s, Moment now);
     bool noteSignal(const Reading& reading, double shown_in_s, Moment now);
     void makeThumbnail(const VideoFrame& frame, Moment now);

@@ -13,12 +13,10 @@ class PlayOut {
     /// An item at `stream_s` of stream time is at hand at `now_s`, after the input took `took_s` to give it.
     /// When it is to be shown: now, or later if it was stored.
     double update(double stream_s, double now_s, double took_s) {
-        const bool jumps = tie_ && stream_s - latest_s_ > kMostStoredS;
-        if (!tie_ || jumps || took_s >= kWaitS) {
+        if (!tie_ || took_s >= kWaitS) {
             refilled_ = tie_.has_value();
             tie_ = {stream_s, now_s};
         }
-        latest_s_ = std::max(jumps ? stream_s : latest_s_, stream_s);
         const double due_s = tie_->now_s + stream_s - tie_->stream_s;
         // Two clocks are never quite as fast, so that they are tied anew now and then.
         if (due_s < now_s || (due_s < now_s + kStoredS && now_s > tie_->now_s + kTieLastsS)) {
@@ -43,7 +41,6 @@ class PlayOut {
         double now_s;
     };
     std::optional<Tie> tie_;
-    double latest_s_ = 0.0;
     bool refilled_ = false;  ///< something came after a wait
     bool live_ = false;
 };
