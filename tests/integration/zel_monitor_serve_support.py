@@ -1,4 +1,5 @@
 """What the tests of `zel-monitor serve` share: the program, senders, receivers."""
+import datetime
 import http.server
 import json
 import os
@@ -19,8 +20,9 @@ PROGRAM = os.environ["ZEL_MONITOR"]
 SCHEMA = json.loads(pathlib.Path(os.environ["ZEL_ALARM_SCHEMA"]).read_text())
 PATIENCE_S = 90  # for what takes a few seconds on a machine with nothing else to do
 
-MOVING = "hue=b=0.7*sin(3*t)"  # changes all of the frame
-GOOD = f"testsrc2=s=320x240:r=25,{MOVING}"
+MOVING = "rotate=0.3*t"  # changes all of the frame, and has no edges on a coding grid
+GOOD = f"gradients=s=320x240:r=25:n=6:speed=0.05:seed=1,{MOVING}"  # few bits, so that a busy machine loses none
+LARGER = f"gradients=s=640x360:r=30:n=6:speed=0.05:seed=1,{MOVING}"
 SOUND = "sine=440:r=48000"
 # FFmpeg cancels the thread that reads ahead, which the thread sanitizer does not take.
 UDP_INPUT = "udp://127.0.0.1:%d" + ("?fifo_size=0" if os.environ.get("ZEL_SANITIZE") == "thread" else "")
@@ -103,6 +105,11 @@ class ServeTest(unittest.TestCase):
         lines = self.events.read_text().splitlines() if self.events.exists() else []
         alarms = [json.loads(line) for line in lines]
         return [alarm for alarm in alarms if name in (None, alarm["stream"])]
+
+    def moments(self, kind):
+        """When the first alarm of the kind was raised and cleared, in seconds since the epoch."""
+        of_kind = [alarm["time"] for alarm in self.alarms() if alarm["kind"] == kind]
+        return [datetime.datetime.fromisoformat(time).timestamp() for time in of_kind[:2]]
 
     def told(self, name=None):
         return [("+" if alarm["event"] == "raised" else "-") + alarm["kind"] for alarm in self.alarms(name)]
