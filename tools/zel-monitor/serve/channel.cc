@@ -261,14 +261,14 @@ void Channel::take(Reading& reading, MediaItem& item, double took_s) {
 
 /// Frames that cannot be examined in time are left out, but for so many that faults are still seen.
 void Channel::feed(Reading& reading, const VideoFrame& frame, double lag_s, Moment now) {
-    reading.thinned = lag_s > (reading.thinned ? kOnTimeS : kTooLateS);
-    if (reading.thinned && frame.time < reading.examined_s + kThinnedStepS) {
+    const bool was_thinned = std::exchange(reading.thinned, lag_s > (reading.thinned ? kOnTimeS : kTooLateS));
+    if (reading.thinned && was_thinned && frame.time < reading.examined_s + kThinnedStepS) {
         const std::lock_guard<std::mutex> lock(mutex_);
         ++status_.dropped;
         return;
     }
     reading.examined_s = frame.time;
-    reading.analysis->feed(frame);
+    reading.analysis->feed(frame, reading.thinned ? kThinnedStepS : 0.0);
     makeThumbnail(frame, now);
 }
 

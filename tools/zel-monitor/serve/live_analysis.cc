@@ -43,11 +43,12 @@ void LiveAnalysis::saw(const MediaItem& item, Moment now) {
     damage_.saw(item);
 }
 
-void LiveAnalysis::feed(const VideoFrame& frame) {
+void LiveAnalysis::feed(const VideoFrame& frame, double left_out_s) {
     luma_ = meanLuma(frame.planes);
     history_.add(History::Curve::kLuma, *luma_, now_.wall);
-    // What damage leaves is told once, unless damage is not told.
-    analyser_.feedVideo(frame.planes, frame.time, frame.duration,
+    // What is left out on purpose is no gap; what damage leaves is told once, unless damage is not told.
+    analyser_.feedVideo(frame.planes, frame.time,
+                        left_out_s > 0.0 ? durationOf(frame) + left_out_s : frame.duration,
                         tells_damage_ ? conditionOf(frame) : ZEL::FrameCondition::kWhole);
 }
 

@@ -24,7 +24,8 @@ class LiveAnalysis : public ZEL::EventListener {
 
     /// The next item has come: what is wrong with its data. Before it is fed, and also if it is not.
     void saw(const MediaItem& item, Moment now);
-    void feed(const VideoFrame& frame);
+    /// Frames of up to `left_out_s` seconds that follow may be left out.
+    void feed(const VideoFrame& frame, double left_out_s = 0.0);
     void feed(const AudioFrame& sound);
     /// Nothing more comes; what is still there is cleared for this reason.
     void end(Cleared reason, Moment now);
