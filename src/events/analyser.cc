@@ -114,6 +114,9 @@ class EventAnalyser::Impl {
     }
 
     double reached() const { return joiner_.reached(); }
+    std::optional<Evidence> evidence(EventKind kind) const {
+        return indexOf(kind) < kEventKinds ? joiner_.evidence(kind) : std::nullopt;
+    }
 
   private:
     void place(StreamTrack track, double start_s) {
@@ -178,6 +181,10 @@ bool EventAnalyser::setRule(EventKind kind, EventRule rule) {
 
 double EventAnalyser::reached() const {
     return impl_->reached();
+}
+
+std::optional<Evidence> EventAnalyser::evidence(EventKind kind) const {
+    return impl_->evidence(kind);
 }
 
 }  // namespace ZEL

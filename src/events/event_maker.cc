@@ -138,10 +138,20 @@ void EventMaker::tell(std::optional<Event> cleared) {
     if (!cleared) {
         return;
     }
-    if (infoOf(cleared->kind).source == EventSource::kTimestamps) {  // what is measured is the time itself
-        cleared->evidence = {cleared->span.length(), rules_[indexOf(cleared->kind)].min_s};
-    }
+    cleared->evidence = evidenceOf(*cleared);
     listener_.onCleared(*cleared);
+}
+
+std::optional<Evidence> EventMaker::evidence(EventKind kind) const {
+    const auto raised = trackers_[indexOf(kind)].raised();
+    return raised ? evidenceOf(*raised) : std::nullopt;
+}
+
+/// What was measured; of kinds that lie in the timestamps that is the time itself.
+std::optional<Evidence> EventMaker::evidenceOf(const Event& event) const {
+    return infoOf(event.kind).source == EventSource::kTimestamps
+               ? Evidence{event.span.length(), rules_[indexOf(event.kind)].min_s}
+               : event.evidence;
 }
 
 }  // namespace ZEL

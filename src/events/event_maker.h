@@ -48,6 +48,8 @@ class EventMaker {
     void finish(const StreamEnd& end);
 
     void setRule(EventKind kind, EventRule rule);
+    /// See EventAnalyser::evidence().
+    std::optional<Evidence> evidence(EventKind kind) const;
 
   private:
     void see(const std::vector<Sighting>& sightings);
@@ -57,6 +59,7 @@ class EventMaker {
     void seeMissing(TimeSpan span);
     void tell(EventKind kind, const std::optional<EventTracker::Raise>& raise);
     void tell(std::optional<Event> cleared);
+    std::optional<Evidence> evidenceOf(const Event& event) const;
 
     EventListener& listener_;
     EventRules rules_;

@@ -54,11 +54,17 @@ std::optional<EventTracker::Raise> EventTracker::raise() {
     return Raise{.start_s = run_.start_s, .noticed_s = std::max(run_.end_s, seen_to_s_)};
 }
 
+std::optional<Event> EventTracker::raised() const {
+    return raised_ ? std::optional(Event{kind_, run_, share(), false, evidence_.mean()}) : std::nullopt;
+}
+
 std::optional<Event> EventTracker::clear(bool at_end) {
-    open_ = false;
-    return std::exchange(raised_, false)
-               ? std::optional(Event{kind_, run_, share(), at_end, evidence_.mean()})
-               : std::nullopt;
+    std::optional<Event> event = raised();
+    if (event) {
+        event->open_at_end = at_end;
+    }
+    open_ = raised_ = false;
+    return event;
 }
 
 void EventTracker::extend(TimeSpan span) {

@@ -37,6 +37,9 @@ class EventTracker {
     /// The run at hand may have become an event by the new rule.
     std::optional<Raise> setRule(EventRule rule);
 
+    /// The run at hand as far as it goes, if it was raised.
+    std::optional<Event> raised() const;
+
     /// The stream ended at `end_s`: ends there what was present to the last, and may thereby raise it.
     std::optional<Raise> extendTo(double end_s);
     /// The same, and clears what was raised; it was there to the end if the fault was present to the last.

@@ -40,6 +40,7 @@ class TrackJoiner {
 
     void setRule(EventKind kind, EventRule rule);
     double reached() const;
+    std::optional<Evidence> evidence(EventKind kind) const { return maker_.evidence(kind); }
 
   private:
     struct Periods {

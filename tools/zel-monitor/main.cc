@@ -10,6 +10,8 @@
 #include "cli/standard_streams.h"
 #include "scan/scan.h"
 #include "scan/scan_options.h"
+#include "serve/serve.h"
+#include "serve/serve_options.h"
 #include "watch/watch.h"
 #include "watch/watch_options.h"
 
@@ -22,6 +24,8 @@ std::vector<Command> commands() {
     return {
         command("demo", "Watch a built-in stream that shows each fault in turn", &addDemoOptions, &runWatch),
         command("watch", "Play a stream at its own pace and print heartbeats", &addWatchOptions, &runWatch),
+        command("serve", "Monitor many live streams, with alarms, metrics and a wall of pictures",
+                &addServeOptions, &runServe),
         command("scan", "Find out when a file is broken, and how", &addScanOptions, &runScan),
         command("report", "Sum up what scans have stored", &addArchiveReportOptions, &runArchiveReport),
     };

@@ -48,8 +48,8 @@ struct AnalyserOptions {
 /// Works for files and for live streams: memory is bounded, however long the stream, and whatever it lacks.
 /// Nothing that is fed is kept beyond the call.
 ///
-/// One thread at a time; the listener is called on it. The listener may call reached(), and nothing
-/// else. What it throws comes out of the call, and the analyser can then only be destroyed.
+/// One thread at a time; the listener is called on it. The listener may call reached() and evidence(), and
+/// nothing else. What it throws comes out of the call, and the analyser can then only be destroyed.
 ///
 /// The detectors log a line for every frame like the one before it; setLogSink() says where that goes.
 class EventAnalyser {
@@ -102,6 +102,10 @@ class EventAnalyser {
 
     /// How far the stream has come, in stream time: the later end of what either track has placed.
     double reached() const;
+
+    /// What has been measured of the event of a kind that is raised and not cleared, as far as it is known.
+    /// In onRaised() that event is there already.
+    std::optional<Evidence> evidence(EventKind kind) const;
 
   private:
     class Impl;

@@ -40,10 +40,15 @@ TEST(LiveStream, TrackThatFallsBehindIsRaisedWhileTheStreamRuns) {
             ASSERT_EQ(stallsRaised(feeding).size(), 1U);
             EXPECT_NEAR(stallsRaised(feeding)[0].start_s, 3.0, 1e-6);
             EXPECT_NEAR(stallsRaised(feeding)[0].noticed_s, 5.02, 1e-6);
+            ASSERT_TRUE(feeding.analyser.evidence(EventKind::kStall)) << "what is known so far";
+            EXPECT_NEAR(feeding.analyser.evidence(EventKind::kStall)->value, 7.0, 0.1);
+            EXPECT_NEAR(feeding.analyser.evidence(EventKind::kMute)->value, 0.0, 1e-9);
+            EXPECT_FALSE(feeding.analyser.evidence(EventKind::kBlack));
         } else {
             EXPECT_THAT(stallsRaised(feeding), IsEmpty());
         }
         feeding.play(10.0, 11.0);
+        EXPECT_FALSE(feeding.analyser.evidence(EventKind::kStall)) << "it was cleared";
         EXPECT_THAT(feeding.stalls(), ElementsAre(isEvent(EventKind::kStall, 3.0, 10.0)));
         EXPECT_EQ(feeding.heard.gaps.size(), 1U);
     }

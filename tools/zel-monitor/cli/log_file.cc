@@ -3,36 +3,104 @@
 #include <zel/base/log.h>
 
 #include <array>
-#include <atomic>
 #include <cerrno>
+#include <chrono>
 #include <cstdio>
-#include <cstring>
 #include <mutex>
+#include <string_view>
 #include <system_error>
+#include <utility>
 
 extern "C" {
 #include <libavutil/log.h>
 }
 
+#include "cli/log_thinner.h"
 #include "cli/standard_streams.h"
+#include "cli/time_text.h"
 
 namespace zel_monitor {
 namespace {
 
-/// Never closed: detached threads of the library may log while the process ends.
-std::FILE* log_file = nullptr;
-std::string log_name;
-std::atomic<int> log_error = 0;  ///< of the first line that was not taken
+/// Lines come on any thread, also on detached ones of the library while the process ends, so this is never
+/// destroyed.
+class LogFile {
+  public:
+    explicit LogFile(std::string name) : name_(std::move(name)), file_(std::fopen(name_.c_str(), "a")) {
+        if (file_ == nullptr) {
+            throw std::system_error(errno, std::generic_category(), name_);
+        }
+    }
 
-void noteLogError() {
-    int none = 0;
-    log_error.compare_exchange_strong(none, errno);
-}
+    void write(std::string_view line) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        writeLine(line);
+    }
+
+    /// Some of FFmpeg's lines come in pieces.
+    void writePiece(std::string_view piece) {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        piece_ += piece;
+        for (size_t end = piece_.find('\n'); end != std::string::npos; end = piece_.find('\n')) {
+            writeLine(std::string_view(piece_).substr(0, end));
+            piece_.erase(0, end + 1);
+        }
+    }
+
+    void reopen() {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        if (std::FILE* const fresh = std::fopen(name_.c_str(), "a")) {
+            flush();
+            std::fclose(std::exchange(file_, fresh));
+        } else {
+            error_ = errno;
+        }
+    }
+
+    void require() {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        flush();
+        if (error_ != 0) {
+            throw OutputError(error_, name_);
+        }
+    }
+
+  private:
+    void writeLine(std::string_view line) {
+        while (!line.empty() && (line.back() == '\n' || line.back() == ' ')) {
+            line.remove_suffix(1);
+        }
+        const auto text = thinner_.take(line, std::chrono::steady_clock::now());
+        if (!text || text->empty()) {
+            return;
+        }
+        const std::string stamped = utcText(std::chrono::system_clock::now()) + ' ' + *text + '\n';
+        if (std::fwrite(stamped.data(), 1, stamped.size(), file_) != stamped.size()) {
+            noteError();
+        }
+    }
+
+    void flush() {
+        if (std::fflush(file_) != 0) {
+            noteError();
+        }
+    }
+
+    /// Of the first line that was not taken.
+    void noteError() { error_ = error_ != 0 ? error_ : errno; }
+
+    std::mutex mutex_;  // guards all below
+    const std::string name_;
+    std::FILE* file_;
+    std::string piece_;
+    LogThinner thinner_;
+    int error_ = 0;
+};
+
+LogFile* log_file = nullptr;
 
 void writeToLog(const char* text, size_t length, void* /*context*/) {
-    if (std::fwrite(text, 1, length, log_file) != length) {
-        noteLogError();
-    }
+    log_file->write({text, length});
 }
 
 void drop(const char* /*text*/, size_t /*length*/, void* /*context*/) {}
@@ -41,13 +109,11 @@ void writeFfmpegLine(void* context, int level, const char* format, va_list argum
     if (level > AV_LOG_WARNING) {
         return;
     }
-    static std::mutex mutex;
-    static int print_prefix = 1;
-    const std::lock_guard<std::mutex> lock(mutex);
+    thread_local int print_prefix = 1;
     std::array<char, 1024> line;
     av_log_format_line2(context, level, format, arguments, line.data(), static_cast<int>(line.size()),
                         &print_prefix);
-    writeToLog(line.data(), std::strlen(line.data()), nullptr);
+    log_file->writePiece(line.data());
 }
 
 }  // namespace
@@ -58,24 +124,20 @@ void redirectLogs(const std::string& path) {
         av_log_set_level(AV_LOG_QUIET);
         return;
     }
-    log_file = std::fopen(path.c_str(), "w");
-    if (log_file == nullptr) {
-        throw std::system_error(errno, std::generic_category(), path);
-    }
-    log_name = path;
+    log_file = new LogFile(path);
     ZEL::setLogSink(&writeToLog, nullptr);
     av_log_set_callback(&writeFfmpegLine);
 }
 
+void reopenLogs() {
+    if (log_file != nullptr) {
+        log_file->reopen();
+    }
+}
+
 void requireLogs() {
-    if (log_file == nullptr) {
-        return;
-    }
-    if (std::fflush(log_file) != 0) {
-        noteLogError();
-    }
-    if (const int error = log_error.load(); error != 0) {
-        throw OutputError(error, log_name);
+    if (log_file != nullptr) {
+        log_file->require();
     }
 }
 

@@ -23,6 +23,13 @@ static_assert(std::atomic<bool>::is_always_lock_free, "written by a signal handl
 
 std::array<RemovalEntry, 4> entries;
 
+std::atomic<unsigned> hangups = 0;
+static_assert(std::atomic<unsigned>::is_always_lock_free, "written by a signal handler");
+
+extern "C" void noteHangup(int /*signal*/) {
+    hangups.fetch_add(1);
+}
+
 extern "C" void noteStopSignal(int signal) {
     stop_wanted.store(true);
     if (signal == SIGHUP || !told_before.exchange(true)) {
@@ -49,6 +56,14 @@ const std::atomic<bool>& watchStopSignals() {
         sigaction(SIGHUP, &action, nullptr);
     }
     return stop_wanted;
+}
+
+const std::atomic<unsigned>& watchHangups() {
+    struct sigaction action = {};
+    action.sa_handler = &noteHangup;
+    action.sa_flags = SA_RESTART;
+    sigaction(SIGHUP, &action, nullptr);
+    return hangups;
 }
 
 void requestStop() {

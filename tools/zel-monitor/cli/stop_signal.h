@@ -11,6 +11,10 @@ namespace zel_monitor {
 /// closed, but it may come several times; whoever ignores it, as nohup does, is left so.
 const std::atomic<bool>& watchStopSignals();
 
+/// From now on SIGHUP stops nothing, but is counted here, for programs that take it as the wish for new
+/// files.
+const std::atomic<unsigned>& watchHangups();
+
 /// Sets the same flag. Any thread.
 void requestStop();
 

@@ -44,6 +44,15 @@ std::string shortClockText(double seconds) {
                        tenths / 600 % 60, tenths / 10 % 60, tenths % 10);
 }
 
+std::string secondClockText(double seconds) {
+    const std::string text = shortClockText(std::floor(seconds));
+    return text.substr(0, text.find('.'));
+}
+
+std::string localClockText(std::chrono::system_clock::time_point time) {
+    return fmt::format("{:%H:%M:%S}", fmt::localtime(std::chrono::system_clock::to_time_t(time)));
+}
+
 std::string utcText(std::chrono::system_clock::time_point time) {
     const auto since_epoch = time.time_since_epoch();
     const auto whole = std::chrono::floor<std::chrono::seconds>(since_epoch);

@@ -16,8 +16,14 @@ std::string clockText(double seconds);
 /// The same to the tenth of a second: "0:01:05.2".
 std::string shortClockText(double seconds);
 
+/// The same to the second, cut: "0:01:05".
+std::string secondClockText(double seconds);
+
 /// Rounded to the microsecond, and never -0.
 double toMicroseconds(double seconds);
+
+/// The time of day where the program runs: "12:00:00".
+std::string localClockText(std::chrono::system_clock::time_point time);
 
 /// A moment as "2024-05-01T12:00:00.123Z".
 std::string utcText(std::chrono::system_clock::time_point time);

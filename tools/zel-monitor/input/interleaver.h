@@ -16,6 +16,8 @@ class Interleaver {
   public:
     /// Without this nobody waits for the track.
     void expect(StreamTrack track) { lanes_[track].expected = true; }
+    /// For live streams, where a track that stays away must not hold up the other.
+    void waitLess() { lanes_.audio.most_ahead = kMostAudioAheadLive; }
     /// Whether another stream may be taking over in the track; the other track waits longer for it then.
     void setUndecided(StreamTrack track, bool undecided) { lanes_[track].undecided = undecided; }
     void put(StreamTrack track, MediaItem item);
@@ -30,6 +32,7 @@ class Interleaver {
   private:
     static constexpr size_t kMostVideoAhead = 4;  // decoded frames are large
     static constexpr size_t kMostAudioAhead = 200;
+    static constexpr size_t kMostAudioAheadLive = 40;
 
     struct Lane {
         size_t most_ahead;  // how many items wait for the other track

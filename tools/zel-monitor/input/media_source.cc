@@ -30,8 +30,11 @@ class MediaSource::Reader : public TrackListener {
           demuxer_(demuxerFor({options.video, options.audio})),
           origin_(statedStart(input_.format())),
           completeness_(input_),
-          damage_(natureOf(input_.format())) {
+          damage_(natureOf(input_.format()), options.begins_anew) {
         facts_.input = options.label.empty() ? input : options.label;
+        if (options.live) {
+            interleaver_.waitLess();
+        }
         openTracks();
         gatherFacts(options);
         damage_.atEnd(input_.complaints());  // of nothing so far

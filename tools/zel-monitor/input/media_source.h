@@ -17,9 +17,9 @@
 
 namespace zel_monitor {
 
-/// Decodes the best video and the best audio stream of a file, a pipe ("-") or a URL with the machine's
-/// threads. What a decoder refuses is counted and skipped. Display rotation is ignored. Where streams come
-/// and go, another one that takes over from the chosen one is followed. One thread at a time.
+/// Decodes the best video and the best audio stream of a file, a pipe ("-") or a URL. What a decoder refuses
+/// is counted and skipped. Display rotation is ignored. Where streams come and go, another one that takes
+/// over from the chosen one is followed. One thread at a time.
 ///
 /// The same file gives the same every time. Since a decoder's threads make this and that of the same damage,
 /// a file in which there is some is decoded from its beginning once more without them, and what was given
@@ -38,7 +38,8 @@ class MediaSource {
     const MediaFacts& facts() const;
     MediaCounts counts() const;
 
-    /// What is wrong with what came out, and with what did not: complete at the end.
+    /// What is wrong with what came out, and with what did not: complete at the end, but for what does not
+    /// begin anew. Of that the items alone tell.
     std::vector<Complaint> complaints() const;
 
     /// The next frame or audio frame; none at the end and after an interruption. Throws MediaError, once

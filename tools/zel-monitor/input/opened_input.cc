@@ -50,6 +50,16 @@ Incomplete kindOf(int code) {
     }
 }
 
+/// The first of the caller's settings that FFmpeg left in `left`, those that it did not know; else empty.
+std::string unknownSetting(const AVDictionary* left, const MediaOptions& options) {
+    for (const auto& [name, value] : options.settings) {
+        if (av_dict_get(left, name.c_str(), nullptr, AV_DICT_MATCH_CASE) != nullptr) {
+            return name;
+        }
+    }
+    return "";
+}
+
 struct CloseInput {
     void operator()(AVIOContext* input) const { avio_close(input); }
 };
@@ -89,6 +99,9 @@ void OpenedInput::open(const MediaOptions& options) {
         format->pb = polled_->context();
     }
     AVDictionary* settings = nullptr;
+    for (const auto& [name, value] : options.settings) {
+        checked(av_dict_set(&settings, name.c_str(), value.c_str(), 0));
+    }
     if (is_file_) {
         checked(av_dict_set(&settings, "pattern_type", "none", 0));
     }
@@ -98,9 +111,13 @@ void OpenedInput::open(const MediaOptions& options) {
         const DemuxerLog log(complaints_);
         return avformat_open_input(&format, url.c_str(), forced, &settings);
     }();
+    const std::string unknown = unknownSetting(settings, options);
     av_dict_free(&settings);
     format_.reset(format);
     checked(result);
+    if (!unknown.empty()) {
+        throw FfmpegError(AVERROR_OPTION_NOT_FOUND, "it takes no setting " + unknown);
+    }
     declared_bytes_ = declaredSize(*format_, polled_ ? polled_->beginning() : std::span<const uint8_t>());
     checked(avformat_find_stream_info(format_.get(), nullptr));
 }

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -25,8 +26,11 @@ struct MediaOptions {
     bool audio = true;
     int threads = 0;  ///< of each decoder; 0: as many as there are processors
     /// Whether a damaged file is decoded from its beginning once more, without threads, so that the same
-    /// comes out of it every time. What is shown as it plays cannot wait for that.
+    /// comes out of it every time. What is shown as it plays cannot wait for that, and may have no end.
     bool begins_anew = true;
+    bool live = false;  ///< frames come as they are made: a track waits for the other for a moment only
+    /// Settings of the protocol and the demuxer, by FFmpeg's names. An opening fails if one is not known.
+    std::map<std::string, std::string> settings = {};
     /// Once it is true, blocking reads end, an opening fails and the source ends. It outlives the source.
     const std::atomic<bool>* interrupted = nullptr;
     /// When that happens of its own accord.

@@ -10,6 +10,11 @@ namespace {
 constexpr double kSliceS = 0.5;
 constexpr size_t kMostSlices = 20'000;
 constexpr double kMostTimeS = 1e9;
+constexpr int kEitherTrack = -1;  // before the tracks
+
+int64_t sliceOf(double time_s) {
+    return static_cast<int64_t>(std::floor(time_s / kSliceS));
+}
 
 void join(Complaint& complaint, const Complaint& other) {
     complaint.span = {std::min(complaint.span.start_s, other.span.start_s),
@@ -45,8 +50,7 @@ void StreamComplaints::add(ComplaintReason reason, std::optional<ZEL::StreamTrac
     ++count_;
     span.start_s = std::abs(span.start_s) < kMostTimeS ? span.start_s : 0.0;
     span.end_s = std::clamp(span.end_s, span.start_s, span.start_s + kMostTimeS);
-    const Key key{static_cast<int64_t>(std::floor(span.start_s / kSliceS)),
-                  track ? static_cast<int>(*track) : -1, reason};
+    const Key key{sliceOf(span.start_s), track ? static_cast<int>(*track) : kEitherTrack, reason};
     const Complaint complaint{.reason = reason,
                               .track = track,
                               .span = span,
@@ -59,6 +63,17 @@ void StreamComplaints::add(ComplaintReason reason, std::optional<ZEL::StreamTrac
     } else if (slices_.size() < kMostSlices) {
         slices_.emplace(key, complaint);
     }
+}
+
+void StreamComplaints::add(const MediaItem& item) {
+    for (const ItemComplaint& complaint : notesOf(item).complaints) {
+        const double start_s = std::max(timeOf(item) + complaint.offset_s, 0.0);
+        add(complaint.reason, trackOf(item), {start_s, start_s + complaint.length_s}, complaint.share);
+    }
+}
+
+void StreamComplaints::forgetBefore(double time_s) {
+    slices_.erase(slices_.begin(), slices_.lower_bound({sliceOf(time_s), kEitherTrack, ComplaintReason{}}));
 }
 
 std::vector<Complaint> StreamComplaints::list() const {

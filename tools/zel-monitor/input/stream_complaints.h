@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "input/complaint.h"
+#include "input/media_item.h"
 
 namespace zel_monitor {
 
@@ -17,6 +18,11 @@ class StreamComplaints {
     /// A frame, packet or stretch of bytes in `span` of the stream is hit.
     void add(ComplaintReason reason, std::optional<ZEL::StreamTrack> track, ZEL::TimeSpan span,
              double share = 1.0);
+
+    /// All that is complained of an item.
+    void add(const MediaItem& item);
+    /// Drops those that begin before.
+    void forgetBefore(double time_s);
 
     /// By their time. Those of one reason and track that are close together are one, in whatever order they
     /// came.

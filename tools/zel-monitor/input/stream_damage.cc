@@ -22,11 +22,10 @@ void StreamDamage::saw(const MediaItem& item) {
     gaps_[track].add(time_s, durationOf(item));
     ends_s_[track] = time_s + durationOf(item);
     furthest_[track] = std::max(furthest_[track], notes.place);
-    for (const ItemComplaint& complaint : notes.complaints) {
-        const double start_s = std::max(time_s + complaint.offset_s, 0.0);
-        complaints_.add(complaint.reason, track, {start_s, start_s + complaint.length_s}, complaint.share);
-    }
-    if (notes.place >= 0 && (landmarks_.empty() || notes.place >= landmarks_.back().place + apart_)) {
+    complaints_.add(item);
+    if (!keeps_all_) {
+        complaints_.forgetBefore(time_s);
+    } else if (notes.place >= 0 && (landmarks_.empty() || notes.place >= landmarks_.back().place + apart_)) {
         landmarks_.push_back({notes.place, time_s});
         if (landmarks_.size() == kMostLandmarks) {  // every other one will do
             apart_ = std::max(2 * apart_, kFirstApart);

@@ -18,7 +18,8 @@ namespace zel_monitor {
 /// container cannot account for, and gaps that are too small for a stall each.
 class StreamDamage {
   public:
-    explicit StreamDamage(StreamNature nature) : nature_(nature) {}
+    /// Keeps all complaints, or only the last ones, as of a stream that may have no end.
+    StreamDamage(StreamNature nature, bool keeps_all) : nature_(nature), keeps_all_(keeps_all) {}
 
     /// The next item, with its place in the stream.
     void saw(const MediaItem& item);
@@ -52,6 +53,7 @@ class StreamDamage {
     double timeAt(int64_t place) const;
 
     StreamNature nature_;
+    bool keeps_all_;
     StreamComplaints complaints_;
     PerTrack<GapSum> gaps_{.video = GapSum(false), .audio = GapSum(true)};
     PerTrack<double> ends_s_{};

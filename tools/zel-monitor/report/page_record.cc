@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "cli/time_text.h"
+#include "report/mean_luma.h"
 
 namespace zel_monitor {
 namespace {
@@ -17,20 +18,6 @@ constexpr size_t kMostThumbnails = 300;
 constexpr double kSnapshotStepS = 0.25;
 constexpr size_t kMostRecent = 21;       // five seconds: every kind is noticed sooner
 constexpr size_t kMostAroundStart = 42;  // as many again, because sound may be ahead of the frames
-constexpr uint32_t kLumaGrid = 8;        // every so many rows and columns are enough for a mean
-
-double meanLuma(const ZELAlgo::ZELVideoPlanes& planes) {
-    uint64_t sum = 0;
-    uint64_t count = 0;
-    for (uint32_t y = 0; y < planes.height; y += kLumaGrid) {
-        const uint8_t* const row = planes.data[0] + y * planes.stride[0];
-        for (uint32_t x = 0; x < planes.width; x += kLumaGrid) {
-            sum += row[x];
-            ++count;
-        }
-    }
-    return static_cast<double>(sum) / static_cast<double>(count);
-}
 
 nlohmann::ordered_json curveJson(const Series& series, double scale) {
     nlohmann::ordered_json values = nlohmann::ordered_json::array();

@@ -103,13 +103,6 @@ Json loudnessJson(const std::optional<Loudness>& loudness) {
                             {"true_peak_dbtp", number(loudness->true_peak_dbtp)}};
 }
 
-Json evidenceJson(const ZEL::Event& event) {
-    return !event.evidence ? Json(nullptr)
-                           : Json{{"value", number(event.evidence->value)},
-                                  {"limit", number(event.evidence->limit)},
-                                  {"unit", infoOf(event.kind).unit}};
-}
-
 Json surveyJson(const std::optional<Survey>& survey) {
     return !survey ? Json(nullptr)
                    : Json{{"key_frames", survey->key_frames},
@@ -184,10 +177,20 @@ nlohmann::ordered_json reportJson(const std::vector<InputReport>& reports, const
 }
 
 Json eventJson(const ZEL::Event& event) {
-    return {{"kind", infoOf(event.kind).name},   {"start_s", number(event.span.start_s)},
-            {"end_s", number(event.span.end_s)}, {"duration_s", number(event.span.length())},
-            {"share", number(event.share)},      {"open_at_end", event.open_at_end},
-            {"evidence", evidenceJson(event)}};
+    return {{"kind", infoOf(event.kind).name},
+            {"start_s", number(event.span.start_s)},
+            {"end_s", number(event.span.end_s)},
+            {"duration_s", number(event.span.length())},
+            {"share", number(event.share)},
+            {"open_at_end", event.open_at_end},
+            {"evidence", evidenceJson(event.kind, event.evidence)}};
+}
+
+Json evidenceJson(ZEL::EventKind kind, const std::optional<ZEL::Evidence>& evidence) {
+    return !evidence ? Json(nullptr)
+                     : Json{{"value", number(evidence->value)},
+                            {"limit", number(evidence->limit)},
+                            {"unit", infoOf(kind).unit}};
 }
 
 Json verdictJson(const InputReport& report, const Policy& policy) {

@@ -4,6 +4,7 @@
 #include <zel/events/event.h>
 
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,8 @@ nlohmann::ordered_json settingsJson(const ScanSettings& settings);
 /// One of the report's inputs.
 nlohmann::ordered_json inputJson(const InputReport& report, const ScanSettings& settings);
 nlohmann::ordered_json eventJson(const ZEL::Event& event);
+/// Null if nothing was measured.
+nlohmann::ordered_json evidenceJson(ZEL::EventKind kind, const std::optional<ZEL::Evidence>& evidence);
 /// "pass", "fail", "incomplete" or null.
 nlohmann::ordered_json verdictJson(const InputReport& report, const Policy& policy);
 /// Null if there is none.

@@ -15,7 +15,6 @@ extern "C" {
 namespace zel_monitor {
 namespace {
 
-constexpr int kLongestSide = 160;
 constexpr int kQuality = 4;  // the encoder's quantiser scale: 2 is best
 
 struct EncoderRelease {
@@ -35,14 +34,8 @@ Handle held(typename Handle::pointer object) {
 }
 
 /// One side of the small frame, even.
-int scaled(int side, int longest) {
-    return std::max(side * std::min(kLongestSide, longest) / longest, 2) & ~1;
-}
-
-std::string addressOf(const AVPacket& jpeg) {
-    std::vector<char> text(AV_BASE64_SIZE(static_cast<size_t>(jpeg.size)));
-    av_base64_encode(text.data(), static_cast<int>(text.size()), jpeg.data, jpeg.size);
-    return std::string("data:image/jpeg;base64,") + text.data();
+int scaled(int side, int longest, int wanted) {
+    return std::max(side * std::min(wanted, longest) / longest, 2) & ~1;
 }
 
 }  // namespace
@@ -61,8 +54,8 @@ SmallFrame Thumbnailer::shrink(const ZELAlgo::ZELVideoPlanes& planes) {
     const int longest = std::max(width, height);
     auto small = held<SmallFrame>(av_frame_alloc());
     small->format = AV_PIX_FMT_YUVJ420P;
-    small->width = scaled(width, longest);
-    small->height = scaled(height, longest);
+    small->width = scaled(width, longest, longest_side_);
+    small->height = scaled(height, longest, longest_side_);
     scaler_.reset(sws_getCachedContext(scaler_.release(), width, height, AV_PIX_FMT_YUV420P, small->width,
                                        small->height, AV_PIX_FMT_YUVJ420P, SWS_AREA, nullptr, nullptr,
                                        nullptr));
@@ -76,7 +69,7 @@ SmallFrame Thumbnailer::shrink(const ZELAlgo::ZELVideoPlanes& planes) {
     return small;
 }
 
-std::string jpegAddress(const AVFrame& small) {
+std::string jpegOf(const AVFrame& small) {
     const AVCodec* const encoder = avcodec_find_encoder(AV_CODEC_ID_MJPEG);
     if (encoder == nullptr) {
         return "";
@@ -93,7 +86,19 @@ std::string jpegAddress(const AVFrame& small) {
     const bool made = avcodec_open2(codec.get(), encoder, nullptr) >= 0 &&
                       avcodec_send_frame(codec.get(), &small) >= 0 &&
                       avcodec_receive_packet(codec.get(), jpeg.get()) >= 0;
-    return made ? addressOf(*jpeg) : "";
+    return made ? std::string(reinterpret_cast<const char*>(jpeg->data), static_cast<size_t>(jpeg->size))
+                : "";
+}
+
+std::string jpegAddress(const AVFrame& small) {
+    const std::string jpeg = jpegOf(small);
+    if (jpeg.empty()) {
+        return "";
+    }
+    std::vector<char> text(AV_BASE64_SIZE(jpeg.size()));
+    av_base64_encode(text.data(), static_cast<int>(text.size()),
+                     reinterpret_cast<const uint8_t*>(jpeg.data()), static_cast<int>(jpeg.size()));
+    return std::string("data:image/jpeg;base64,") + text.data();
 }
 
 }  // namespace zel_monitor

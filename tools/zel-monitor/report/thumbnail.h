@@ -20,6 +20,9 @@ using SmallFrame = std::unique_ptr<AVFrame, SmallFrameRelease>;
 /// Makes small frames for the page.
 class Thumbnailer {
   public:
+    /// `longest_side` in pixels of what is made; nothing is enlarged.
+    explicit Thumbnailer(int longest_side = 160) : longest_side_(longest_side) {}
+
     /// A copy of the frame scaled down; cheap enough to keep for a run that may come to nothing. Null if it
     /// cannot be made.
     SmallFrame shrink(const ZELAlgo::ZELVideoPlanes& planes);
@@ -28,10 +31,14 @@ class Thumbnailer {
     struct ScalerRelease {
         void operator()(SwsContext* scaler) const;
     };
+    int longest_side_;
     std::unique_ptr<SwsContext, ScalerRelease> scaler_;
 };
 
-/// A frame that shrink() made as a JPEG in a "data:" address; empty if it cannot be made.
+/// A frame that shrink() made as the bytes of a JPEG; empty if it cannot be made.
+std::string jpegOf(const AVFrame& small);
+
+/// The same in a "data:" address; empty if it cannot be made.
 std::string jpegAddress(const AVFrame& small);
 
 }  // namespace zel_monitor

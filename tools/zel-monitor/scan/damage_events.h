@@ -1,18 +1,13 @@
 #ifndef ZEL_TOOLS_SCAN_DAMAGE_EVENTS_H_
 #define ZEL_TOOLS_SCAN_DAMAGE_EVENTS_H_
 
-#include <zel/events/analyser.h>
 #include <zel/events/event.h>
 
 #include <vector>
 
 #include "input/complaint.h"
-#include "input/media_item.h"
 
 namespace zel_monitor {
-
-/// Damaged, if a viewer may see it in this frame or in those that refer to it.
-ZEL::FrameCondition conditionOf(const VideoFrame& frame);
 
 /// The events that complaints, by their time, amount to under a rule, by their start. What a viewer does not
 /// notice is none: a frame of which little was made up, a lost packet that the decoder did not miss, and one

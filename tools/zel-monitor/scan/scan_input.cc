@@ -15,6 +15,7 @@
 
 #include "cli/exit_status.h"
 #include "cli/time_text.h"
+#include "input/damage_run.h"
 #include "input/decode_ahead.h"
 #include "input/demo_source.h"
 #include "scan/damage_events.h"

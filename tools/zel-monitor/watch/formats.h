@@ -3,6 +3,7 @@
 
 #include <array>
 #include <memory>
+#include <string>
 
 #include "cli/console.h"
 #include "watch/heartbeat_writer.h"
@@ -13,14 +14,14 @@ namespace zel_monitor {
 struct HeartbeatFormat {
     const char* option;  ///< that asks for it; null for the one that nobody need ask for
     const char* help;
-    /// `console` outlives the writer.
-    std::unique_ptr<HeartbeatWriter> (*make)(Console& console);
+    /// `console` outlives the writer. `name` is what the user calls the stream; empty if nothing.
+    std::unique_ptr<HeartbeatWriter> (*make)(Console& console, const std::string& name);
 };
 
 /// A table with the heartbeats as rows, and the final report as a list.
-std::unique_ptr<HeartbeatWriter> makeHeartbeatTable(Console& console);
+std::unique_ptr<HeartbeatWriter> makeHeartbeatTable(Console& console, const std::string& name);
 /// One JSON object per report and line, and nothing else.
-std::unique_ptr<HeartbeatWriter> makeHeartbeatJson(Console& console);
+std::unique_ptr<HeartbeatWriter> makeHeartbeatJson(Console& console, const std::string& name);
 
 inline constexpr std::array kHeartbeatFormats = {
     HeartbeatFormat{nullptr, nullptr, &makeHeartbeatTable},

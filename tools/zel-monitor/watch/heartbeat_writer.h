@@ -1,6 +1,7 @@
 #ifndef ZEL_TOOLS_WATCH_HEARTBEAT_WRITER_H_
 #define ZEL_TOOLS_WATCH_HEARTBEAT_WRITER_H_
 
+#include <zel/events/event.h>
 #include <zel/session/session.h>
 #include <zel/zel.h>
 
@@ -24,6 +25,23 @@ struct ReportEvent {
     std::optional<ZEL::QueueDrops> drops;
 };
 
+/// A fault that is raised, or cleared once its length is known. Times are stream time.
+struct FaultNotice {
+    ZEL::EventKind kind;
+    std::chrono::system_clock::time_point time;
+    double position;
+    double start_s;
+    std::optional<double> length_s;
+    std::optional<ZEL::Evidence> evidence = {};
+};
+
+/// The input ended or failed, and another attempt follows.
+struct Interruption {
+    std::chrono::system_clock::time_point time;
+    double position;
+    std::string reason;
+};
+
 /// What is known only at the end.
 struct Ending {
     MediaCounts counts;
@@ -39,9 +57,13 @@ class HeartbeatWriter {
     HeartbeatWriter& operator=(const HeartbeatWriter&) = delete;
     virtual ~HeartbeatWriter() = default;
 
+    /// Again for each connection.
     virtual void begin(const MediaFacts& /*facts*/) {}
     /// What a source that knows it shows from `position` seconds on. While heartbeats may arrive.
     virtual void caption(double /*position*/, const std::string& /*text*/) {}
+    /// While heartbeats may arrive, like the next one.
+    virtual void fault(const FaultNotice& /*notice*/) {}
+    virtual void interrupted(const Interruption& /*interruption*/) {}
     virtual void heartbeat(const ReportEvent& event) = 0;
     /// The whole-life report.
     virtual void finalReport(const ReportEvent& event, const Ending& ending) = 0;

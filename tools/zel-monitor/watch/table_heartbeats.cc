@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <fmt/format.h>
+#include <mutex>
 #include <set>
 #include <string_view>
 #include <vector>
@@ -14,7 +15,10 @@
 namespace zel_monitor {
 namespace {
 
-constexpr size_t kPositionWidth = 11;
+constexpr size_t kTimeWidth = 8;
+constexpr size_t kPositionWidth = 9;
+constexpr size_t kPlaceWidth = kTimeWidth + kPositionWidth;  // of both
+constexpr size_t kSecondWidth = 13;                          // where the second track's row begins
 constexpr size_t kNarrowestColumn = 5;
 constexpr size_t kHeartbeatsPerHeader = 20;
 constexpr std::string_view kNotSeen = ".";
@@ -52,6 +56,12 @@ std::string describe(const MediaFacts& facts) {
 /// Three significant digits at least, and no exponent.
 std::string figure(double value) {
     return fmt::format("{:.{}f}", value, value == 0 || value >= 100 ? 0 : value >= 1 ? 1 : 3);
+}
+
+/// When, by the clock on the wall and in the stream.
+std::string placeText(std::chrono::system_clock::time_point time, double position) {
+    return fmt::format("{:>{}}{:>{}}", localClockText(time), kTimeWidth, secondClockText(position),
+                       kPositionWidth);
 }
 
 /// A figure of the table.
@@ -99,6 +109,8 @@ class HeartbeatTable : public HeartbeatWriter {
     explicit HeartbeatTable(Console& console) : console_(console) {}
 
     void begin(const MediaFacts& facts) override {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        tracks_.clear();
         if (facts.video) {
             tracks_.push_back(trackOf(true));
         }
@@ -109,17 +121,30 @@ class HeartbeatTable : public HeartbeatWriter {
     }
 
     void caption(double position, const std::string& text) override {
-        console_.line(fmt::format("{:>{}}  {}", shortClockText(position), kPositionWidth,
-                                  coloured(kCaptionColour, "now: " + text)));
+        line(std::chrono::system_clock::now(), position, coloured(kCaptionColour, "now: " + text));
+    }
+
+    void fault(const FaultNotice& notice) override {
+        const std::string_view name = infoOf(notice.kind).name;
+        line(notice.time, notice.position,
+             notice.length_s ? fmt::format("cleared: {}, {:.1f} s from {}", name, *notice.length_s,
+                                           shortClockText(notice.start_s))
+                             : coloured(kRisenColour, fmt::format("raised: {}, since {}", name,
+                                                                  shortClockText(notice.start_s))));
+    }
+
+    void interrupted(const Interruption& interruption) override {
+        line(interruption.time, interruption.position, coloured(kRisenColour, interruption.reason));
     }
 
     void heartbeat(const ReportEvent& event) override {
+        const std::lock_guard<std::mutex> lock(mutex_);
         if (heartbeats_++ % kHeartbeatsPerHeader == 0) {
             writeHeader();
         }
         for (const Track& track : tracks_) {
-            std::string row = fmt::format(
-                "{:>{}}", isFirst(track) ? shortClockText(event.position) : track.name, kPositionWidth);
+            std::string row = isFirst(track) ? placeText(event.time, event.position)
+                                             : fmt::format("{:>{}}", track.name, kSecondWidth);
             for (const Column& column : track.columns) {
                 row += cell(column, track, event);
             }
@@ -128,6 +153,7 @@ class HeartbeatTable : public HeartbeatWriter {
     }
 
     void finalReport(const ReportEvent& event, const Ending& ending) override {
+        const std::lock_guard<std::mutex> lock(mutex_);
         console_.line("");
         console_.line(fmt::format("Stopped at {}. In all:", shortClockText(event.position)));
         for (const Track& track : tracks_) {
@@ -146,6 +172,10 @@ class HeartbeatTable : public HeartbeatWriter {
     }
 
   private:
+    void line(std::chrono::system_clock::time_point time, double position, const std::string& text) {
+        console_.line(fmt::format("{}  {}", placeText(time, position), text));
+    }
+
     bool isFirst(const Track& track) const { return &track == &tracks_.front(); }
 
     std::string coloured(std::string_view colour, std::string text) const {
@@ -155,7 +185,8 @@ class HeartbeatTable : public HeartbeatWriter {
     void writeHeader() {
         for (const Track& track : tracks_) {
             std::string header =
-                fmt::format("{:>{}}", isFirst(track) ? "position" : track.name, kPositionWidth);
+                isFirst(track) ? fmt::format("{:>{}}{:>{}}", "time", kTimeWidth, "position", kPositionWidth)
+                               : fmt::format("{:>{}}", track.name, kSecondWidth);
             for (const Column& column : track.columns) {
                 header += fmt::format("{:>{}}", column.heading, column.width());
             }
@@ -223,6 +254,7 @@ class HeartbeatTable : public HeartbeatWriter {
     }
 
     Console& console_;
+    std::mutex mutex_;  // guards all below
     std::vector<Track> tracks_;
     std::set<std::string_view> seen_;
     size_t heartbeats_ = 0;
@@ -230,7 +262,7 @@ class HeartbeatTable : public HeartbeatWriter {
 
 }  // namespace
 
-std::unique_ptr<HeartbeatWriter> makeHeartbeatTable(Console& console) {
+std::unique_ptr<HeartbeatWriter> makeHeartbeatTable(Console& console, const std::string& /*name*/) {
     return std::make_unique<HeartbeatTable>(console);
 }
 

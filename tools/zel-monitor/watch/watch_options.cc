@@ -3,10 +3,27 @@
 #include <CLI/App.hpp>
 
 #include "cli/command_line.h"
+#include "cli/time_text.h"
 #include "input/demo_source.h"
 
 namespace zel_monitor {
 namespace {
+
+void addTimeout(CLI::App& command, const std::string& name, const std::string& help,
+                std::optional<double>& timeout_s) {
+    command
+        .add_option_function<std::string>(
+            name,
+            [name, &timeout_s](const std::string& text) {
+                timeout_s = parseSeconds(text);
+                if (!timeout_s || *timeout_s <= 0.0) {
+                    throw CLI::ValidationError(
+                        name, "'" + text + "' is no length of time; write for example 10s or 1m");
+                }
+            },
+            help)
+        ->type_name("TIME");
+}
 
 void addSharedOptions(CLI::App& command, WatchOptions& options) {
     command.footer(
@@ -28,7 +45,11 @@ void addSharedOptions(CLI::App& command, WatchOptions& options) {
     }
     command.add_flag_callback(
         "--no-audio", [&options] { options.audio = false; }, "Leave the audio out");
-    command.add_option("--log", options.log_file, "Keep the log lines of the library and of FFmpeg in FILE")
+    command.add_option("--name", options.name, "Call the stream so")->type_name("NAME");
+    command
+        .add_option(
+            "--log", options.log_file,
+            "Append what the library and FFmpeg log to FILE, repeated lines left out; SIGHUP opens it anew")
         ->type_name("FILE");
 }
 
@@ -38,6 +59,12 @@ void addWatchOptions(CLI::App& command, WatchOptions& options) {
     command.add_option("INPUT", options.input, "A file, a URL, or - for standard input")
         ->required()
         ->type_name("");
+    command.add_flag("--reconnect", options.reconnect,
+                     "Open the input again when it ends or fails, for ever");
+    addTimeout(command, "--open-timeout", "Give up an input that does not open within TIME",
+               options.open_timeout_s);
+    addTimeout(command, "--read-timeout", "Give up an input of which nothing has come for TIME",
+               options.read_timeout_s);
     addSharedOptions(command, options);
 }
 

@@ -2,6 +2,7 @@
 #define ZEL_TOOLS_WATCH_WATCH_OPTIONS_H_
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 #include "watch/formats.h"
@@ -18,6 +19,10 @@ struct WatchOptions {
     uint32_t interval = 5;  ///< seconds between heartbeats
     const HeartbeatFormat* format = kHeartbeatFormats.data();
     bool audio = true;
+    std::string name;                      ///< to show instead of the input; empty: the input itself
+    bool reconnect = false;                ///< after the end and after failures, for ever
+    std::optional<double> open_timeout_s;  ///< none: waits for ever
+    std::optional<double> read_timeout_s;
     std::string log_file;  ///< empty: log lines are dropped
 };
 

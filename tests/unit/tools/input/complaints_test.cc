@@ -62,6 +62,8 @@ TEST(StreamComplaints, StaysSmallAndCountsOn) {
         complaints.add(ComplaintReason::kRefused, StreamTrack::kVideo, {i * 10.0, i * 10.0});
     }
     EXPECT_LE(complaints.list().size(), 20'000U);
+    complaints.forgetBefore(150'000.0);
+    EXPECT_EQ(5'000U, complaints.list().size());
     EXPECT_EQ(100'000U, complaints.count());
 }
 

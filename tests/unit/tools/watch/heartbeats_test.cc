@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "cli/time_text.h"
 #include "watch/formats.h"
 
 namespace {
@@ -17,6 +18,8 @@ using zel_monitor::Console;
 using zel_monitor::ReportEvent;
 
 constexpr std::chrono::system_clock::time_point kMoment{std::chrono::milliseconds(1'700'000'000'042)};
+
+const std::string kTime = zel_monitor::localClockText(kMoment);
 
 ReportEvent eventFor(const ReportMap& report, double position) {
     return {.report = report, .time = kMoment, .position = position, .caption = "", .drops = {}};
@@ -52,7 +55,7 @@ std::vector<std::string> wordsOf(const std::string& line) {
 
 TEST(JsonHeartbeats, AreOneObjectPerReportWithNumbersAsNumbers) {
     const auto lines = linesOf([](Console& console) {
-        const auto writer = zel_monitor::makeHeartbeatJson(console);
+        const auto writer = zel_monitor::makeHeartbeatJson(console, "");
         writer->begin(videoOnly());
         writer->caption(0, "not for machines");
         const ReportMap report = {{"zel_heartbeat_seq", "0"},
@@ -91,7 +94,7 @@ TEST(JsonHeartbeats, AreOneObjectPerReportWithNumbersAsNumbers) {
 
 TEST(HeartbeatTable, SetsOffWhatHasRisenAndTheFirstOfAKind) {
     const auto lines = linesOf([](Console& console) {
-        const auto writer = zel_monitor::makeHeartbeatTable(console);
+        const auto writer = zel_monitor::makeHeartbeatTable(console, "");
         writer->begin(videoOnly());
         writer->heartbeat(eventFor({{"zel_vframes", "125"}, {"zel_black_cnt", "0"}}, 5));
         const ReportMap second = {
@@ -107,10 +110,11 @@ TEST(HeartbeatTable, SetsOffWhatHasRisenAndTheFirstOfAKind) {
                    .assessments = {{"RecentPlayerFF", {{"recent_ff", "12.500000"}}}, {"RefNetSpeed", {}}}});
     });
     EXPECT_EQ("clip: h264 320x180 25 fps, 0:01:05.3", lines[0]);
-    EXPECT_THAT(wordsOf(lines[1]), ElementsAre("position", "frames", "drops", "black", "green", "block",
-                                               "freeze", "underexposed", "overexposed"));
-    EXPECT_THAT(wordsOf(lines[2]), ElementsAre("0:00:05.0", "125", ".", "first", ".", ".", ".", ".", "."));
-    EXPECT_THAT(wordsOf(lines[3]), ElementsAre("1:01:05.0", "125", "+7", "0", "+3", ".", ".", ".", "."));
+    EXPECT_THAT(wordsOf(lines[1]), ElementsAre("time", "position", "frames", "drops", "black", "green",
+                                               "block", "freeze", "underexposed", "overexposed"));
+    EXPECT_THAT(wordsOf(lines[2]),
+                ElementsAre(kTime, "0:00:05", "125", ".", "first", ".", ".", ".", ".", "."));
+    EXPECT_THAT(wordsOf(lines[3]), ElementsAre(kTime, "1:01:05", "125", "+7", "0", "+3", ".", ".", ".", "."));
     EXPECT_EQ(lines[1].size(), lines[3].size()) << "figures stand under their headings";
     EXPECT_THAT(lines, testing::Contains("       250  video frames fed"));
     EXPECT_THAT(lines, testing::Contains("         7  video frames dropped, not examined in time"));
@@ -121,11 +125,40 @@ TEST(HeartbeatTable, SetsOffWhatHasRisenAndTheFirstOfAKind) {
     EXPECT_THAT(lines, testing::Each(Not(HasSubstr("\033"))));
 }
 
+TEST(Heartbeats, TellFaultsAndInterruptionsBetweenThem) {
+    const auto write = [](auto make) {
+        return linesOf([&](Console& console) {
+            const auto writer = make(console, "news");
+            const zel_monitor::FaultNotice raised{ZEL::EventKind::kBlack, kMoment, 12.5, 12.0, {}};
+            zel_monitor::FaultNotice cleared = raised;
+            cleared.length_s = 3.5;
+            cleared.evidence = ZEL::Evidence{0.99, 0.98};
+            writer->fault(raised);
+            writer->fault(cleared);
+            writer->interrupted({kMoment, 15.0, "it ended"});
+        });
+    };
+    EXPECT_THAT(write(&zel_monitor::makeHeartbeatTable),
+                ElementsAre(kTime + "  0:00:12  raised: black, since 0:00:12.0",
+                            kTime + "  0:00:12  cleared: black, 3.5 s from 0:00:12.0",
+                            kTime + "  0:00:15  it ended"));
+    const auto lines = write(&zel_monitor::makeHeartbeatJson);
+    ASSERT_EQ(3U, lines.size());
+    const nlohmann::json raised = {{"event", "raised"},  {"time", "2023-11-14T22:13:20.042Z"},
+                                   {"position", 12.5},   {"name", "news"},
+                                   {"kind", "black"},    {"start", 12.0},
+                                   {"evidence", nullptr}};
+    EXPECT_EQ(nlohmann::json::parse(lines[0]), raised);
+    EXPECT_EQ(nlohmann::json::parse(lines[1]).at("duration"), 3.5);
+    EXPECT_EQ(nlohmann::json::parse(lines[1]).at("evidence").at("value"), 0.99);
+    EXPECT_EQ(nlohmann::json::parse(lines[2]).at("reason"), "it ended");
+}
+
 TEST(HeartbeatTable, GivesEachTrackARowThatFitsATerminal) {
     zel_monitor::MediaFacts facts = videoOnly();
     facts.audio = {.codec = "aac", .sample_rate = 48000, .channels = 2};
     const auto lines = linesOf([&](Console& console) {
-        const auto writer = zel_monitor::makeHeartbeatTable(console);
+        const auto writer = zel_monitor::makeHeartbeatTable(console, "");
         writer->begin(facts);
         writer->heartbeat(
             eventFor({{"zel_vframes", "125"}, {"zel_aframes", "500"}, {"zel_audio_level", "32767"}}, 36005));
@@ -133,7 +166,7 @@ TEST(HeartbeatTable, GivesEachTrackARowThatFitsATerminal) {
     ASSERT_EQ(5U, lines.size());
     EXPECT_THAT(wordsOf(lines[2]), ElementsAre("audio", "frames", "drops", "mute", "low-voice", "high-voice",
                                                "no-voice", "level", "voice", "share"));
-    EXPECT_THAT(wordsOf(lines[3]), ElementsAre("10:00:05.0", "125", ".", ".", ".", ".", ".", ".", "."));
+    EXPECT_THAT(wordsOf(lines[3]), ElementsAre(kTime, "10:00:05", "125", ".", ".", ".", ".", ".", ".", "."));
     EXPECT_THAT(wordsOf(lines[4]), ElementsAre("audio", "500", ".", ".", ".", ".", ".", "32767", ".", "."));
     for (size_t i = 1; i < lines.size(); ++i) {
         EXPECT_LE(lines[i].size(), 80U) << lines[i];

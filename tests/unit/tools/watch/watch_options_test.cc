@@ -47,8 +47,13 @@ TEST(WatchOptions, TakeAnInputAndHaveDefaults) {
 }
 
 TEST(WatchOptions, AreAllRead) {
-    const WatchOptions options = parsed(
-        {"watch", "--speed", "0.5", "a.mp4", "--interval=60", "--json", "--no-audio", "--log", "x.log"});
+    const WatchOptions options =
+        parsed({"watch", "--speed", "0.5", "a.mp4", "--interval=60", "--json", "--no-audio", "--log", "x.log",
+                "--reconnect", "--name", "news", "--open-timeout", "1m", "--read-timeout=500ms"});
+    EXPECT_TRUE(options.reconnect);
+    EXPECT_EQ("news", options.name);
+    EXPECT_EQ(60.0, options.open_timeout_s);
+    EXPECT_EQ(0.5, options.read_timeout_s);
     EXPECT_EQ("a.mp4", options.input);
     EXPECT_EQ(0.5, options.speed);
     EXPECT_EQ(60U, options.interval);
@@ -67,6 +72,8 @@ TEST(WatchOptions, WrongUsageIsRefused) {
         {{"watch", "a", "--speed", "abc"}, "--speed: 'abc' is not a number"},
         {{"watch", "a", "--speed", "nan"}, "--speed"},
         {{"watch", "a", "--interval", "-1"}, "--interval"},
+        {{"watch", "a", "--read-timeout", "0s"}, "'0s' is no length of time"},
+        {{"watch", "a", "--open-timeout", "-1"}, "--open-timeout"},
         {{"watch", "a", "--interval", "0"}, "--interval"},
         {{"demo", "a"}, "a"},
     };

@@ -1,5 +1,5 @@
-// usage: node build.mjs <page_template.cc>
-// Bundles the page into one document and writes it as a C++ source.
+// usage: node build.mjs <page.html> <main.js> <style.css> <header.h> <function> <source.cc>
+// Bundles a page into one document and writes it as a C++ source that defines the function of the header.
 import { readFileSync, writeFileSync } from "node:fs";
 import { dirname, join } from "node:path";
 import { fileURLToPath } from "node:url";
@@ -7,6 +7,7 @@ import { fileURLToPath } from "node:url";
 import { build } from "esbuild";
 
 const here = dirname(fileURLToPath(import.meta.url));
+const [document, main, styles, header, name, output] = process.argv.slice(2);
 const read = (name) => readFileSync(join(here, name), "utf8");
 
 async function bundle(entry) {
@@ -34,9 +35,9 @@ function literals(text) {
   return pieces.join("\n");
 }
 
-const script = (await bundle("main.js")).replaceAll("</script", "<\\/script");
-const style = await bundle("style.css");
-const page = read("index.html")
+const script = (await bundle(main)).replaceAll("</script", "<\\/script");
+const style = await bundle(styles);
+const page = read(document)
   .replace("/*STYLE*/", () => style)
   .replace("/*SCRIPT*/", () => script);
 if (/[^\x00-\x7f]/.test(page)) {
@@ -44,8 +45,8 @@ if (/[^\x00-\x7f]/.test(page)) {
 }
 
 writeFileSync(
-  process.argv[2],
-  `#include "report/page_template.h"
+  output,
+  `#include "${header}"
 
 namespace zel_monitor {
 namespace {
@@ -58,7 +59,7 @@ ${literals(page)}
 
 }  // namespace
 
-std::span<const std::string_view> pageTemplate() {
+std::span<const std::string_view> ${name}() {
     return kPieces;
 }
 
