@@ -22,7 +22,7 @@ namespace zel_monitor {
 class MediaSource::Reader : public TrackListener {
   public:
     Reader(const std::string& input, const MediaOptions& options)
-        : interruption_(options),
+        : cutoff_(options),
           threads_(options.threads),
           key_frames_only_(options.key_frames_only),
           begins_anew_(options.begins_anew),
@@ -56,7 +56,7 @@ class MediaSource::Reader : public TrackListener {
     /// None too where the input is to be decoded anew.
     std::optional<MediaItem> next() {
         while (true) {
-            if (interruption_.isDue()) {
+            if (cutoff_.isDue()) {
                 completeness_.stopped();
                 return std::nullopt;
             }
@@ -229,7 +229,7 @@ class MediaSource::Reader : public TrackListener {
     }
     void onStreamRefused(const FfmpegError& reason) override { completeness_.streamRefused(reason.what()); }
 
-    Interruption interruption_;
+    Cutoff cutoff_;
     int threads_;
     bool key_frames_only_;
     bool begins_anew_;

@@ -17,8 +17,8 @@ extern "C" {
 namespace zel_monitor {
 namespace {
 
-int isInterrupted(void* interruption) {
-    return static_cast<const Interruption*>(interruption)->isDue() ? 1 : 0;
+int isInterrupted(void* cutoff) {
+    return static_cast<const Cutoff*>(cutoff)->isDue() ? 1 : 0;
 }
 
 const AVInputFormat* forcedFormat(const std::string& name) {
@@ -71,7 +71,7 @@ OpenedInput::OpenedInput(const std::string& input, const MediaOptions& options)
       shown_(options.label.empty() ? input : options.label),
       // A name is that of a file whatever colons and patterns are in it.
       is_file_(options.format.empty() && input != "-" && namesFile(input)),
-      interruption_(std::make_unique<Interruption>(options)) {
+      cutoff_(std::make_unique<Cutoff>(options)) {
     try {
         open(options);
     } catch (const FfmpegError& failure) {
@@ -92,7 +92,7 @@ void OpenedInput::open(const MediaOptions& options) {
         polled_.emplace(PolledInput::file(input_, options.interrupted));
     }
     AVFormatContext* format = orOutOfMemory(avformat_alloc_context());
-    format->interrupt_callback = {.callback = &isInterrupted, .opaque = interruption_.get()};
+    format->interrupt_callback = {.callback = &isInterrupted, .opaque = cutoff_.get()};
     format->error_recognition |= AV_EF_CRCCHECK;
     format->correct_ts_overflow = 0;  // it takes a jump back for a wrap; the tracks tell the two apart
     if (polled_) {

@@ -41,9 +41,8 @@ struct MediaOptions {
 };
 
 /// Whether an input is to be left where it is.
-struct Interruption {
-    explicit Interruption(const MediaOptions& options)
-        : flag(options.interrupted), deadline(options.deadline) {}
+struct Cutoff {
+    explicit Cutoff(const MediaOptions& options) : flag(options.interrupted), deadline(options.deadline) {}
     bool isDue() const {
         return (flag != nullptr && flag->load()) ||
                (deadline && std::chrono::steady_clock::now() >= *deadline);
@@ -79,8 +78,8 @@ class OpenedInput {
     std::string input_;
     std::string shown_;
     bool is_file_;
-    std::unique_ptr<Interruption> interruption_;  // in one place, for format_ asks it
-    std::optional<PolledInput> polled_;           // outlives format_
+    std::unique_ptr<Cutoff> cutoff_;     // in one place, for format_ asks it
+    std::optional<PolledInput> polled_;  // outlives format_
     FormatHandle format_;
     std::optional<int64_t> declared_bytes_;
     std::vector<ComplaintReason> complaints_;

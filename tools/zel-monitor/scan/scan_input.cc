@@ -141,7 +141,7 @@ std::vector<DamageNote> notesOn(const std::vector<Complaint>& complaints) {
 }
 
 void analyse(MediaSource& source, const ScanSettings& settings, InputScan& scan, Progress::Slot& progress,
-             Findings& findings, const Interruption& interruption) {
+             Findings& findings, const Cutoff& cutoff) {
     const ZEL::EventRules& rules = settings.rules;
     InputReport& report = scan.report;
     const auto& video = report.facts.video;
@@ -168,7 +168,7 @@ void analyse(MediaSource& source, const ScanSettings& settings, InputScan& scan,
     }
     report.counts = source.counts();
     const bool anything = report.counts.video_frames + report.counts.audio_frames > 0;
-    const auto declared_s = anything && !interruption.isDue() && !report.facts.duration_estimated
+    const auto declared_s = anything && !cutoff.isDue() && !report.facts.duration_estimated
                                 ? report.facts.duration
                                 : std::nullopt;
     analyser.endOfStream(declared_s);
@@ -220,7 +220,7 @@ InputScan scanInput(const std::string& input, const ScanOrder& order, Progress::
             Clock::now() + std::chrono::duration_cast<Clock::duration>(
                                std::chrono::duration<double>(std::min(*limit_s, kLongestLimitS)));
     }
-    const Interruption interruption(media);
+    const Cutoff cutoff(media);
     try {
         MediaSource source = openInput(input, media);
         report.facts = source.facts();
@@ -229,7 +229,7 @@ InputScan scanInput(const std::string& input, const ScanOrder& order, Progress::
             scan.record.emplace(report.facts.video ? report.facts.video->frame_rate : 0.0);
         }
         Findings findings(scan, order.settings.wanted, progress, on_event);
-        analyse(source, order.settings, scan, progress, findings, interruption);
+        analyse(source, order.settings, scan, progress, findings, cutoff);
     } catch (const MediaError& error) {
         report.problem = problemOf(input, error);
         report.may_pass_later = mayPassLater(AVUNERROR(error.code()));
@@ -242,7 +242,7 @@ InputScan scanInput(const std::string& input, const ScanOrder& order, Progress::
     if (stop) {
         report.problem = "stopped before its end";
         report.may_pass_later = true;
-    } else if (report.problem && interruption.isDue()) {
+    } else if (report.problem && cutoff.isDue()) {
         report.problem = fmt::format("not finished within its time limit of {}", shortClockText(*limit_s));
         report.may_pass_later = false;
     }

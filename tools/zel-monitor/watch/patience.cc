@@ -16,7 +16,7 @@ double secondsSince(std::chrono::steady_clock::time_point start, std::chrono::st
 
 }  // namespace
 
-Patience::Patience(Console& console, std::string name, const std::atomic<bool>& stop)
+Patience::Patience(Console& console, const std::string& name, const std::atomic<bool>& stop)
     : console_(console), name_(printable(name)), stop_(stop) {
     thread_ = std::thread([this] { run(); });
 }

@@ -21,7 +21,7 @@ class Patience {
     static constexpr double kToldAfterS = 5.0;
 
     /// `console` and `stop` outlive this object. `name` is what people know the input by.
-    Patience(Console& console, std::string name, const std::atomic<bool>& stop);
+    Patience(Console& console, const std::string& name, const std::atomic<bool>& stop);
     Patience(const Patience&) = delete;
     Patience& operator=(const Patience&) = delete;
     ~Patience();
