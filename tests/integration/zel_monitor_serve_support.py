@@ -133,4 +133,4 @@ class ServeTest(unittest.TestCase):
             jsonschema.Draft202012Validator(SCHEMA).validate(alarm)
             ids.setdefault(alarm["id"], []).append(alarm["event"])
         for events in ids.values():
-            self.assertEqual(events, ["raised", "cleared"])
+            self.assertEqual(events, ["raised", "cleared"], self.alarms())

@@ -66,7 +66,8 @@ void AlarmBook::raiseIfDue(AlarmKind kind, Moment now) {
         return;
     }
     const auto since_epoch = std::chrono::floor<std::chrono::milliseconds>(now.wall.time_since_epoch());
-    entry.fault->id = fmt::format("{}/{}/{}", stream_, alarmName(kind), since_epoch.count());
+    entry.last_number = std::max<int64_t>(since_epoch.count(), entry.last_number + 1);
+    entry.fault->id = fmt::format("{}/{}/{}", stream_, alarmName(kind), entry.last_number);
     ++entry.raised;
     sink_.take(alarmOf(kind, *entry.fault, now));
 }

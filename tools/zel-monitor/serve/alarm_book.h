@@ -71,7 +71,8 @@ class AlarmBook {
         std::optional<Fault> fault;
         std::chrono::steady_clock::time_point quiet_until;  ///< end of the cool-down
         uint64_t raised = 0;
-        double seconds = 0.0;  ///< of those that are over
+        int64_t last_number = 0;  ///< in the last one's id: milliseconds, and more if several come in one
+        double seconds = 0.0;     ///< of those that are over
     };
 
     // With mutex_ held:

@@ -66,6 +66,16 @@ struct Booked {
     AlarmBook book;
 };
 
+TEST(AlarmBook, FaultsOfOneMomentHaveIdsOfTheirOwn) {
+    Booked b;
+    for (int i = 0; i < 2; ++i) {
+        b.book.begin(kBlack, 0.5, {}, Booked::at(10.0));
+        b.book.end(kBlack, 0.0, Cleared::kOver, Booked::at(10.0));
+    }
+    ASSERT_EQ(b.heard.alarms.size(), 4U);
+    EXPECT_NE(b.heard.alarms[0].id, b.heard.alarms[2].id);
+}
+
 TEST(AlarmBook, RaisesAndClearsOnceWithTheTimesOfTheFault) {
     Booked b;
     b.book.begin(kBlack, 0.5, {.detail = "why", .evidence = ZEL::Evidence{0.99, 0.98}}, Booked::at(10.0));
