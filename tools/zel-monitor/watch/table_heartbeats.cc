@@ -17,7 +17,7 @@ namespace {
 
 constexpr size_t kTimeWidth = 8;
 constexpr size_t kPositionWidth = 9;
-constexpr size_t kSecondWidth = 13;                          // where the second track's row begins
+constexpr size_t kSecondWidth = 13;  // where the second track's row begins
 constexpr size_t kNarrowestColumn = 5;
 constexpr size_t kHeartbeatsPerHeader = 20;
 constexpr std::string_view kNotSeen = ".";
