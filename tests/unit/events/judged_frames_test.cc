@@ -22,10 +22,10 @@ class Film : public Feeding {
     explicit Film(double rate = 25.0, const ZEL::EventRules& rules = ZEL::defaultEventRules())
         : Feeding(ZEL::AnalyserOptions{.tracks = kVideoOnly, .rules = rules}), step_s_(1.0 / rate) {}
 
-    void show(const Picture& picture, int frames = 1,
+    void show(const DrawnFrame& frame, int frames = 1,
               ZEL::FrameCondition condition = ZEL::FrameCondition::kWhole) {
         for (int i = 0; i < frames; ++i, ++shown_) {
-            EXPECT_TRUE(analyser.feedVideo(picture.planes(), shown_ * step_s_, step_s_, condition));
+            EXPECT_TRUE(analyser.feedVideo(frame.planes(), shown_ * step_s_, step_s_, condition));
         }
     }
     /// A landscape that passes by.
@@ -107,7 +107,7 @@ TEST(JudgedFrames, FadeToBlackIsOneEventAndAllThatHappens) {
     for (int i = 1; i <= 12; ++i) {
         film.show(landscape(200.0 + 4.0 * i, 0.0, 1.0 - i / 12.0));
     }
-    film.show(Picture(160, 128, 16), 50);
+    film.show(DrawnFrame(160, 128, 16), 50);
     for (int i = 1; i <= 12; ++i) {
         film.show(landscape(300.0 + 4.0 * i, 0.0, i / 12.0));
     }
@@ -122,13 +122,13 @@ TEST(JudgedFrames, FadeToBlackIsOneEventAndAllThatHappens) {
 }
 
 TEST(JudgedFrames, TitleCardAndSlidesAreNoEvents) {
-    Picture card(160, 128, 16);
+    DrawnFrame card(160, 128, 16);
     for (uint32_t letter = 0; letter < 6; ++letter) {
         for (uint32_t y = 56; y < 72; ++y) {
             std::fill_n(card.luma.begin() + y * card.width + 40 + letter * 14, 6, uint8_t{235});
         }
     }
-    Picture fading = card;  // still shows a little of what was there before
+    DrawnFrame fading = card;  // still shows a little of what was there before
     std::for_each(fading.luma.begin() + 52 * 160, fading.luma.end(),
                   [](uint8_t& luma) { luma = luma == 16 ? 22 : luma; });
     Film titles;
@@ -149,7 +149,7 @@ TEST(JudgedFrames, PartThatWasNeverDecodedIsFoundAtOnce) {
     Film film;
     film.move(50, 0.5);
     for (int i = 1; i <= 25; ++i) {
-        Picture half = landscape(25.0 + 0.5 * i);
+        DrawnFrame half = landscape(25.0 + 0.5 * i);
         half.fillRows(64, 128, 126);
         film.show(half);
     }
@@ -163,8 +163,8 @@ TEST(JudgedFrames, PartThatWasNeverDecodedIsFoundAtOnce) {
 TEST(JudgedFrames, BlackAndGreenFramesAreNothingElse) {
     Film film;
     film.move(25);
-    film.show(Picture(160, 128, 16), 100);
-    Picture green(160, 128, 0);
+    film.show(DrawnFrame(160, 128, 16), 100);
+    DrawnFrame green(160, 128, 0);
     std::fill(green.cb.begin(), green.cb.end(), uint8_t{0});
     green.cr = green.cb;
     film.show(green, 100);
@@ -188,7 +188,7 @@ TEST(JudgedFrames, GapInTheTimestampsIsAStallAndNoFreeze) {
 
 TEST(JudgedFrames, SinglePictureIsJudgedWithoutAMinimumAndNeverFrozen) {
     Film black;
-    black.show(Picture(160, 128, 16));
+    black.show(DrawnFrame(160, 128, 16));
     EXPECT_THAT(black.end(), ElementsAre(isEvent(EventKind::kBlack, 0.0, 0.04, true)));
     Film good;
     good.show(landscape());
@@ -198,15 +198,15 @@ TEST(JudgedFrames, SinglePictureIsJudgedWithoutAMinimumAndNeverFrozen) {
 TEST(JudgedFrames, FramesOfAnySizeAreJudgedAndTheSizeMayChange) {
     for (const uint32_t side : {2U, 6U, 8U, 16U, 18U}) {
         Film film;
-        film.show(Picture(side, side, 16), 25);
-        film.show(Picture(side, side, 120), 25);
+        film.show(DrawnFrame(side, side, 16), 25);
+        film.show(DrawnFrame(side, side, 120), 25);
         film.end();
         EXPECT_THAT(film.heard.eventsOf(EventKind::kBlack), ElementsAre(isEvent(EventKind::kBlack, 0.0, 1.0)))
             << side;
     }
     Film film(25.0, withFreezeFrom(0.0));
     for (const uint32_t side : {160U, 2U, 64U, 30U, 320U}) {
-        film.show(Picture(side, side, 16), 10);
+        film.show(DrawnFrame(side, side, 16), 10);
     }
     film.end();
     EXPECT_THAT(film.heard.eventsOf(EventKind::kBlack),
