@@ -76,6 +76,20 @@ class Store(ArchiveTest):
         self.assertEqual(self.report(status=1)["inputs"][0]["verdict"], "fail")
         self.assertEqual(self.report("--fail-on", "green")["totals"]["passed"], 2)
 
+    def test_report_refuses_a_policy_that_the_scan_did_not_look_for(self):
+        self.store_scan(self.media)
+        for policy in ("overexposed", "black=0.1"):
+            done = run("report", self.store, "--fail-on", policy)
+            self.assertEqual(done.returncode, 2)
+            self.assertIn(b"was not scanned for that", done.stderr)
+
+    def test_what_was_found_in_a_file_stays_while_it_is_away(self):
+        self.store_scan(self.media / "a.mkv")
+        (self.media / "a.mkv").rename(self.work / "a.mkv")
+        self.store_scan(self.media / "a.mkv", status=3)
+        (self.work / "a.mkv").rename(self.media / "a.mkv")
+        self.assertEqual(self.store_scan(self.media / "a.mkv"), (1, 1))
+
     def test_content_tells_what_was_only_touched(self):
         self.store_scan(self.media, "--by-content")
         for path in self.media.rglob("*.mkv"):

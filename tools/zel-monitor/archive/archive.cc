@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <atomic>
 #include <filesystem>
+#include <fmt/format.h>
 #include <map>
 #include <set>
+#include <stdexcept>
 #include <thread>
 #include <tuple>
 #include <utility>
@@ -44,6 +46,7 @@ class Merger {
         ArchivedInput input{
             .report = std::move(stored.report), .path = stored.path, .settings = settingsOf(stored)};
         input.report.facts.input = name;
+        requireJudgeable(input);
         input.policy = policy_.value_or(archive_.settings[input.settings].settings.policy);
         input.totals = totalsOf(input.report);
         for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
@@ -71,6 +74,21 @@ class Merger {
     }
 
   private:
+    /// Throws std::runtime_error where the policy asks for what the scan did not look for.
+    void requireJudgeable(const ArchivedInput& input) const {
+        const ScanSettings& settings = archive_.settings[input.settings].settings;
+        const ZEL::EventRules& rules = input.report.survey ? input.report.survey->rules : settings.rules;
+        for (const ZEL::EventKindInfo& info : ZEL::eventKinds()) {
+            const size_t kind = indexOf(info.kind);
+            const auto limit = policy_ ? (*policy_)[kind] : std::nullopt;
+            if (limit && (!settings.wanted[kind] || (*limit > 0.0 && rules[kind].min_s > *limit))) {
+                throw std::runtime_error(
+                    fmt::format("--fail-on {}: {} was not scanned for that; scan it with this --fail-on",
+                                info.name, input.report.facts.input));
+            }
+        }
+    }
+
     size_t settingsOf(const StoredReport& stored) {
         const auto known =
             std::find_if(archive_.settings.begin(), archive_.settings.end(), [&](const UsedSettings& used) {

@@ -104,7 +104,8 @@ int runArchiveReport(const ArchiveOptions& options) {
         }
         output.write(textOf(archive, options.format));
         output.complete();
-        return exitStatusOf(summaryOf(archive));
+        const int status = exitStatusOf(summaryOf(archive));
+        return status == kExitDone && archive.unreadable > 0 ? kExitFailed : status;
     } catch (const OutputError&) {
         throw;
     } catch (const std::runtime_error& error) {

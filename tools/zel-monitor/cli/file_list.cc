@@ -75,7 +75,8 @@ void walk(const fs::path& folder, std::vector<std::string>& found) {
         }
         if (entry.is_directory(ignored) && !entry.is_symlink(ignored)) {
             walk(entry.path(), found);
-        } else if (namesMediaFile(name) && !entry.is_directory(ignored)) {
+        } else if (namesMediaFile(name) && (entry.is_regular_file(ignored) || entry.is_symlink(ignored)) &&
+                   !entry.is_directory(ignored)) {  // not a pipe, which may be waited for without end
             found.push_back(entry.path().string());
         }
     }

@@ -30,6 +30,7 @@ StoredScans::Known StoredScans::look(const std::string& input) const {
     Known known{.path = absoluteName(input), .state = stateOf(input), .report = {}};
     if (std::optional<StoredReport> stored = store_.find(known.path)) {
         known.failed_attempts = stored->report.problem ? stored->attempts : 0;
+        known.is_stored_whole = stored->state.bytes && !stored->report.problem;
         if (isGood(*stored, known, input)) {
             nlohmann::ordered_json settings = settings_json_;
             settings["survey"] = stored->settings.at("survey");
@@ -72,6 +73,9 @@ bool StoredScans::isSame(const FileState& stored, FileState& now, const std::str
 }
 
 InputReport StoredScans::keep(const Known& known, const InputReport& report, double took_s) const {
+    if (!known.state.bytes && known.is_stored_whole) {
+        return report;  // the file is away, as where a disk is not mounted: what was found in it stays
+    }
     StoredReport stored{.path = known.path,
                         .state = known.state,
                         .tool_version = std::string(toolVersion()),

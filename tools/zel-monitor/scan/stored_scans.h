@@ -31,6 +31,7 @@ class StoredScans {
         std::string path;
         FileState state;
         int failed_attempts = 0;            ///< one after the other
+        bool is_stored_whole = false;       ///< a report of the file, from when it was there
         std::optional<InputReport> report;  ///< if that need not be done again
     };
     Known look(const std::string& input) const;

@@ -116,13 +116,17 @@ TEST(Store, KeepsOneReportForEachInputAndTidiesUpAfterTheKilled) {
     EXPECT_THAT(store.files(), testing::ElementsAre(store.fileFor(path)));
     EXPECT_TRUE(fs::is_empty(folder + "/unfinished"));
 
-    support::writeFile(folder + "/unfinished/killed", {'{'});
-    support::writeFile(folder + "/unfinished/atwork", {'{'});
-    fs::last_write_time(folder + "/unfinished/killed",
+    support::writeFile(folder + "/unfinished/zel-report-killed", {'{'});
+    support::writeFile(folder + "/unfinished/zel-report-atwork", {'{'});
+    support::writeFile(folder + "/unfinished/theirs", {'x'});
+    fs::last_write_time(folder + "/unfinished/zel-report-killed",
+                        fs::file_time_type::clock::now() - std::chrono::hours(2));
+    fs::last_write_time(folder + "/unfinished/theirs",
                         fs::file_time_type::clock::now() - std::chrono::hours(2));
     Store::writable(folder);
-    EXPECT_FALSE(fs::exists(folder + "/unfinished/killed"));
-    EXPECT_TRUE(fs::exists(folder + "/unfinished/atwork"));
+    EXPECT_FALSE(fs::exists(folder + "/unfinished/zel-report-killed"));
+    EXPECT_TRUE(fs::exists(folder + "/unfinished/theirs")) << "nothing of ours";
+    EXPECT_TRUE(fs::exists(folder + "/unfinished/zel-report-atwork"));
     EXPECT_EQ(store.files().size(), 1U);
 
     fs::resize_file(store.fileFor(path), text.size() / 2);

@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <fmt/format.h>
 #include <fstream>
-#include <iterator>
+#include <sstream>
 #include <stdexcept>
 #include <sys/stat.h>
 #include <system_error>
@@ -23,12 +23,14 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kExtension = ".json";
-constexpr auto kOld = std::chrono::hours(1);  // a file is written within seconds
+constexpr std::string_view kUnfinished = "zel-report-";  // and six characters of chance
+constexpr size_t kFolderName = 2;                        // of the hash's beginning
+constexpr auto kOld = std::chrono::hours(1);             // a file is written within seconds
 constexpr int kMostTries = 5;
 
 /// A new file, and the name that it has for now.
 std::pair<int, std::string> newFileIn(const std::string& folder) {
-    std::string name = folder + "/XXXXXX";
+    std::string name = fmt::format("{}/{}XXXXXX", folder, kUnfinished);
     const int descriptor = mkostemp(name.data(), O_CLOEXEC);
     return {descriptor, name};
 }
@@ -54,9 +56,10 @@ std::optional<std::string> contentOf(const std::string& name) {
         if (!file.is_open()) {
             return std::nullopt;
         }
-        std::string text((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-        if (!file.bad() && text.ends_with('\n')) {
-            return text;
+        std::ostringstream text;
+        text << file.rdbuf();  // an error ends it, where an iterator would throw
+        if (std::string content = std::move(text).str(); content.ends_with('\n')) {
+            return content;
         }
     }
     return std::nullopt;
@@ -101,8 +104,8 @@ std::optional<StoredReport> Store::read(const std::string& file) {
 std::vector<std::string> Store::files() const {
     std::vector<std::string> files;
     for (const fs::directory_entry& folder : fs::directory_iterator(folder_)) {
-        if (!folder.is_directory() || folder.path() == unfinishedFolder()) {
-            continue;
+        if (folder.path().filename().string().size() != kFolderName || !folder.is_directory()) {
+            continue;  // of somebody else, such as lost+found
         }
         for (const fs::directory_entry& file : fs::directory_iterator(folder)) {
             if (file.path().extension() == kExtension) {
@@ -120,9 +123,9 @@ void Store::put(const std::string& path, std::string_view text) const {
         const auto [descriptor, unfinished] = newFileIn(unfinishedFolder());
         error = descriptor < 0 ? errno : fill(descriptor, text, permissions_);
         if (error == 0) {
-            std::error_code made_by_another;
-            fs::create_directory(fs::path(name).parent_path(), made_by_another);
-            error = std::rename(unfinished.c_str(), name.c_str()) == 0 ? 0 : errno;
+            std::error_code failed;
+            fs::create_directory(fs::path(name).parent_path(), failed);
+            error = failed ? failed.value() : std::rename(unfinished.c_str(), name.c_str()) == 0 ? 0 : errno;
         }
         if (error == 0) {
             return;
@@ -139,7 +142,7 @@ void Store::put(const std::string& path, std::string_view text) const {
 
 std::string Store::fileFor(const std::string& path) const {
     const std::string hash = sha256(path);
-    return fmt::format("{}/{}/{}{}", folder_, hash.substr(0, 2), hash, kExtension);
+    return fmt::format("{}/{}/{}{}", folder_, hash.substr(0, kFolderName), hash, kExtension);
 }
 
 std::string Store::unfinishedFolder() const {
@@ -155,7 +158,8 @@ void Store::removeLeftovers(const std::string& fresh) const {
          it.increment(error)) {
         std::error_code gone;
         const auto written = fs::last_write_time(it->path(), gone);
-        if (!gone && now - written > kOld) {
+        const bool is_ours = it->path().filename().string().starts_with(kUnfinished);
+        if (!gone && is_ours && now - written > kOld) {
             fs::remove(it->path(), gone);
         }
     }

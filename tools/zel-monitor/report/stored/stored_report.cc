@@ -49,6 +49,7 @@ std::optional<StoredReport> storedReportFrom(std::string_view text) {
         if (json.at("format") != kFormat || json.at("version") != kVersion) {
             return std::nullopt;
         }
+        (void)settingsFrom(json.at("settings"));  // which must be known to whoever judges by them
         const Json& source = json.at("source");
         const Json& made = json.at("made");
         return StoredReport{.path = source.at("path").get<std::string>(),
